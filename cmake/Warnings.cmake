@@ -1,0 +1,11 @@
+# The warnings every target is built with.
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # A slip in a table row is one short message instead of a page of macro back-trace.
+    add_compile_options(-ftrack-macro-expansion=0)
+    # Texts that are too long for their record are cut on purpose.
+    add_compile_options(-Wno-format-truncation)
+endif()
+if(TESSARO_WERROR)
+    add_compile_options(-Werror)
+endif()
