@@ -1,0 +1,56 @@
+#pragma once
+
+#include "protocol/CClientProtocolBase.h"
+#include "protocol/IProtocol.h"
+#include "system/Call.h"
+#include "system/Export.h"
+
+#include <cstdint>
+
+namespace Adapter_ProtocolSet
+{
+/// The switchboard: owns at most one binding per protocol and routes every operation to the binding of the protocol
+/// that the caller names. Answers 4, with a "Failed" line, for a bad protocol or one without a binding; any other
+/// answer is the binding's.
+///
+/// Takes no lock. Operations only read and may run on any number of threads; InsertProtocol, RemoveProtocol and
+/// RemoveAllProtocol must not overlap with each other or with an operation on the same protocol.
+class TESSARO_API CClientProtocolSet final : public IProtocol
+{
+public:
+    CClientProtocolSet();
+    ~CClientProtocolSet(); ///< leaves bindings that are still inserted alone: their plug-ins may be running
+    CClientProtocolSet(CClientProtocolSet const&) = delete;
+    CClientProtocolSet& operator=(CClientProtocolSet const&) = delete;
+
+    /// Makes the protocol's binding and loads its plug-in from szPath (not kept). 0, also when the plug-in could not be
+    /// loaded: its operations then answer 1. 4: bad protocol, null path, or no memory; 13: inserted already.
+    int InsertProtocol(eProtocolType eType, char const* szPath);
+    /// Destroys the protocol's binding and closes its plug-in, without stopping it first. 4: not inserted.
+    int RemoveProtocol(eProtocolType eType);
+    /// The same for every protocol that is inserted; always 0.
+    int RemoveAllProtocol();
+
+    // One member per operation of CClientProtocolBase but SetProtocolInterface: the operation's parameters, then the
+    // protocol. Start, when the plug-in's Start answers 0, hands the plug-in this set as its IProtocol.
+#define ROUTED(name, ...)          PARAMETERS(&CClientProtocolBase::name, __VA_ARGS__) __VA_OPT__(,) eProtocolType eType
+#define OPERATION(line, name, ...) int name(ROUTED(name, __VA_ARGS__));
+#define UNROUTED_OPERATION(...)
+#include "protocol/operations.def"
+
+private:
+    CClientProtocolBase* Bound(eProtocolType eType) const;
+
+    // What an operation does with the binding it found: calls it. Three do more.
+    template <auto Op, class... A>
+    int Run(tagCall<Op> tCall, CClientProtocolBase& tBinding, eProtocolType eType, A... tArguments);
+    int Run(tagCall<&CClientProtocolBase::Start> tCall, CClientProtocolBase& tBinding, eProtocolType eType);
+    int Run(tagCall<&CClientProtocolBase::UserLogin> tCall, CClientProtocolBase& tBinding, eProtocolType eType,
+            void** phLogin, tagUserLoginPara* ptPara);
+    int Run(tagCall<&CClientProtocolBase::SubscribeEvent> tCall, CClientProtocolBase& tBinding, eProtocolType eType,
+            void* hLogin, unsigned long dwEvent, DeviceEventCallback pfnEvent, unsigned long dwUser);
+
+    std::uint32_t m_dwState[4];         ///< 1: no binding is inserted for the protocol; 2: one is
+    CClientProtocolBase* m_pBinding[4]; ///< owned; null where there is none
+};
+} // namespace Adapter_ProtocolSet

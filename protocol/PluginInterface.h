@@ -1,0 +1,393 @@
+/// The plug-in interface: what applications and protocol plug-ins share.
+///
+/// Records, enumerations, callback types and result codes; C99 and C++, no code. An application gets it with
+/// adapter/ClientAdapter.h, a plug-in author includes it alone (C++ plug-ins also protocol/IProtocol.h).
+///
+/// Enumerations are 32 bits wide on both sides: `enum eName : int` in C++, a typedef of int in C. Records that the
+/// library only hands on, and that nothing here fills yet, stay incomplete. Sizes are in bytes, times in microseconds,
+/// and words in the machine's byte order, unless a comment says otherwise.
+#ifndef TESSARO_PROTOCOL_PLUGININTERFACE_H
+#define TESSARO_PROTOCOL_PLUGININTERFACE_H
+
+#include "system/Export.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+// clang-format off
+#ifdef __cplusplus
+#define TESSARO_ENUM(name) enum name : int
+#define TESSARO_OPAQUE_ENUM(name) enum name : int
+#define TESSARO_STATIC_ASSERT(condition, text) static_assert(condition, text)
+#else
+#define TESSARO_ENUM(name) typedef int name; enum
+#define TESSARO_OPAQUE_ENUM(name) typedef int name
+#if defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#define TESSARO_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
+#else
+#define TESSARO_STATIC_ASSERT(condition, text) extern char tagLayoutHolds[(condition) ? 1 : -1]
+#endif
+#endif
+// clang-format on
+
+TESSARO_C_BEGIN
+
+// --- Protocols and results -------------------------------------------------------------------------------------------
+
+/// The protocol behind a login or connection.
+TESSARO_ENUM(eProtocolType){
+    eProtocolPrivate = 0, ///< the private device protocol; inserted by the application, never by the library
+    eProtocolOnvif = 1,
+    eProtocolRTSP = 2,
+    eProtocolVTQ = 3,
+};
+
+/// The codes of the library itself. A plug-in's own result passes through every layer unchanged, so any other
+/// number, and these too, may come from a plug-in.
+TESSARO_ENUM(eResult){
+    eResultOk = 0,
+    eResultNoEntryPoint = 1,     ///< the plug-in lacks the entry point; from a trampoline: no callback is registered
+    eResultUnknownLogin = 3,     ///< the login ID is not registered, or a login query came back negative
+    eResultNoProtocol = 4,       ///< bad protocol type, no binding inserted for it, or a required pointer is null
+    eResultAlreadyInserted = 13, ///< the protocol has a binding already
+    eResultUnknownMedia = -1,    ///< the media ID is not registered; at login: a required pointer is null
+};
+
+/// The RTSP plug-in's own codes. Where a record or handle is refused, nothing was changed.
+TESSARO_ENUM(eRtspResult){
+    eRtspNotSupported = 201,   ///< RTSP has no word for the request (a forced key frame, say)
+    eRtspBadHandle = 202,      ///< no open stream has this handle (null and closed ones included)
+    eRtspBadArgument = 203,    ///< a required pointer is null, or a record is too small
+    eRtspTooManyStreams = 204, ///< as many streams are open as RTSPClient_SetMaxChannel allows
+    eRtspNotStarted = 205,     ///< RTSPClient_Start has not been called, or RTSPClient_Stop has
+    eRtspNoResources = 206,    ///< no memory or no thread could be had
+    eRtspBadAddress = 207,     ///< the address is not an rtsp:// or rtsps:// URL, or carries a user name or password
+};
+
+// --- Frames ----------------------------------------------------------------------------------------------------------
+
+/// What a frame carries.
+TESSARO_ENUM(eMediaType){
+    eMediaVideo = 0, eMediaAudio = 1,
+    eMediaOther = 2, ///< metadata, subtitles, an application track
+};
+
+/// How a frame is coded. Codecs without a value of their own are passed on as eCodecOther and named in szCodecName.
+TESSARO_ENUM(eMediaCodec){
+    eCodecOther = 0,
+    eCodecH264 = 1, ///< Annex B byte stream
+    eCodecH265 = 2, ///< Annex B byte stream
+    eCodecAAC = 3,  ///< raw access units without ADTS header
+    eCodecG711A = 4, eCodecG711U = 5,
+};
+
+/// Bits of tagStreamMediaFrame::dwFlags.
+TESSARO_ENUM(eFrameFlag){
+    eFrameKey = 1,           ///< decoding can start here; H.264 and H.265 then begin with their parameter sets
+    eFrameDiscontinuity = 2, ///< presentation times do not continue those of the frame before (reconnect, clock jump)
+    eFrameDamaged = 4,       ///< parts of this frame were lost on the way
+};
+
+/// One frame of a live or recorded stream. The record and its data belong to the plug-in and are valid until the
+/// callback returns.
+typedef struct tagStreamMediaFrame
+{
+    uint32_t dwMediaType;         ///< eMediaType
+    uint32_t dwCodec;             ///< eMediaCodec
+    char szCodecName[16];         ///< the codec's usual short name, lower case: "h264", "hevc", "aac", "mjpeg"
+    uint32_t dwFlags;             ///< eFrameFlag bits
+    uint32_t dwSequence;          ///< counts the frames of this track as they arrive, from 0; a gap: frames held back
+    uint32_t dwLostBefore;        ///< RTP packets known to be lost since the frame before it on this stream
+    uint32_t dwLength;            ///< bytes at pData
+    int64_t llPresentationTimeUs; ///< microseconds on the stream's own time line, which starts near 0
+    int64_t llWallClockUs;        ///< the device's clock, microseconds since 1970 UTC; 0 while it is not known
+    uint32_t dwWidth;             ///< video: picture width in pixels, else 0
+    uint32_t dwHeight;            ///< video: picture height in pixels, else 0
+    uint32_t dwSampleRate;        ///< audio: samples per second, else 0
+    uint32_t dwChannels;          ///< audio: channels, else 0
+    const unsigned char* pData;   ///< one access unit of video, or one packet of audio
+} tagStreamMediaFrame;
+
+/// One frame of a voice connection; life time as tagStreamMediaFrame.
+typedef struct tagStreamVoiceFrame
+{
+    uint32_t dwCodec;             ///< eMediaCodec
+    uint32_t dwSampleRate;        ///< samples per second
+    uint32_t dwChannels;          ///< channels
+    uint32_t dwLength;            ///< bytes at pData
+    int64_t llPresentationTimeUs; ///< microseconds on the stream's own time line
+    const unsigned char* pData;
+} tagStreamVoiceFrame;
+
+/// A block of bytes. Who owns pData is told by the call that takes the record.
+typedef struct tagBuffer
+{
+    unsigned char* pData;
+    uint32_t dwLength; ///< bytes at pData
+} tagBuffer;
+
+/// How far a file upload has come; handed to the callback by value.
+typedef struct tagFileUploadState
+{
+    uint32_t dwState;   ///< 0 running, 1 finished, 2 failed
+    uint32_t dwResult;  ///< the plug-in's reason when failed, else 0
+    uint64_t ullSent;   ///< bytes the device has taken
+    uint64_t ullLength; ///< bytes of the whole file
+} tagFileUploadState;
+
+// --- Logging in and opening a stream ---------------------------------------------------------------------------------
+
+/// What a login needs. Text is NUL-terminated; one that fills its field ends at the field. What is not used is
+/// zero.
+///
+/// RTSP has no login of its own: the record says how to build the two stream addresses. With dwRtspUrlMode 0,
+/// szAddress is the whole address of the main stream and there is no sub stream. With any other value the addresses
+/// are rtsp://host:port/path, made of the host and the main or sub port and path.
+typedef struct tagUserLoginPara
+{
+    char szAddress[256];       ///< device host name or address; for RTSP with dwRtspUrlMode 0 the whole address
+    uint32_t dwPort;           ///< device port; for RTSP with dwRtspUrlMode 0 the port of that address
+    char szUserName[32];       ///< at most 31 characters
+    char szPassword[32];       ///< at most 31 characters
+    uint32_t dwReserved;       ///< not read
+    int32_t dwRtspMainPort;    ///< RTSP port of the main stream
+    int32_t dwRtspSubPort;     ///< RTSP port of the sub stream
+    char szRtspMainPath[128];  ///< path of the main stream, without the slash before it
+    char szRtspSubPath[128];   ///< path of the sub stream, without the slash before it
+    uint32_t dwRtspUrlMode;    ///< 0: szAddress is the address; any other value: build the addresses
+    uint32_t dwRtspHostSelect; ///< 1: the host is szRtspHost; any other value: szAddress
+    char szRtspHost[256];      ///< second host name or address
+} tagUserLoginPara;
+
+/// Which of a device's live streams to open.
+TESSARO_ENUM(eStreamKind){
+    eStreamMain = 1, ///< 2 and 3 name the main stream too
+    eStreamSub = 4,  ///< so does 5
+};
+
+/// How RTP travels: dwStreamPara[0] of a stream opened on an RTSP login.
+TESSARO_ENUM(eRtspTransport){
+    eRtspTcp = 0, ///< interleaved with RTSP in one TCP connection
+    eRtspUdp = 1,
+    eRtspMulticast = 2,
+};
+
+/// What to open as a live stream.
+typedef struct tagRealStreamPara
+{
+    uint32_t dwChannel;       ///< the device's channel, from 0; RTSP does not use it, its address names the channel
+    uint32_t dwReserved;      ///< not read
+    uint32_t dwStreamKind;    ///< eStreamKind
+    uint32_t dwStreamPara[7]; ///< for the plug-in; RTSP: [0] eRtspTransport, the others 0
+} tagRealStreamPara;
+
+/// What the RTSP binding hands to RTSPClient_Create: one stream to connect to. The record is the caller's and need
+/// not outlive the call.
+typedef struct tagRTSPClientPara
+{
+    char szUrl[256];     ///< the stream's address; never with user name or password in it
+    uint32_t dwPort;     ///< the port that the login named for this stream; the address decides
+    uint32_t dwFlag;     ///< 1
+    char szUserName[32]; ///< empty: no authentication
+    char szPassword[32];
+    char szSubUrl[256];       ///< zero here; the sub stream's address inside a login record
+    uint32_t dwSubPort;       ///< zero here; the sub stream's port inside a login record
+    uint32_t dwStreamPara[7]; ///< as in tagRealStreamPara
+    uint32_t dwChannel;       ///< as in tagRealStreamPara
+    uint32_t dwReserved[3];   ///< zero
+} tagRTSPClientPara;
+
+/// What to do with an open stream. The RTSP binding passes every code of 3 or more as 3.
+TESSARO_ENUM(eTaskControl){
+    eTaskPlay = 0,
+    eTaskPause = 1,
+};
+
+// --- The life of a connection ----------------------------------------------------------------------------------------
+
+/// Where an RTSP stream is in its life.
+TESSARO_ENUM(eConnectionState){
+    eConnectionConnecting = 1, ///< looking for the device and setting the stream up
+    eConnectionLive = 2,       ///< frames arrive
+    eConnectionStalled = 3,    ///< connected, but nothing has come for 5 s
+    eConnectionRefused = 4,    ///< the device answered with an error; tried again after a pause
+    eConnectionLost = 5,       ///< the connection failed, broke or ended; tried again after a pause
+    eConnectionPaused = 6,     ///< paused by the application
+};
+
+/// First word of an RTSP stream's events. The first six are the changes of eConnectionState, with the same values.
+///
+/// | First word          | Second word                            | Third word               | Fourth word    |
+/// | ------------------- | -------------------------------------- | ------------------------ | -------------- |
+/// | eEventConnecting    | 0                                      | 0                        | reconnects yet |
+/// | eEventLive          | 0                                      | 0                        | reconnects yet |
+/// | eEventStalled       | milliseconds of silence                | 0                        | reconnects yet |
+/// | eEventRefused       | RTSP status (401, 404, 461...)         | milliseconds to next try | reconnects yet |
+/// | eEventLost          | errno of the failure, 0: stream's end  | milliseconds to next try | reconnects yet |
+/// | eEventPaused        | 0                                      | 0                        | reconnects yet |
+/// | eEventClockJump     | size of the jump in milliseconds       | 0 forward, 1 backward    | eMediaType     |
+TESSARO_ENUM(eConnectionEvent){
+    eEventConnecting = 1, eEventLive = 2, eEventStalled = 3, eEventRefused = 4, eEventLost = 5, eEventPaused = 6,
+    eEventClockJump = 7, ///< the device's clock jumped or its time stamps began again; the stream goes on
+};
+
+/// What RTSPClient_GetPackageInfo fills in, given the record and its size. Counts run from the stream's creation on
+/// and survive reconnects.
+typedef struct tagRTSPPackageInfo
+{
+    uint32_t dwState;      ///< eConnectionState
+    uint32_t dwReconnects; ///< times the stream was connected again after its first connection
+    uint32_t dwLastStatus; ///< RTSP status of the last refusal, 0: none yet
+    uint32_t dwReserved;   ///< 0
+    uint64_t ullPackets;   ///< access units and audio packets that arrived
+    uint64_t ullFrames;    ///< frames handed to a callback
+    uint64_t ullBytes;     ///< bytes of those frames
+    uint64_t ullLost;      ///< RTP packets known to be lost
+} tagRTSPPackageInfo;
+
+/// What can be asked with RTSP_GetAttribute.
+TESSARO_ENUM(eClientSDKAttributeType){
+    eAttributeMaxChannel = 0,  ///< the bound on open streams
+    eAttributeOpenStreams = 1, ///< streams open now
+};
+
+// --- Configuration ---------------------------------------------------------------------------------------------------
+
+/// One configuration block, first layout.
+typedef struct tagConfigInformation
+{
+    uint32_t type;              ///< configuration type code; the device protocol defines them
+    uint32_t index;             ///< qualifier of the type
+    unsigned char data[262144]; ///< the contents
+    uint32_t extra[4];          ///< words for the plug-in, in and out
+} tagConfigInformation;
+
+/// The same block, second layout.
+typedef struct tagConfigInformationV2
+{
+    uint32_t type;
+    uint32_t index;
+    uint32_t extra[4];
+    unsigned char data[262144];
+} tagConfigInformationV2;
+
+// --- Handed on without a look ----------------------------------------------------------------------------------------
+
+TESSARO_OPAQUE_ENUM(eDecoderChannelStatus);
+TESSARO_OPAQUE_ENUM(eDeviceChannelControl);
+TESSARO_OPAQUE_ENUM(eDiskGroupOperation);
+TESSARO_OPAQUE_ENUM(eDiskGroupType);
+TESSARO_OPAQUE_ENUM(eFileLockOperationCode);
+TESSARO_OPAQUE_ENUM(eFileTransferControl);
+TESSARO_OPAQUE_ENUM(eHistoryStreamType);
+TESSARO_OPAQUE_ENUM(eImageFormat);
+TESSARO_OPAQUE_ENUM(eMediaFunctionType);
+TESSARO_OPAQUE_ENUM(eNetworkSDKVersion);
+TESSARO_OPAQUE_ENUM(eOperationType);
+TESSARO_OPAQUE_ENUM(ePTZControlCmdCode);
+TESSARO_OPAQUE_ENUM(eRemoteDeviceControl);
+TESSARO_OPAQUE_ENUM(eVoiceStreamSource);
+
+typedef struct tagDecoderChannelConfig tagDecoderChannelConfig;
+typedef struct tagDecoderChannelInformation tagDecoderChannelInformation;
+typedef struct tagDecoderChannelLoopConfig tagDecoderChannelLoopConfig;
+typedef struct tagDecoderChannelStatus tagDecoderChannelStatus;
+typedef struct tagDecoderDeviceConfig tagDecoderDeviceConfig;
+typedef struct tagDecoderDisplayConfig tagDecoderDisplayConfig;
+typedef struct tagDecoderDisplayStatus tagDecoderDisplayStatus;
+typedef struct tagDecoderDynamicInformation tagDecoderDynamicInformation;
+typedef struct tagDecoderGetPlayStatusParameter tagDecoderGetPlayStatusParameter;
+typedef struct tagDecoderLoopStatus tagDecoderLoopStatus;
+typedef struct tagDecoderSetPlayStatusParameter tagDecoderSetPlayStatusParameter;
+typedef struct tagDecoderVideoStandardConfig tagDecoderVideoStandardConfig;
+typedef struct tagDeviceConfigFromHttp tagDeviceConfigFromHttp;
+typedef struct tagDeviceProbeConfig tagDeviceProbeConfig;
+typedef struct tagDeviceProbeConfigInformation tagDeviceProbeConfigInformation;
+typedef struct tagDeviceProbeParameter tagDeviceProbeParameter;
+typedef struct tagDeviceProbeUserLoginPara tagDeviceProbeUserLoginPara;
+typedef struct tagDeviceRegisterInfo tagDeviceRegisterInfo;
+typedef struct tagFileDownloadPara tagFileDownloadPara;
+typedef struct tagFileQueryFactor tagFileQueryFactor;
+typedef struct tagFileQueryResult tagFileQueryResult;
+typedef struct tagFileUploadPara tagFileUploadPara;
+typedef struct tagFontPara tagFontPara;
+typedef struct tagHistoryStreamMultiTypePara tagHistoryStreamMultiTypePara;
+typedef struct tagHistoryStreamMultiTypeQueryFactor tagHistoryStreamMultiTypeQueryFactor;
+typedef struct tagHistoryStreamMultiTypeQueryResult tagHistoryStreamMultiTypeQueryResult;
+typedef struct tagHistoryStreamPara tagHistoryStreamPara;
+typedef struct tagHistoryStreamQueryFactor tagHistoryStreamQueryFactor;
+typedef struct tagHistoryStreamQueryResult tagHistoryStreamQueryResult;
+typedef struct tagImageFileInfo tagImageFileInfo;
+typedef struct tagLogQueryFactor tagLogQueryFactor;
+typedef struct tagLogQueryResult tagLogQueryResult;
+typedef struct tagMediaLinkIDQueryResult tagMediaLinkIDQueryResult;
+typedef struct tagPanelControlParameter tagPanelControlParameter;
+typedef struct tagPanelStatusInfo tagPanelStatusInfo;
+typedef struct tagStreamTransferFrame tagStreamTransferFrame;
+typedef struct tagStreamTransferPara tagStreamTransferPara;
+typedef struct tagTimeInfo tagTimeInfo;
+typedef struct tagTransmitHistoryStreamQueryFactor tagTransmitHistoryStreamQueryFactor;
+typedef struct tagTransparentChannelPara tagTransparentChannelPara;
+typedef struct tagUploadLogoParameter tagUploadLogoParameter;
+typedef struct tagVoiceStreamPara tagVoiceStreamPara;
+
+// --- Callbacks -------------------------------------------------------------------------------------------------------
+//
+// A plug-in calls them on a thread of its own. First comes what the callback belongs to: the plug-in's handle
+// between plug-in and library, the application's own ID as a pointer-sized number between library and application.
+// Last comes the user data of the registration, unchanged.
+
+typedef int (*StreamMediaCallback)(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwUser);
+typedef int (*StreamVoiceCallback)(void* hVoice, eVoiceStreamSource eSource, tagStreamVoiceFrame const* ptFrame,
+                                   unsigned long dwUser);
+/// The four words are the plug-in's; for RTSP streams see eConnectionEvent.
+typedef int (*DeviceEventCallback)(void* hSource, unsigned long dwEvent, unsigned long dwWord2, unsigned long dwWord3,
+                                   unsigned long dwWord4, unsigned long dwUser);
+typedef int (*TransparentChannelCallback)(void* hChannel, tagBuffer* ptBuffer, unsigned long dwUser);
+typedef int (*FileUploadCallback)(void* hUpload, tagFileUploadState tState, unsigned long dwUser);
+typedef int (*FileDownloadCallback)(void* hDownload, tagBuffer tBuffer, unsigned long dwUser);
+typedef int (*DeviceRegisterCallback)(tagDeviceRegisterInfo* ptInfo);
+typedef void (*DeviceProbeCallback)(tagDeviceProbeConfig* ptConfig);
+typedef int (*DeleteUserForceCallback)(void* hLogin, unsigned long dwUser);
+
+// --- Layouts that both sides rely on, on 32 and on 64 bits -----------------------------------------------------------
+
+TESSARO_STATIC_ASSERT(sizeof(eProtocolType) == 4, "enumerations are 32 bits wide");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwPort) == 256, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szUserName) == 260, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szPassword) == 292, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwReserved) == 324, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspMainPort) == 328, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspSubPort) == 332, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szRtspMainPath) == 336, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szRtspSubPath) == 464, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspUrlMode) == 592, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspHostSelect) == 596, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szRtspHost) == 600, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(sizeof(tagUserLoginPara) == 856, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRealStreamPara, dwStreamKind) == 8, "tagRealStreamPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRealStreamPara, dwStreamPara) == 12, "tagRealStreamPara");
+TESSARO_STATIC_ASSERT(sizeof(tagRealStreamPara) == 40, "tagRealStreamPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, dwPort) == 256, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, dwFlag) == 260, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, szUserName) == 264, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, szPassword) == 296, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, szSubUrl) == 328, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, dwSubPort) == 584, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, dwStreamPara) == 588, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagRTSPClientPara, dwChannel) == 616, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(sizeof(tagRTSPClientPara) == 632, "tagRTSPClientPara");
+TESSARO_STATIC_ASSERT(offsetof(tagConfigInformation, data) == 8, "tagConfigInformation");
+TESSARO_STATIC_ASSERT(offsetof(tagConfigInformation, extra) == 262152, "tagConfigInformation");
+TESSARO_STATIC_ASSERT(sizeof(tagConfigInformation) == 262168, "tagConfigInformation");
+TESSARO_STATIC_ASSERT(offsetof(tagConfigInformationV2, extra) == 8, "tagConfigInformationV2");
+TESSARO_STATIC_ASSERT(offsetof(tagConfigInformationV2, data) == 24, "tagConfigInformationV2");
+TESSARO_STATIC_ASSERT(sizeof(tagConfigInformationV2) == 262168, "tagConfigInformationV2");
+TESSARO_STATIC_ASSERT(offsetof(tagStreamMediaFrame, llPresentationTimeUs) == 40, "tagStreamMediaFrame");
+TESSARO_STATIC_ASSERT(offsetof(tagStreamMediaFrame, pData) == 72, "tagStreamMediaFrame");
+TESSARO_STATIC_ASSERT(sizeof(tagFileUploadState) == 24, "tagFileUploadState");
+TESSARO_STATIC_ASSERT(sizeof(tagRTSPPackageInfo) == 48, "tagRTSPPackageInfo");
+
+TESSARO_C_END
+
+#endif
