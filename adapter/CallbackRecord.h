@@ -1,0 +1,113 @@
+#pragma once
+
+#include "protocol/PluginInterface.h"
+#include "system/Export.h"
+#include "system/Sequence.h"
+
+#include <map>
+#include <type_traits>
+#include <utility>
+
+namespace Adapter_ApplicationLayer
+{
+/// Whom to call back for one media connection or login: for each kind of callback the application's function, the ID to
+/// hand back and the application's user data. A registration replaces the three together, and whoever reads them gets
+/// the three of one registration. Registering and reading take no lock and may overlap.
+class TESSARO_API CSetCallBack
+{
+public:
+    CSetCallBack();
+    ~CSetCallBack();
+
+    DeviceEventCallback cbUserEvent;
+    StreamMediaCallback cbStreamMedia;
+    StreamMediaCallback cbStreamMediaRaw;
+    StreamVoiceCallback cbStreamVoice;
+    TransparentChannelCallback cbTransparentChannel;
+    FileUploadCallback cbFileUpload;
+    FileDownloadCallback cbFileDownload;
+
+    int m_hUserEvent;
+    int m_hStreamMedia;
+    int m_hStreamMediaRaw;
+    int m_hStreamVoice;
+    int m_hTransparentChannel;
+    int m_hFileUpload;
+    int m_hFileDownload;
+
+    unsigned long m_dwUserEvent;
+    unsigned long m_dwStreamMedia;
+    unsigned long m_dwStreamMediaRaw;
+    unsigned long m_dwStreamVoice;
+    unsigned long m_dwTransparentChannel;
+    unsigned long m_dwFileUpload;
+    unsigned long m_dwFileDownload;
+
+    bool m_bUsed; ///< set by the first registration, never cleared
+
+    CSequence m_tSequence; ///< guards all of the above
+};
+
+/// The three fields of one kind.
+template <auto Callback, auto ID, auto User>
+struct tagCallbackKind
+{
+    using Function = std::remove_reference_t<decltype(std::declval<CSetCallBack&>().*Callback)>;
+
+    /// One registration, as it was made.
+    struct tagRegistration
+    {
+        bool bUsed = false;
+        Function pfnCallback = nullptr;
+        int nID = 0;
+        unsigned long dwUser = 0;
+    };
+
+    static void Register(CSetCallBack& tRecord, Function pfnCallback, int nID, unsigned long dwUser)
+    {
+        tRecord.m_tSequence.BeginWrite();
+        CSequence::Store(tRecord.m_bUsed, true);
+        CSequence::Store(tRecord.*User, dwUser);
+        CSequence::Store(tRecord.*Callback, pfnCallback);
+        CSequence::Store(tRecord.*ID, nID);
+        tRecord.m_tSequence.EndWrite();
+    }
+
+    /// False when a registration is just being made: read again.
+    [[nodiscard]] static bool TryRead(CSetCallBack const& tRecord, tagRegistration& tFound)
+    {
+        return tRecord.m_tSequence.TryRead(
+            [&]
+            {
+                tFound.bUsed = CSequence::Load(tRecord.m_bUsed);
+                tFound.pfnCallback = CSequence::Load(tRecord.*Callback);
+                tFound.nID = CSequence::Load(tRecord.*ID);
+                tFound.dwUser = CSequence::Load(tRecord.*User);
+            });
+    }
+};
+
+using UserEventKind =
+    tagCallbackKind<&CSetCallBack::cbUserEvent, &CSetCallBack::m_hUserEvent, &CSetCallBack::m_dwUserEvent>;
+using StreamMediaKind =
+    tagCallbackKind<&CSetCallBack::cbStreamMedia, &CSetCallBack::m_hStreamMedia, &CSetCallBack::m_dwStreamMedia>;
+using StreamMediaRawKind = tagCallbackKind<&CSetCallBack::cbStreamMediaRaw, &CSetCallBack::m_hStreamMediaRaw,
+                                           &CSetCallBack::m_dwStreamMediaRaw>;
+using StreamVoiceKind =
+    tagCallbackKind<&CSetCallBack::cbStreamVoice, &CSetCallBack::m_hStreamVoice, &CSetCallBack::m_dwStreamVoice>;
+using TransparentChannelKind =
+    tagCallbackKind<&CSetCallBack::cbTransparentChannel, &CSetCallBack::m_hTransparentChannel,
+                    &CSetCallBack::m_dwTransparentChannel>;
+using FileUploadKind =
+    tagCallbackKind<&CSetCallBack::cbFileUpload, &CSetCallBack::m_hFileUpload, &CSetCallBack::m_dwFileUpload>;
+using FileDownloadKind =
+    tagCallbackKind<&CSetCallBack::cbFileDownload, &CSetCallBack::m_hFileDownload, &CSetCallBack::m_dwFileDownload>;
+} // namespace Adapter_ApplicationLayer
+
+/// The records of the media connections, by media ID. A record outlives its connection: the next connection with the
+/// same ID finds the earlier one's callbacks until the application registers its own.
+extern TESSARO_API Adapter_ApplicationLayer::CSetCallBack g_SetCallBack[1000];
+
+/// The records of the logins' device events, by login ID; made by the first subscription and never removed. The library
+/// reads and changes it under a lock of its own: look at it only while nobody subscribes.
+extern TESSARO_API std::map<int, Adapter_ApplicationLayer::CSetCallBack> g_SetUserCallBack;

@@ -1,0 +1,187 @@
+#include "adapter/ClientAdapter.h"
+
+#include "adapter/Globals.h"
+#include "adapter/Shapes.h"
+#include "adapter/Trampolines.h"
+#include "system/Call.h"
+
+#include <cstdio>
+
+using Adapter_ApplicationLayer::CSetCallBack;
+
+CClientProtocolSet g_cProtocolSet;
+CSetCallBack g_SetCallBack[1000];
+std::map<int, CSetCallBack> g_SetUserCallBack;
+namespace
+{
+CEvents g_tEvents;
+}
+Client g_cClient;
+char const g_cVersion[18] = "Build 1.0.0.29024";
+
+// EXPORT(shape, line, function, operation, parameter names...)
+//
+// The function's signature is ClientAdapter.h's; the shape says what it does with the protocol set's operation; the
+// line is the fixed number of its "Failed" line, 0 where the shape writes none.
+#define EXPORT(shape, line, function, operation, ...)                                                                  \
+    int function(PARAMETERS(&function, __VA_ARGS__))                                                                   \
+    {                                                                                                                  \
+        return shape(tagSite{#function, line}, [](auto... tArguments)                                                  \
+                     { return g_cProtocolSet.operation(tArguments...); } __VA_OPT__(,) __VA_ARGS__);                   \
+    }
+
+// clang-format off
+TESSARO_C_BEGIN
+
+// login
+EXPORT(AskLogin,                           158, ClientAdapter_GetLoginLevel,          GetLoginLevel,          nLoginID, pnLevel)
+EXPORT(AskLogin,                           180, ClientAdapter_GetLoginMac,            GetLoginMac,            nLoginID, pbyMac, nLength)
+
+// live streams
+EXPORT(OpenUnlessFailed,                   875, ClientAdapter_RealStreamConnect,      RealStreamConnect,      pnMediaID, nLoginID, ptPara)
+EXPORT(Close,                                0, ClientAdapter_RealStreamDisconnect,   RealStreamDisconnect,   nMediaID)
+EXPORT(OnMedia,                              0, ClientAdapter_StreamMediaControl,     StreamMediaControl,     nMediaID, eControl)
+EXPORT(OnMedia,                              0, ClientAdapter_GetPackageInfo,         GetPackInfo,            nMediaID, pInfo, nLength)
+EXPORT(OnMedia,                              0, ClientAdapter_SetStreamMediaLinkID,   SetStreamMediaLinkID,   nMediaID, dwLink)
+EXPORT(OnLogin,                           1417, ClientAdapter_QueryStreamMediaLinkID, QueryStreamMediaLinkID, nLoginID, eFunction, ptResult)
+
+// the plug-ins themselves
+EXPORT(OnvifThenRtspThenVtq,                 0, ClientAdapter_SetCallbackFunc,        SetCallbackFunc,        dwType, pFunction)
+EXPORT(OnNamedProtocol,                      0, ClientAdapter_RTSPSetIsProductTest,   SetMiscPara,            dwType, pPara, dwLength, eType)
+EXPORT(OnNamedProtocol,                      0, ClientAdapter_VTQDealRepairIpcMsg,    SetMiscPara,            dwType, pPara, dwLength, eType)
+EXPORT(OnNamedProtocol,                      0, ClientAdapter__VoiceStreamMedia,      SetMiscPara,            dwType, pPara, dwLength, eType)
+EXPORT(OnNamedProtocol,                      0, ClientAdapter__VoiceStreamIf,         SetMiscPara,            dwType, pPara, dwLength, eType)
+
+// callbacks
+EXPORT(Register<StreamMediaRelay>,           0, ClientAdapter_StreamMediaCB,          StreamMediaCB,          nMediaID, pfnFrame, dwUser)
+EXPORT(Register<StreamMediaRelay>,           0, ClientAdapter_HistoryStreamCB,        HistoryStreamCB,        nMediaID, pfnFrame, dwUser)
+EXPORT(Register<StreamMediaRawRelay>,        0, ClientAdapter_StreamMediaRawCB,       StreamMediaRawCB,       nMediaID, pfnFrame, dwUser)
+EXPORT(Register<StreamVoiceRelay>,           0, ClientAdapter_VoiceStreamCB,          VoiceStreamCB,          nMediaID, pfnVoice, dwUser)
+EXPORT(Register<TransparentChannelRelay>,    0, ClientAdapter_TransparentChannelCB,   TransparentChannelCB,   nMediaID, pfnData, dwUser)
+EXPORT(Register<FileUploadRelay>,            0, ClientAdapter_FileUploadCB,           FileUploadCB,           nMediaID, pfnState, dwUser)
+EXPORT(Register<FileDownloadRelay>,          0, ClientAdapter_FileDownloadCB,         FileDownloadCB,         nMediaID, pfnData, dwUser)
+EXPORT(OnLogin,                            330, ClientAdapter_UnSubscribeEvent,       UnSubscribeEvent,       nLoginID, dwEvent)
+EXPORT(OnvifThenVtq,                         0, ClientAdapter_DeleteUserForceCB,      DeleteUserForceCB,      pfnDelete, dwUser)
+EXPORT(OnvifThenVtq,                         0, ClientAdapter_DeviceRegisterCB,       DeviceRegisterCB,       pfnRegister)
+// clang-format on
+
+// --- Irregular -------------------------------------------------------------------------------------------------------
+
+int ClientAdapter_Start(unsigned int dwMaxChannel)
+{
+    DiagnosticLine(g_szSource, "ClientAdapter_Start", 62, "eProtocolOnvif");
+    g_cProtocolSet.InsertProtocol(eProtocolOnvif, "libonvifclient.so");
+    DiagnosticLine(g_szSource, "ClientAdapter_Start", 65, "eProtocolRTSP");
+    g_cProtocolSet.InsertProtocol(eProtocolRTSP, "librtspclient.so");
+    DiagnosticLine(g_szSource, "ClientAdapter_Start", 69, "eProtocolVTQ");
+    g_cProtocolSet.InsertProtocol(eProtocolVTQ, "libVTQ.so");
+    g_cProtocolSet.Start(eProtocolOnvif);
+    g_cProtocolSet.Start(eProtocolRTSP);
+    g_cProtocolSet.Start(eProtocolVTQ);
+    g_cProtocolSet.SetMaxChannel(dwMaxChannel, eProtocolRTSP);
+    return eResultOk;
+}
+
+int ClientAdapter_Stop(void)
+{
+    g_cProtocolSet.Stop(eProtocolOnvif);
+    g_cProtocolSet.Stop(eProtocolRTSP);
+    g_cProtocolSet.Stop(eProtocolVTQ);
+    g_cProtocolSet.RemoveAllProtocol();
+    return eResultOk;
+}
+
+int ClientAdapter_UserLogin(int* pnLoginID, eProtocolType eType, tagUserLoginPara* ptPara)
+{
+    if (!pnLoginID || !ptPara)
+    {
+        return Failed({"ClientAdapter_UserLogin", 126}, eResultUnknownMedia);
+    }
+    void* hLogin = nullptr;
+    const int nResult = g_cProtocolSet.UserLogin(&hLogin, ptPara, eType);
+    if (nResult == eResultOk)
+    {
+        int nNew = -1;
+        g_cClient.SetUserType(nNew, hLogin, eType);
+        *pnLoginID = nNew;
+    }
+    return nResult;
+}
+
+int ClientAdapter_UserLogout(int nLoginID)
+{
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin))
+    {
+        return Failed({"ClientAdapter_UserLogout", 258}, eResultUnknownLogin);
+    }
+    const int nResult = g_cProtocolSet.UserLogout(tLogin.hHandle, tLogin.eType);
+    if (nResult == eResultOk)
+    {
+        g_cClient.DeleteUserType(nLoginID);
+    }
+    return nResult;
+}
+
+int ClientAdapter_GetLoginStatus(int nLoginID, int* pnStatus)
+{
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin))
+    {
+        return Failed({"ClientAdapter_GetLoginStatus", 218}, eResultUnknownLogin);
+    }
+    const int nResult = g_cProtocolSet.GetLoginStatus(tLogin.hHandle, pnStatus, tLogin.eType);
+    if (nResult < 0)
+    {
+        return eResultUnknownLogin;
+    }
+    if (!pnStatus)
+    {
+        return eResultNoProtocol;
+    }
+    *pnStatus = nResult;
+    return eResultOk;
+}
+
+int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID)
+{
+    Client::tagTarget tLogin;
+    Client::tagTarget tMedia;
+    if (nMediaID == -1)
+    {
+        return Failed({"ClientAdapter_ForceIFrame", 541}, eResultUnknownLogin);
+    }
+    if (!g_cClient.FindUser(nLoginID, tLogin))
+    {
+        return Failed({"ClientAdapter_ForceIFrame", 547}, eResultUnknownLogin);
+    }
+    if (!g_cClient.FindMedia(nMediaID, tMedia))
+    {
+        return Failed({"ClientAdapter_ForceIFrame", 553}, eResultUnknownLogin);
+    }
+    return g_cProtocolSet.ForceIFrame(tLogin.hHandle, reinterpret_cast<unsigned long>(tMedia.hHandle), tLogin.eType);
+}
+
+int ClientAdapter_SubscribeEvent(int nLoginID, unsigned long dwEvent, DeviceEventCallback pfnEvent,
+                                 unsigned long dwUser)
+{
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin) || !g_tEvents.Register(nLoginID, pfnEvent, dwUser))
+    {
+        return Failed({"ClientAdapter_SubscribeEvent", 295}, eResultUnknownLogin);
+    }
+    return g_cProtocolSet.SubscribeEvent(tLogin.hHandle, dwEvent, &SetUserEventCB, static_cast<unsigned long>(nLoginID),
+                                         tLogin.eType);
+}
+
+int ClientAdapter_DeviceProbeStart(tagDeviceProbeParameter* ptPara, DeviceProbeCallback pfnProbe)
+{
+    std::printf("[%s][%d]\n", g_szSource, 2377);
+    g_cProtocolSet.DeviceProbeStart(ptPara, pfnProbe, eProtocolOnvif);
+    std::printf("[%s][%d]\n", g_szSource, 2379);
+    g_cProtocolSet.DeviceProbeStart(ptPara, pfnProbe, eProtocolVTQ);
+    std::printf("[%s][%d]\n", g_szSource, 2381);
+    return eResultOk;
+}
+
+TESSARO_C_END

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "protocol/CProtocolSet.h"
+#include "system/Export.h"
+
+#include <cstdint>
+
+// Service classes for applications that were written against them. The exported C functions don't use them: starting
+// one of these starts no protocol.
+
+/// Platform services as an object; holds nothing. Every operation answers 0.
+class TESSARO_API CAdapta_PlatformResource
+{
+public:
+    CAdapta_PlatformResource() = default;
+    CAdapta_PlatformResource(CAdapta_PlatformResource const&) = default;
+    virtual ~CAdapta_PlatformResource();
+    virtual CAdapta_PlatformResource& operator=(CAdapta_PlatformResource const& tOther); ///< changes nothing
+
+    int Initialize();
+    int Start();
+    int Stop();
+    int Destroy();
+};
+
+/// A service's state: 2 initialised, 4 started, 5 stopped. One thread at a time.
+class TESSARO_API CAdapta_ClientService
+{
+public:
+    CAdapta_ClientService();
+    CAdapta_ClientService(CAdapta_ClientService const& tOther); ///< initialised, whatever tOther is
+    ~CAdapta_ClientService();
+    virtual CAdapta_ClientService& operator=(CAdapta_ClientService const& tOther); ///< changes nothing
+
+    int Initialize();   ///< 0
+    int Start();        ///< 0; 1 with a line, the state unchanged, when the platform resource doesn't start
+    int Stop();         ///< 0
+    int Destroy();      ///< 0
+    int Status() const; ///< 0 when started, else 1
+
+private:
+    std::int32_t m_nState;
+};
+
+/// One object of each service class, and a protocol set apart from g_cProtocolSet.
+class TESSARO_API CAdapter_GlobalObject
+{
+public:
+    CAdapter_GlobalObject();
+    ~CAdapter_GlobalObject();
+    CAdapter_GlobalObject(CAdapter_GlobalObject const&) = delete;
+    virtual CAdapter_GlobalObject& operator=(CAdapter_GlobalObject const& tOther); ///< changes nothing
+
+    // The object's own members, valid as long as it.
+    CAdapta_PlatformResource* PlatformResource() { return &m_tPlatformResource; }
+    CAdapta_ClientService* ClientService() { return &m_tClientService; }
+    Adapter_ProtocolSet::CClientProtocolSet* ProtocolResource() { return &m_tProtocolResource; }
+
+private:
+    CAdapta_PlatformResource m_tPlatformResource;
+    CAdapta_ClientService m_tClientService;
+    Adapter_ProtocolSet::CClientProtocolSet m_tProtocolResource;
+};
+
+namespace Adapter_CommonKit
+{
+/// The one T of the process: built by the first call, also when several threads make it at once, destroyed at exit.
+template <class T>
+class TSingletons
+{
+public:
+    static T& Instance()
+    {
+        static T g_Instance;
+        return g_Instance;
+    }
+};
+
+extern template class TESSARO_API TSingletons<CAdapter_GlobalObject>;
+} // namespace Adapter_CommonKit

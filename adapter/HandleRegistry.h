@@ -1,0 +1,98 @@
+#pragma once
+
+#include "protocol/PluginInterface.h"
+#include "system/Export.h"
+#include "system/Sequence.h"
+
+#include <pthread.h>
+
+namespace Adapter_ApplicationLayer
+{
+/// What stands behind an ID.
+struct tagResource
+{
+    eProtocolType eType;
+    void* hHandle;                     ///< the plug-in's handle of the login or connection
+    void* hStream;                     ///< in the RTSP binding's own records: the newest stream of the login
+    unsigned char byProtocolData[604]; ///< in the RTSP binding's own records: the head of its tagRTSPClientPara
+};
+
+/// The IDs handed to applications in place of plug-in handles: a table of logins and a table of media connections, 1000
+/// slots each; the same number may stand in both.
+///
+/// IDs rise; a freed one comes back only when the search has gone round. An allocating call leaves the ID variable as
+/// it was when the table is full, so preset it to -1. Any thread may call. Allocating and freeing take the table's
+/// mutex; looking up takes no lock, writes nothing and never sees half a record, whatever other threads allocate and
+/// free. Which ID may still be used is for its users to settle: free no ID that another thread is using.
+class TESSARO_API Client
+{
+public:
+    static constexpr int nSlots = 1000;
+
+    Client();
+    ~Client();
+    Client(Client const&) = delete;
+    Client& operator=(Client const&) = delete;
+
+    int SetUserType(int& nID, void* hHandle, eProtocolType eType); ///< always 0; hStream and byProtocolData stay
+    int SetUserType(int& nID, tagResource tRecord);                ///< always 0
+    int GetUserType(int nID, tagResource& tRecord);                ///< 1, and tRecord as it was: not a used slot
+    int DeleteUserType(int nID);                                   ///< always 0
+
+    int SetMeidaType(int& nID, void* hHandle, eProtocolType eType); ///< as SetUserType, for media connections
+    int GetMediaType(int nID, tagResource& tRecord);
+    int DeleteMediaType(int nID);
+
+    /// What a call needs of a record: the look-up that every exported function makes.
+    struct tagTarget
+    {
+        eProtocolType eType;
+        void* hHandle;
+    };
+    bool FindUser(int nID, tagTarget& tTarget) const
+    {
+        return Find(m_stUser, m_nUserState, m_tUserSequence, nID, tTarget);
+    }
+    bool FindMedia(int nID, tagTarget& tTarget) const
+    {
+        return Find(m_stMedia, m_nMediaState, m_tMediaSequence, nID, tTarget);
+    }
+
+    /// Sets one pointer of a login record in place, as a whole; does nothing when the slot isn't used.
+    void UpdateUser(int nID, void* tagResource::*pField, void* hValue);
+
+    tagResource m_stUser[nSlots];
+    int m_nUserState[nSlots]; ///< 1 free, 2 used
+    int m_nUserCursor;        ///< where the next search begins
+    tagResource m_stMedia[nSlots];
+    int m_nMediaState[nSlots];
+    int m_nMediaCursor;
+    pthread_mutex_t m_mtxUser;
+    pthread_mutex_t m_mtxMedia;
+    CSequence m_tUserSequence[nSlots]; ///< each tells the readers of one record that its slot is being allocated
+    CSequence m_tMediaSequence[nSlots];
+
+private:
+    static bool Find(tagResource const* atRecord, int const* anState, CSequence const* atSequence, int nID,
+                     tagTarget& tTarget)
+    {
+        if (static_cast<unsigned>(nID) >= nSlots)
+        {
+            return false;
+        }
+        // An allocation under way or just done: a moment ago the slot was free, and that is the answer.
+        int nState = 0;
+        const bool bWhole = atSequence[nID].TryRead(
+            [&]
+            {
+                nState = CSequence::Load(anState[nID]);
+                tTarget.eType = CSequence::Load(atRecord[nID].eType);
+                tTarget.hHandle = CSequence::Load(atRecord[nID].hHandle);
+            });
+        return bWhole && nState == 2;
+    }
+};
+} // namespace Adapter_ApplicationLayer
+
+/// The library's one registry. It lives as long as the library; starting and stopping the service doesn't touch it.
+extern TESSARO_API Adapter_ApplicationLayer::Client g_cClient;

@@ -1,0 +1,123 @@
+#pragma once
+
+// The shapes of the exported functions: how an ID becomes a protocol and a handle, how the call reaches the protocol
+// set, and what comes back. One function each; included by ClientAdapter.cpp alone, whose rows choose among them.
+
+#include "adapter/Globals.h"
+#include "system/OutputMessage.h"
+
+namespace
+{
+using Adapter_ApplicationLayer::Client;
+using Adapter_ProtocolSet::CClientProtocolSet;
+
+constexpr char g_szSource[] = "ClientAdapter.cpp";
+
+/// An exported function's name and the fixed number of its "Failed" line.
+struct tagSite
+{
+    char const* szFunction;
+    int nLine;
+};
+
+[[gnu::cold, gnu::noinline]] int Failed(tagSite tSite, int nResult)
+{
+    DiagnosticLine(g_szSource, tSite.szFunction, tSite.nLine);
+    return nResult;
+}
+
+/// On an open login.
+template <class F, class... A>
+int OnLogin(tagSite tSite, F fnOperation, int nLoginID, A... tArguments)
+{
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
+    {
+        return Failed(tSite, eResultUnknownLogin);
+    }
+    return fnOperation(tLogin.hHandle, tArguments..., tLogin.eType);
+}
+
+/// On an open login, asking about it: a negative answer is 3, any other 0.
+template <class F, class... A>
+int AskLogin(tagSite tSite, F fnOperation, int nLoginID, A... tArguments)
+{
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
+    {
+        return Failed(tSite, eResultUnknownLogin);
+    }
+    return fnOperation(tLogin.hHandle, tArguments..., tLogin.eType) < 0 ? eResultUnknownLogin : eResultOk;
+}
+
+/// On an open media connection.
+template <class F, class... A>
+int OnMedia(tagSite, F fnOperation, int nMediaID, A... tArguments)
+{
+    Client::tagTarget tMedia;
+    if (!g_cClient.FindMedia(nMediaID, tMedia)) [[unlikely]]
+    {
+        return eResultUnknownMedia;
+    }
+    return fnOperation(tMedia.hHandle, tArguments..., tMedia.eType);
+}
+
+/// Opens a connection under a login and takes a media ID for it, but not when the plug-in fails.
+template <class F, class... A>
+int OpenUnlessFailed(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID, A... tArguments)
+{
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
+    {
+        return Failed(tSite, eResultUnknownLogin);
+    }
+    void* hMedia = nullptr;
+    const int nResult = fnOperation(&hMedia, tLogin.hHandle, tArguments..., tLogin.eType);
+    if (nResult == eResultOk)
+    {
+        int nNew = -1;
+        g_cClient.SetMeidaType(nNew, hMedia, tLogin.eType);
+        *pnMediaID = nNew;
+    }
+    return nResult;
+}
+
+/// Closes a connection and frees its media ID, whatever the plug-in answers.
+template <class F>
+int Close(tagSite, F fnOperation, int nMediaID)
+{
+    Client::tagTarget tMedia;
+    if (!g_cClient.FindMedia(nMediaID, tMedia)) [[unlikely]]
+    {
+        return eResultUnknownMedia;
+    }
+    const int nResult = fnOperation(tMedia.hHandle, tMedia.eType);
+    g_cClient.DeleteMediaType(nMediaID);
+    return nResult;
+}
+
+/// On fixed protocols, one after the other, their answers unused.
+template <class F, class... A>
+int OnvifThenVtq(tagSite, F fnOperation, A... tArguments)
+{
+    fnOperation(tArguments..., eProtocolOnvif);
+    fnOperation(tArguments..., eProtocolVTQ);
+    return eResultOk;
+}
+
+template <class F, class... A>
+int OnvifThenRtspThenVtq(tagSite, F fnOperation, A... tArguments)
+{
+    fnOperation(tArguments..., eProtocolOnvif);
+    fnOperation(tArguments..., eProtocolRTSP);
+    fnOperation(tArguments..., eProtocolVTQ);
+    return eResultOk;
+}
+
+/// On the protocol that the caller names last, with 0 as the channel.
+template <class F, class... A>
+int OnNamedProtocol(tagSite, F fnOperation, A... tArguments)
+{
+    return fnOperation(0, tArguments...);
+}
+} // namespace

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "bindings/Binding.h"
+
+namespace Adapter_ProtocolSet
+{
+inline constexpr tagLookUp g_atRTSPLookUp[] = {
+    {eOperation::Start, "RTSPClient_Start"},
+    {eOperation::Stop, "RTSPClient_Stop"},
+    {eOperation::RealStreamConnect, "RTSPClient_Create"},
+    {eOperation::StreamMediaCB, "RTSPClient_StreamCB"},
+    {eOperation::SubscribeEvent, "RTSPClient_EventCB"},
+    {eOperation::StreamMediaControl, "RTSPClient_Control"},
+    {eOperation::SetRtspEvenCb, "RTSPClient_SetRtspEvenCb"},
+    {eOperation::RealStreamDisconnect, "RTSPClient_Destroy"},
+    {eOperation::SetProtocolInterface, "RTSPClient_SetProtocolInterface"},
+    {eOperation::GetAttribute, "RTSP_GetAttribute"},
+    {eOperation::ForceIFrame, "RTSP_ForceIFrame"},
+    {eOperation::SetCallbackFunc, "RTSPClient_SetCallbackFunc"},
+    {eOperation::SetProductMode, "RTSPClient_SetProductMode"},
+    {eOperation::GetPackageInfo, "RTSPClient_GetPackageInfo"},
+    {eOperation::SetMaxChannel, "RTSPClient_SetMaxChannel"},
+};
+
+inline constexpr tagBindingProfile g_tRTSPProfile{
+    .szSource = "CProtocolRTSP.cpp",
+    .nNullPathLine = 28,
+    .szPrefix = "RTSPClient_",
+    .atLookUp = g_atRTSPLookUp,
+    .nOpenedLine = 51,
+    .szOpened = "CProtocolSetRTSP OPEN",
+};
+
+/// RTSP. A device of this protocol has no login: a login is a record in the handle registry that keeps the prepared
+/// stream addresses and the credentials, and the login handle is that record's index. Each live stream is a client of
+/// its own in the plug-in, and event subscriptions of a login go to its newest stream.
+class CProtocolSetRTSP final : public CClientProtocolBase
+{
+public:
+    CProtocolSetRTSP() = default;
+    explicit CProtocolSetRTSP(char const* szPath) { Intialize(szPath); }
+    ~CProtocolSetRTSP() override { Destroy(); }
+
+    int Intialize(char const* szPath) { return m_tEntry.Bind(m_tModule, g_tRTSPProfile, szPath); }
+    int Destroy() { return m_tModule.Close(); }
+
+#define OPERATION(line, ...) OVERRIDDEN(__VA_ARGS__)
+#include "protocol/operations.def"
+
+private:
+    tagCall<&CClientProtocolBase::UserLogin>::Named Run;
+    tagCall<&CClientProtocolBase::UserLogout>::Named Run;
+    tagCall<&CClientProtocolBase::RealStreamConnect>::Named Run;
+    tagCall<&CClientProtocolBase::SubscribeEvent>::Named Run;
+    tagCall<&CClientProtocolBase::StreamMediaControl>::Named Run;
+    template <auto Op, class... A>
+    int Run(tagCall<Op>, A... tArguments)
+    {
+        return Forward<g_tRTSPProfile, Op>(m_tEntry, tArguments...);
+    }
+
+    Adapter_System::CModule m_tModule;
+    CEntryTable m_tEntry;
+};
+} // namespace Adapter_ProtocolSet

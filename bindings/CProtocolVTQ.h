@@ -1,0 +1,54 @@
+#pragma once
+
+#include "bindings/Binding.h"
+
+namespace Adapter_ProtocolSet
+{
+inline constexpr auto g_atVTQLookUp =
+    Inserted(Inserted(Inserted(CommonLookUp(), eOperation::UserLogout,
+                               {{eOperation::GetLoginStatus},
+                                {eOperation::GetLoginLevel},
+                                {eOperation::GetLoginMac},
+                                {eOperation::GetPackInfo, "VTQClient_Getpackageinfo"}}),
+                      eOperation::SetConfigV2, {{eOperation::SetConfigBySn}}),
+             eOperation::SetProtocolInterface, {{eOperation::SetCallbackFunc}});
+
+inline constexpr tagBindingProfile g_tVTQProfile{
+    .szSource = "CProtocolVTQ.cpp",
+    .nNullPathLine = 23,
+    .szPrefix = "VTQClient_",
+    .atLookUp = g_atVTQLookUp,
+    .nOpenedLine = 159,
+    .szOpened = "CProtocolSetVTQ OPEN",
+    .szOpenFailed = "open vtq client fail ",
+};
+
+/// VTQ. Irregular: three login queries refuse a null output pointer, and a missing ForceIFrame is told on every call.
+class CProtocolSetVTQ final : public CClientProtocolBase
+{
+public:
+    CProtocolSetVTQ() = default;
+    explicit CProtocolSetVTQ(char const* szPath) { Intialize(szPath); }
+    ~CProtocolSetVTQ() override { Destroy(); }
+
+    int Intialize(char const* szPath) { return m_tEntry.Bind(m_tModule, g_tVTQProfile, szPath); }
+    int Destroy() { return m_tModule.Close(); }
+
+#define OPERATION(line, ...) OVERRIDDEN(__VA_ARGS__)
+#include "protocol/operations.def"
+
+private:
+    tagCall<&CClientProtocolBase::GetLoginLevel>::Named Run;
+    tagCall<&CClientProtocolBase::GetLoginMac>::Named Run;
+    tagCall<&CClientProtocolBase::GetPackInfo>::Named Run;
+    tagCall<&CClientProtocolBase::ForceIFrame>::Named Run;
+    template <auto Op, class... A>
+    int Run(tagCall<Op>, A... tArguments)
+    {
+        return Forward<g_tVTQProfile, Op>(m_tEntry, tArguments...);
+    }
+
+    Adapter_System::CModule m_tModule;
+    CEntryTable m_tEntry;
+};
+} // namespace Adapter_ProtocolSet
