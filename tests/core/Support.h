@@ -1,0 +1,226 @@
+#pragma once
+
+#include "adapter/ClientAdapter.h"
+#include "adapter/Globals.h"
+#include "protocol/Operation.h"
+#include "tests/recorder/Journal.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+using Adapter_ApplicationLayer::Client;
+using Adapter_ApplicationLayer::CSetCallBack;
+using Adapter_ApplicationLayer::tagResource;
+using Adapter_ProtocolSet::CClientProtocolBase;
+using Adapter_ProtocolSet::CClientProtocolSet;
+using Strings = std::vector<std::string>;
+
+/// What the process writes to standard output while this object lives.
+class CCapture
+{
+public:
+    CCapture() : m_nFile(fileno(std::tmpfile())), m_nStdout(dup(STDOUT_FILENO))
+    {
+        std::fflush(stdout);
+        dup2(m_nFile, STDOUT_FILENO);
+    }
+    ~CCapture()
+    {
+        Text();
+        dup2(m_nStdout, STDOUT_FILENO);
+        if (testing::Test::HasFailure()) // the failures' own messages were captured too
+        {
+            std::fputs(m_strAll.c_str(), stdout);
+        }
+        close(m_nStdout);
+        close(m_nFile);
+    }
+    CCapture(CCapture const&) = delete;
+    CCapture& operator=(CCapture const&) = delete;
+
+    /// Everything since the last call.
+    std::string Text()
+    {
+        std::fflush(stdout);
+        const auto nSize = lseek(m_nFile, 0, SEEK_END);
+        std::string strText(static_cast<std::size_t>(nSize), '\0');
+        EXPECT_EQ(pread(m_nFile, strText.data(), strText.size(), 0), nSize);
+        EXPECT_EQ(ftruncate(m_nFile, 0), 0);
+        lseek(m_nFile, 0, SEEK_SET);
+        m_strAll += strText;
+        return strText;
+    }
+
+private:
+    int m_nFile;
+    int m_nStdout;
+    std::string m_strAll;
+};
+
+/// "[Tessaro] File.cpp Function 12 Failed.\n"
+inline std::string Line(char const* szSource, std::string const& strFunction, int nLine,
+                        std::string const& strText = "Failed")
+{
+    return std::string("[Tessaro] ") + szSource + ".cpp " + strFunction + " " + std::to_string(nLine) + " " + strText +
+           ".\n";
+}
+
+inline CJournal& Journal()
+{
+    return CJournal::Instance();
+}
+
+/// The lines of a golden file.
+inline Strings Golden(char const* szName)
+{
+    Strings astrLines;
+    std::ifstream tFile(std::string(TESSARO_GOLDEN) + "/" + szName);
+    for (std::string strLine; std::getline(tFile, strLine);)
+    {
+        astrLines.push_back(strLine);
+    }
+    EXPECT_FALSE(astrLines.empty()) << szName;
+    return astrLines;
+}
+
+/// One protocol with its recorder plug-in.
+struct tagProtocol
+{
+    eProtocolType eType;
+    char const* szLibrary;
+    char const* szPrefix;
+    char const* szLookUp; ///< golden file
+    char const* szSource;
+    int nOpenedLine; ///< 0: none
+    std::string Path() const { return std::string(TESSARO_RECORDERS) + "/" + szLibrary; }
+};
+inline constexpr tagProtocol g_atProtocols[] = {
+    {eProtocolPrivate, "libvornclient.so", "VornClient_", "lookup_private.txt", "CProtocolPrivate", 0},
+    {eProtocolOnvif, "libonvifclient.so", "OnvifClient_", "lookup_onvif.txt", "CProtocolOnvif", 156},
+    {eProtocolRTSP, "librtspclient.so", "RTSPClient_", "lookup_rtsp.txt", "CProtocolRTSP", 51},
+    {eProtocolVTQ, "libVTQ.so", "VTQClient_", "lookup_vtq.txt", "CProtocolVTQ", 159},
+};
+inline std::string NameOf(testing::TestParamInfo<tagProtocol> const& tInfo)
+{
+    return std::string(tInfo.param.szPrefix, strcspn(tInfo.param.szPrefix, "_"));
+}
+inline void PrintTo(tagProtocol const& tProtocol, std::ostream* pOut)
+{
+    *pOut << tProtocol.szPrefix;
+}
+
+/// A copy of a recorder plug-in without some of its entry points: their names are spoilt in its string table.
+class CReducedPlugin
+{
+public:
+    CReducedPlugin(tagProtocol const& tProtocol, Strings const& astrMissing)
+        : m_strPath(testing::TempDir() + "reduced_" + std::to_string(getpid()) + "_" + tProtocol.szLibrary)
+    {
+        std::ifstream tIn(tProtocol.Path(), std::ios::binary);
+        std::string strImage((std::istreambuf_iterator<char>(tIn)), {});
+        for (std::string const& strName : astrMissing)
+        {
+            const std::size_t nAt = strImage.find(std::string(1, '\0') + strName + '\0');
+            EXPECT_NE(nAt, std::string::npos) << strName;
+            strImage.at(nAt + 1) = '-';
+        }
+        std::ofstream(m_strPath, std::ios::binary) << strImage;
+    }
+    ~CReducedPlugin() { std::filesystem::remove(m_strPath); }
+    CReducedPlugin(CReducedPlugin const&) = delete;
+    CReducedPlugin& operator=(CReducedPlugin const&) = delete;
+    char const* Path() const { return m_strPath.c_str(); }
+
+private:
+    std::string m_strPath;
+};
+
+/// An argument of any type, different for each position; nothing of ours looks behind the pointers.
+template <class T>
+T Argument(std::size_t i)
+{
+    if constexpr (std::is_same_v<T, tagConfigInformation*> || std::is_same_v<T, tagConfigInformationV2*> ||
+                  std::is_same_v<T, tagUserLoginPara*>) // the records that the library may look into
+    {
+        static std::remove_pointer_t<T> g_tRecord{};
+        return &g_tRecord;
+    }
+    else
+    {
+        return (T)(0x101 * (i + 1));
+    }
+}
+
+/// Which arguments of a call are to differ from Argument<T>, by position; their bits are taken as they are.
+using Overrides = std::map<std::size_t, std::uintptr_t>;
+
+/// Calls fnCall with arguments of its own types, A..., and tells them as numbers in auArguments.
+template <class... A, class F>
+int CallWithArguments(F fnCall, Overrides const& tOverrides, std::vector<std::uintptr_t>& auArguments)
+{
+    return [&]<std::size_t... i>(std::index_sequence<i...>)
+    {
+        std::tuple<A...> tArguments{Argument<A>(i)...};
+        for (auto const& [iArgument, uValue] : tOverrides)
+        {
+            ((i == iArgument ? (void)(std::get<i>(tArguments) = (A)uValue) : (void)0), ...);
+        }
+        auArguments = {(std::uintptr_t)std::get<i>(tArguments)...};
+        return fnCall(std::get<i>(tArguments)...);
+    }
+    (std::index_sequence_for<A...>{});
+}
+
+/// A started service with the recorders, a VTQ login and a live stream.
+class CSession : public testing::Test
+{
+protected:
+    CSession()
+    {
+        ClientAdapter_Start(16);
+        Login();
+        Open();
+        m_tCapture.Text();
+    }
+    ~CSession() override
+    {
+        Journal().Reset();
+        ClientAdapter_RealStreamDisconnect(m_nMedia);
+        ClientAdapter_UserLogout(m_nLogin);
+        ClientAdapter_Stop();
+    }
+
+    void Login()
+    {
+        Journal().Reset();
+        EXPECT_EQ(ClientAdapter_UserLogin(&m_nLogin, eProtocolVTQ, &m_tLogin), 0);
+        m_uLogin = Journal().LastHandle();
+        Journal().Take();
+    }
+    void Open()
+    {
+        Journal().Reset();
+        EXPECT_EQ(ClientAdapter_RealStreamConnect(&m_nMedia, m_nLogin, &m_tStream), 0);
+        m_uMedia = Journal().LastHandle();
+        Journal().Take();
+    }
+
+    CCapture m_tCapture;
+    tagUserLoginPara m_tLogin{};
+    tagRealStreamPara m_tStream{};
+    int m_nLogin = -1;
+    int m_nMedia = -1;
+    std::uintptr_t m_uLogin = 0; ///< the plug-in's handles
+    std::uintptr_t m_uMedia = 0;
+};

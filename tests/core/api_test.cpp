@@ -1,0 +1,336 @@
+// The exported functions, through the ONVIF, RTSP and VTQ recorders under the names that the library looks for.
+
+#include "adapter/ClientService.h"
+#include "tests/core/Support.h"
+
+#include <algorithm>
+#include <functional>
+#include <sstream>
+
+namespace
+{
+struct tagExport
+{
+    std::string strFunction;
+    std::string strShape;
+    int nLine;
+    std::string strOperation;
+};
+
+/// Every function by its shape: unknown IDs, what reaches the plug-in, what comes back.
+class Shape : public CSession
+{
+protected:
+    template <class... A>
+    int Call(int (*pfnFunction)(A...), Overrides const& tOverrides)
+    {
+        const int nResult = CallWithArguments<A...>(pfnFunction, tOverrides, m_auArguments);
+        m_atCalls = Journal().Take();
+        return nResult;
+    }
+
+    template <class F>
+    void Check(tagExport const& tRow, F pfnFunction)
+    {
+        SCOPED_TRACE(tRow.strFunction);
+        Journal().Reset();
+        m_tCapture.Text();
+        static const Strings astrLogin{"login", "ask", "status", "subscribe"};
+        static const Strings astrMedia{"media", "close", "register"};
+        if (std::find(astrLogin.begin(), astrLogin.end(), tRow.strShape) != astrLogin.end())
+        {
+            OnID(tRow, pfnFunction, true);
+        }
+        else if (std::find(astrMedia.begin(), astrMedia.end(), tRow.strShape) != astrMedia.end())
+        {
+            OnID(tRow, pfnFunction, false);
+        }
+        else if (tRow.strShape == "open-login")
+        {
+            OpenLogin(tRow, pfnFunction);
+        }
+        else if (tRow.strShape == "named")
+        {
+            Named(tRow, pfnFunction);
+        }
+        else
+        {
+            ASSERT_TRUE(tRow.strShape.starts_with("broadcast-"));
+            Broadcast(tRow, pfnFunction, tRow.strShape.substr(10));
+        }
+    }
+
+    static std::string Entry(tagExport const& tRow)
+    {
+        return "VTQClient_" + (tRow.strOperation == "GetPackInfo" ? "Getpackageinfo" : tRow.strOperation);
+    }
+
+    template <class F>
+    void OnID(tagExport const& tRow, F pfnFunction, bool bLogin)
+    {
+        std::string const& strShape = tRow.strShape;
+        Overrides tOverrides;
+        if (strShape == "status") // the one that writes by itself
+        {
+            tOverrides[1] = reinterpret_cast<std::uintptr_t>(&m_nStatus);
+        }
+        for (const int nUnknown : {-1, 999, 1000, 0x7fffffff})
+        {
+            tOverrides[0] = static_cast<std::uintptr_t>(nUnknown);
+            EXPECT_EQ(Call(pfnFunction, tOverrides), bLogin ? 3 : -1);
+            EXPECT_EQ(m_tCapture.Text(), bLogin ? Line("ClientAdapter", tRow.strFunction, tRow.nLine) : "");
+            EXPECT_TRUE(m_atCalls.empty());
+        }
+        for (const int nAnswer : {0, 7, -5, 2})
+        {
+            Journal().Answer(Entry(tRow), nAnswer);
+            const bool bMapped = strShape == "ask" || strShape == "status";
+            tOverrides[0] = static_cast<std::uintptr_t>(bLogin ? m_nLogin : m_nMedia);
+            EXPECT_EQ(Call(pfnFunction, tOverrides), !bMapped ? nAnswer : nAnswer < 0 ? 3 : 0);
+            ASSERT_EQ(m_atCalls.size(), 1U);
+            EXPECT_EQ(m_atCalls[0].strEntry, Entry(tRow));
+            m_auArguments[0] = bLogin ? m_uLogin : m_uMedia;
+            if (strShape == "register" || strShape == "subscribe") // a trampoline, and our ID as user data
+            {
+                const std::size_t iCallback = m_auArguments.size() - 2;
+                EXPECT_NE(m_atCalls[0].auArguments[iCallback], m_auArguments[iCallback]);
+                m_auArguments[iCallback] = m_atCalls[0].auArguments[iCallback];
+                m_auArguments.back() = tOverrides[0];
+            }
+            EXPECT_EQ(m_atCalls[0].auArguments, m_auArguments);
+            const bool bLogout = tRow.strOperation == "UserLogout" && nAnswer == 0; // frees on 0 only
+            if (strShape == "close" || bLogout)                                     // frees whatever came back
+            {
+                EXPECT_EQ(Call(pfnFunction, tOverrides), bLogin ? 3 : -1);
+                bLogout ? Login() : Open();
+            }
+            m_tCapture.Text();
+        }
+    }
+
+    template <class F>
+    void OpenLogin(tagExport const& tRow, F pfnFunction)
+    {
+        int nNew = 55;
+        const auto uNew = reinterpret_cast<std::uintptr_t>(&nNew);
+        EXPECT_EQ(Call(pfnFunction, {{0, uNew}, {1, 999}}), 3);
+        EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", tRow.strFunction, tRow.nLine));
+        const Overrides tKnown{{0, uNew}, {1, static_cast<std::uintptr_t>(m_nLogin)}};
+        Journal().Answer(Entry(tRow), 19);
+        EXPECT_EQ(Call(pfnFunction, tKnown), 19);
+        EXPECT_EQ(nNew, 55) << "a failing open takes no ID";
+        Journal().Answer(Entry(tRow), 0);
+        EXPECT_EQ(Call(pfnFunction, tKnown), 0);
+        EXPECT_EQ(nNew, (m_nMedia + 1) % 1000);
+        tagResource tNew{};
+        EXPECT_EQ(g_cClient.GetMediaType(nNew, tNew), 0);
+        EXPECT_EQ(tNew.hHandle, reinterpret_cast<void*>(Journal().LastHandle()));
+        EXPECT_EQ(tNew.eType, eProtocolVTQ);
+        m_auArguments[0] = m_atCalls.at(0).auArguments[0]; // a handle variable of the library's own
+        m_auArguments[1] = m_uLogin;
+        EXPECT_EQ(m_atCalls[0].auArguments, m_auArguments);
+        ClientAdapter_RealStreamDisconnect(nNew);
+    }
+
+    template <class... A>
+    void Named(tagExport const& tRow, int (*pfnFunction)(A...))
+    {
+        EXPECT_EQ(Call(pfnFunction, {{sizeof...(A) - 1, 7}}), 4);
+        Journal().Answer(Entry(tRow), -9);
+        EXPECT_EQ(Call(pfnFunction, {{sizeof...(A) - 1, eProtocolVTQ}}), -9);
+        m_auArguments.pop_back();
+        m_auArguments.insert(m_auArguments.begin(), 0);
+        EXPECT_EQ(m_atCalls.at(0).auArguments, m_auArguments);
+    }
+
+    // Asked are the protocols in their order; heard, those whose plug-ins are asked for the operation at all.
+    template <class F>
+    void Broadcast(tagExport const& tRow, F pfnFunction, std::string const& strTypes)
+    {
+        Strings astrExpected;
+        for (const char c : strTypes)
+        {
+            tagProtocol const& tProtocol = g_atProtocols[c - '0'];
+            const Strings astrLookUp = Golden(tProtocol.szLookUp);
+            const std::string strEntry = tProtocol.szPrefix + tRow.strOperation;
+            if (std::find(astrLookUp.begin(), astrLookUp.end(), strEntry) != astrLookUp.end())
+            {
+                astrExpected.push_back(strEntry);
+                Journal().Answer(strEntry, 5);
+            }
+        }
+        EXPECT_EQ(Call(pfnFunction, {}), 0);
+        Strings astrCalled;
+        for (tagCalled const& tCall : m_atCalls)
+        {
+            astrCalled.push_back(tCall.strEntry);
+            EXPECT_EQ(tCall.auArguments, m_auArguments);
+        }
+        EXPECT_EQ(astrCalled, astrExpected);
+    }
+
+    std::vector<std::uintptr_t> m_auArguments;
+    std::vector<tagCalled> m_atCalls;
+    int m_nStatus = 0;
+};
+
+TEST_F(Shape, EveryExportedFunction)
+{
+#define EXPORTED(function)                                                                                             \
+    {                                                                                                                  \
+#function, [this](tagExport const& tRow) { Check(tRow, &function); }                                           \
+    }
+    const std::map<std::string, std::function<void(tagExport const&)>> tChecks{
+        EXPORTED(ClientAdapter_UserLogout),           EXPORTED(ClientAdapter_GetLoginLevel),
+        EXPORTED(ClientAdapter_GetLoginMac),          EXPORTED(ClientAdapter_GetLoginStatus),
+        EXPORTED(ClientAdapter_GetPackageInfo),       EXPORTED(ClientAdapter_RealStreamConnect),
+        EXPORTED(ClientAdapter_RealStreamDisconnect), EXPORTED(ClientAdapter_StreamMediaControl),
+        EXPORTED(ClientAdapter_SetStreamMediaLinkID), EXPORTED(ClientAdapter_QueryStreamMediaLinkID),
+        EXPORTED(ClientAdapter_UnSubscribeEvent),     EXPORTED(ClientAdapter_SubscribeEvent),
+        EXPORTED(ClientAdapter_SetCallbackFunc),      EXPORTED(ClientAdapter_DeleteUserForceCB),
+        EXPORTED(ClientAdapter_DeviceRegisterCB),     EXPORTED(ClientAdapter_DeviceProbeStart),
+        EXPORTED(ClientAdapter_RTSPSetIsProductTest), EXPORTED(ClientAdapter_VTQDealRepairIpcMsg),
+        EXPORTED(ClientAdapter__VoiceStreamMedia),    EXPORTED(ClientAdapter__VoiceStreamIf),
+        EXPORTED(ClientAdapter_StreamMediaCB),        EXPORTED(ClientAdapter_HistoryStreamCB),
+        EXPORTED(ClientAdapter_StreamMediaRawCB),     EXPORTED(ClientAdapter_VoiceStreamCB),
+        EXPORTED(ClientAdapter_TransparentChannelCB), EXPORTED(ClientAdapter_FileUploadCB),
+        EXPORTED(ClientAdapter_FileDownloadCB),
+    };
+    for (std::string const& strRow : Golden("exports.txt"))
+    {
+        tagExport tRow;
+        std::istringstream(strRow) >> tRow.strFunction >> tRow.strShape >> tRow.nLine >> tRow.strOperation;
+        tChecks.at(tRow.strFunction)(tRow);
+    }
+}
+
+// --- what fits no shape ----------------------------------------------------------------------------------------------
+
+TEST_F(CSession, LoginRefusals)
+{
+    int nID = 55;
+    EXPECT_EQ(ClientAdapter_UserLogin(nullptr, eProtocolVTQ, &m_tLogin), -1);
+    EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolVTQ, nullptr), -1);
+    const std::string strLine = Line("ClientAdapter", "ClientAdapter_UserLogin", 126);
+    EXPECT_EQ(m_tCapture.Text(), strLine + strLine);
+    EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolPrivate, &m_tLogin), 4);
+    Journal().Answer("VTQClient_UserLogin", 17);
+    EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolVTQ, &m_tLogin), 17);
+    EXPECT_EQ(nID, 55);
+}
+
+// Calls fnOpen until it gives -1; the IDs that it gave before.
+std::vector<int> Exhaust(std::function<int(int*)> const& fnOpen)
+{
+    std::vector<int> anIDs;
+    for (;;)
+    {
+        int nID = 0;
+        EXPECT_EQ(fnOpen(&nID), 0);
+        if (nID == -1)
+        {
+            return anIDs;
+        }
+        anIDs.push_back(nID);
+    }
+}
+
+TEST_F(CSession, FullTablesLeaveMinusOne)
+{
+    std::vector<int> anIDs =
+        Exhaust([&](int* pnID) { return ClientAdapter_RealStreamConnect(pnID, m_nLogin, &m_tStream); });
+    EXPECT_GE(anIDs.size(), 998U);
+    std::for_each(anIDs.begin(), anIDs.end(), ClientAdapter_RealStreamDisconnect);
+
+    anIDs = Exhaust([&](int* pnID) { return ClientAdapter_UserLogin(pnID, eProtocolVTQ, &m_tLogin); });
+    const int nLast = anIDs.back();
+    ClientAdapter_UserLogout(nLast);
+    int nID = 0;
+    g_cClient.m_nUserCursor = nLast; // as if the search had come to the one free slot
+    EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolRTSP, &m_tLogin), 0);
+    EXPECT_EQ(nID, -1) << "the binding's own record took the last slot";
+    EXPECT_EQ(g_cProtocolSet.UserLogout(reinterpret_cast<void*>(static_cast<std::intptr_t>(nLast)), eProtocolRTSP), 0);
+    anIDs.pop_back();
+    std::for_each(anIDs.begin(), anIDs.end(), ClientAdapter_UserLogout);
+}
+
+TEST_F(CSession, ForceIFrameAndLoginStatus)
+{
+    const auto strLine = [](int nLine) { return Line("ClientAdapter", "ClientAdapter_ForceIFrame", nLine); };
+    EXPECT_EQ(ClientAdapter_ForceIFrame(999, -1), 3);
+    EXPECT_EQ(ClientAdapter_ForceIFrame(999, m_nMedia), 3);
+    EXPECT_EQ(ClientAdapter_ForceIFrame(m_nLogin, 999), 3);
+    EXPECT_EQ(m_tCapture.Text(), strLine(541) + strLine(547) + strLine(553));
+    EXPECT_EQ(ClientAdapter_ForceIFrame(m_nLogin, m_nMedia), 0);
+    EXPECT_EQ(Journal().Take().at(0).auArguments, (std::vector<std::uintptr_t>{m_uLogin, m_uMedia}));
+
+    int nStatus = 55;
+    Journal().Answer("VTQClient_GetLoginStatus", 2);
+    EXPECT_EQ(ClientAdapter_GetLoginStatus(m_nLogin, nullptr), 4);
+    EXPECT_EQ(ClientAdapter_GetLoginStatus(m_nLogin, &nStatus), 0);
+    EXPECT_EQ(nStatus, 2);
+    Journal().Answer("VTQClient_GetLoginStatus", -2);
+    EXPECT_EQ(ClientAdapter_GetLoginStatus(m_nLogin, nullptr), 3);
+    ClientAdapter_Stop();
+    EXPECT_EQ(ClientAdapter_GetLoginStatus(m_nLogin, &nStatus), 0) << "no binding: the set's 4 is what comes back";
+    EXPECT_EQ(nStatus, 4);
+    ClientAdapter_Start(16);
+    EXPECT_EQ(ClientAdapter_GetLoginStatus(m_nLogin, &nStatus), 3) << "IDs outlive a stop";
+}
+
+// --- start and stop --------------------------------------------------------------------------------------------------
+
+TEST(Service, StartAndStopLines)
+{
+    CCapture tCapture;
+    Journal().Reset();
+    EXPECT_EQ(ClientAdapter_Stop(), 0);
+    const std::string strNotStarted = Line("CProtocolSet", "Stop", 122);
+    EXPECT_EQ(tCapture.Text(), strNotStarted + strNotStarted + strNotStarted);
+    EXPECT_EQ(ClientAdapter_Start(77), 0);
+    std::string strExpected;
+    constexpr int anStart[] = {0, 62, 65, 69};
+    constexpr int anCreate[] = {51, 44, 58, 65};
+    for (tagProtocol const& tProtocol : {g_atProtocols[1], g_atProtocols[2], g_atProtocols[3]})
+    {
+        const std::string strName = std::string(tProtocol.szSource).substr(9);
+        strExpected +=
+            Line("ClientAdapter", "ClientAdapter_Start", anStart[tProtocol.eType], "eProtocol" + strName) +
+            Line("CProtocolSet", "InsertProtocol", anCreate[tProtocol.eType], "Create CProtocol" + strName + "\n") +
+            Line(tProtocol.szSource, "Intialize", tProtocol.nOpenedLine, "CProtocolSet" + strName + " OPEN");
+    }
+    EXPECT_EQ(tCapture.Text(), strExpected);
+    Strings astrCalled;
+    std::vector<tagCalled> atCalls = Journal().Take();
+    std::transform(atCalls.begin(), atCalls.end(), std::back_inserter(astrCalled), [](auto& t) { return t.strEntry; });
+    EXPECT_EQ(astrCalled, (Strings{"OnvifClient_Start", "OnvifClient_SetProtocolInterface", "RTSPClient_Start",
+                                   "RTSPClient_SetProtocolInterface", "VTQClient_Start",
+                                   "VTQClient_SetProtocolInterface", "RTSPClient_SetMaxChannel"}));
+    EXPECT_EQ(atCalls.back().auArguments.at(0), 77U);
+    EXPECT_EQ(ClientAdapter_Start(78), 0);
+    EXPECT_NE(tCapture.Text().find(Line("CProtocolSet", "InsertProtocol", 35)), std::string::npos);
+    EXPECT_EQ(Journal().Take().size(), 7U) << "started again";
+    EXPECT_EQ(ClientAdapter_Stop(), 0);
+    EXPECT_EQ(Journal().Take().size(), 3U);
+    EXPECT_EQ(tCapture.Text(), "");
+    EXPECT_STREQ(g_cVersion, "Build 1.0.0.29024");
+}
+
+TEST(Service, Classes)
+{
+    CAdapta_ClientService tService;
+    EXPECT_EQ(tService.Status(), 1);
+    EXPECT_EQ(tService.Start(), 0);
+    EXPECT_EQ(tService.Status(), 0);
+    EXPECT_EQ(CAdapta_ClientService(tService).Status(), 1);
+    CAdapta_ClientService tOther;
+    tOther = tService;
+    EXPECT_EQ(tOther.Status(), 1);
+    EXPECT_EQ(tService.Stop(), 0);
+    EXPECT_EQ(tService.Status(), 1);
+    CAdapter_GlobalObject& tGlobal = Adapter_CommonKit::TSingletons<CAdapter_GlobalObject>::Instance();
+    EXPECT_EQ(&tGlobal, &Adapter_CommonKit::TSingletons<CAdapter_GlobalObject>::Instance());
+    EXPECT_NE(tGlobal.ProtocolResource(), &g_cProtocolSet);
+    EXPECT_EQ(tGlobal.PlatformResource()->Start(), 0);
+}
+} // namespace

@@ -1,0 +1,75 @@
+// What no application sees: built from the library's objects, not against its exports.
+
+#include "bindings/CProtocolOnvif.h"
+#include "bindings/CProtocolPrivate.h"
+#include "bindings/CProtocolRTSP.h"
+#include "bindings/CProtocolVTQ.h"
+#include "system/OutputMessage.h"
+#include "tests/core/Support.h"
+
+using Adapter_System::CModule;
+
+namespace
+{
+TEST(OutputMessage, CutsAndDoesNotInterpretTwice)
+{
+    CCapture tCapture;
+    for (const std::size_t nLength : {10U, 1023U, 1024U, 5000U})
+    {
+        EXPECT_EQ(CAdapter_OutputMessage::OutputMessage("%s", std::string(nLength, 'x').c_str()), 0);
+        EXPECT_EQ(tCapture.Text(), std::string(std::min<std::size_t>(nLength, 1023), 'x'));
+    }
+    CAdapter_OutputMessage::ControlMessage("%s", "100%d%n");
+    EXPECT_EQ(tCapture.Text(), "100%d%n");
+    char szText[] = "x";
+    EXPECT_EQ(CAdapter_OutputMessage::CommandRPCMessage("%d", 5) + CAdapter_OutputMessage::CommandRPCOutput(szText) +
+                  CAdapter_OutputMessage::CommandRPCOutput(szText, 1),
+              0);
+    EXPECT_EQ(tCapture.Text(), "");
+}
+
+TEST(Module, LifeOfOne)
+{
+    CCapture tCapture;
+    CModule tModule;
+    void* pAddress = &tModule;
+    EXPECT_EQ(tModule.Open(nullptr), 1);
+    EXPECT_EQ(tModule.Export("x", pAddress), 1);
+    EXPECT_EQ(pAddress, &tModule);
+    EXPECT_EQ(tModule.Close(), 0);
+    EXPECT_EQ(tModule.Open(g_atProtocols[0].Path().c_str()), 0);
+    EXPECT_EQ(tModule.Export(nullptr, pAddress), 1);
+    EXPECT_EQ(tModule.Export("VornClient_Nothing", pAddress), 1);
+    EXPECT_EQ(pAddress, nullptr);
+    EXPECT_EQ(tCapture.Text(), Line("Module", "Open", 50) + Line("Module", "Export", 70) +
+                                   Line("Module", "Export", 70) + Line("Module", "Export", 80, "VornClient_Nothing"));
+    {
+        CModule tCopy(tModule);
+        EXPECT_EQ(tCopy.Export("VornClient_Start", pAddress), 1) << "a copy shares nothing";
+        tCopy = tModule;
+    }
+    EXPECT_EQ(tModule.Export("VornClient_Start", pAddress), 0);
+    EXPECT_NE(pAddress, nullptr);
+    EXPECT_EQ(tModule.Close() + tModule.Close(), 0);
+}
+
+template <class Binding>
+void NullPath(char const* szSource, int nLine)
+{
+    CCapture tCapture;
+    Binding tBinding;
+    EXPECT_EQ(tBinding.Intialize(nullptr), 4);
+    EXPECT_EQ(tCapture.Text(), Line(szSource, "Intialize", nLine));
+    EXPECT_EQ(tBinding.Start(), 1);
+    EXPECT_EQ(tBinding.Destroy(), 0);
+}
+
+TEST(Binding, NullPath)
+{
+    using namespace Adapter_ProtocolSet;
+    NullPath<CProtocolSetPrivate>("CProtocolPrivate", 23);
+    NullPath<CProtocolSetOnvif>("CProtocolOnvif", 23);
+    NullPath<CProtocolSetRTSP>("CProtocolRTSP", 28);
+    NullPath<CProtocolSetVTQ>("CProtocolVTQ", 23);
+}
+} // namespace

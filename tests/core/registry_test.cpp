@@ -1,0 +1,152 @@
+// IDs: in which order they are given, what a look-up finds, what threads may do at once.
+
+#include "tests/core/Support.h"
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+namespace
+{
+// The two tables are alike; every case runs on both.
+struct tagTable
+{
+    char const* szName;
+    int (Client::*pfnSet)(int&, void*, eProtocolType);
+    int (Client::*pfnGet)(int, tagResource&);
+    int (Client::*pfnDelete)(int);
+};
+constexpr tagTable g_atTables[] = {
+    {"logins", &Client::SetUserType, &Client::GetUserType, &Client::DeleteUserType},
+    {"media", &Client::SetMeidaType, &Client::GetMediaType, &Client::DeleteMediaType},
+};
+
+class Registry : public testing::TestWithParam<tagTable>
+{
+protected:
+    int Allocate(std::uintptr_t uHandle = 1, eProtocolType eType = eProtocolVTQ)
+    {
+        int nID = -1;
+        EXPECT_EQ((m_tClient.*GetParam().pfnSet)(nID, reinterpret_cast<void*>(uHandle), eType), 0);
+        return nID;
+    }
+    void Free(int nID) { EXPECT_EQ((m_tClient.*GetParam().pfnDelete)(nID), 0); }
+    int Get(int nID, tagResource& tRecord) { return (m_tClient.*GetParam().pfnGet)(nID, tRecord); }
+    void Fill()
+    {
+        while (Allocate() != -1)
+        {
+        }
+    }
+
+    std::unique_ptr<Client> m_pClient = std::make_unique<Client>();
+    Client& m_tClient = *m_pClient;
+};
+
+TEST_P(Registry, IDsRiseAndWrapAround)
+{
+    EXPECT_EQ(Allocate(), 0);
+    EXPECT_EQ(Allocate(), 1);
+    Free(0);
+    for (int nID = 2; nID < 1000; ++nID)
+    {
+        ASSERT_EQ(Allocate(), nID);
+    }
+    EXPECT_EQ(Allocate(), 0);
+    EXPECT_EQ(Allocate(), -1);
+}
+
+TEST_P(Registry, TheSecondPassNeverTakesSlotZero)
+{
+    Fill();
+    Free(500);
+    EXPECT_EQ(Allocate(), 500); // the cursor is now 501
+    Free(0);
+    EXPECT_EQ(Allocate(), -1);
+    Free(1);
+    EXPECT_EQ(Allocate(), 1);
+    Free(999);
+    EXPECT_EQ(Allocate(), 999); // the cursor is now 0
+    EXPECT_EQ(Allocate(), 0);
+}
+
+TEST_P(Registry, LookUp)
+{
+    tagResource tRecord{eProtocolOnvif, nullptr, nullptr, {}};
+    const int nID = Allocate(0x77);
+    for (const int nUnknown : {-1, 1000, 2000000000, nID + 1})
+    {
+        EXPECT_EQ(Get(nUnknown, tRecord), 1);
+        Free(nUnknown);
+    }
+    EXPECT_EQ(tRecord.eType, eProtocolOnvif) << "left alone";
+    EXPECT_EQ(Get(nID, tRecord), 0);
+    EXPECT_EQ(tRecord.eType, eProtocolVTQ);
+    EXPECT_EQ(tRecord.hHandle, reinterpret_cast<void*>(0x77));
+    Free(nID);
+    Free(nID);
+    EXPECT_EQ(Get(nID, tRecord), 1);
+}
+
+// Handles carry their own check, so a mixture of two records would show.
+TEST_P(Registry, LookUpsSeeWholeRecordsWhileOthersOpenAndClose)
+{
+    std::atomic<bool> bEnd = false;
+    std::atomic<int> nFound = 0;
+    std::thread tReader(
+        [&]
+        {
+            tagResource tRecord;
+            while (!bEnd)
+            {
+                for (int nID = 0; nID < 1000; nID += 7)
+                {
+                    if (Get(nID, tRecord) == 0)
+                    {
+                        const auto u = reinterpret_cast<std::uintptr_t>(tRecord.hHandle);
+                        EXPECT_EQ(static_cast<std::uintptr_t>(tRecord.eType), u % 4);
+                        ++nFound;
+                    }
+                }
+            }
+        });
+    const auto fnOpenAndClose = [&](std::uintptr_t uFirst)
+    {
+        for (std::uintptr_t u = uFirst; u < 40000 || nFound < 100; u += 2)
+        {
+            const int nID = Allocate(u, static_cast<eProtocolType>(u % 4));
+            EXPECT_NE(nID, -1);
+            Free(nID);
+        }
+    };
+    std::thread tOther(fnOpenAndClose, 1);
+    fnOpenAndClose(2);
+    tOther.join();
+    bEnd = true;
+    tReader.join();
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, Registry, testing::ValuesIn(g_atTables),
+                         [](auto const& tInfo) { return std::string(tInfo.param.szName); });
+
+TEST(RegistryRecord, ComesBackWholeAndChangesInPlace)
+{
+    const auto pClient = std::make_unique<Client>();
+    tagResource tRecord{eProtocolRTSP, &tRecord, nullptr, {1, 2, 3}};
+    tRecord.byProtocolData[603] = 9;
+    int nID = -1;
+    pClient->SetUserType(nID, tRecord);
+    pClient->m_stUser[nID + 1].hStream = nullptr;
+    for (const int nChanged : {nID, nID + 1, -1, 1000})
+    {
+        pClient->UpdateUser(nChanged, &tagResource::hStream, pClient.get());
+    }
+    tagResource tFound{};
+    EXPECT_EQ(pClient->GetUserType(nID, tFound), 0);
+    EXPECT_EQ(tFound.hStream, pClient.get());
+    EXPECT_EQ(tFound.hHandle, &tRecord);
+    EXPECT_EQ(memcmp(tFound.byProtocolData, tRecord.byProtocolData, sizeof tFound.byProtocolData), 0);
+    EXPECT_EQ(pClient->GetMediaType(nID, tFound), 1) << "the tables are independent";
+    EXPECT_EQ(pClient->m_stUser[nID + 1].hStream, nullptr) << "a free slot";
+}
+} // namespace
