@@ -1,0 +1,181 @@
+// The plug-in's fifteen entry points. What each answers, beside 0, is listed at eRtspResult.
+
+#include "plugins/rtsp/Streams.h"
+#include "system/Export.h"
+
+#include <new>
+#include <system_error>
+
+class IProtocol;
+
+using rtsp::CStream;
+using rtsp::CStreams;
+
+namespace
+{
+// Nothing is thrown across an entry point.
+template <class F>
+int Guarded(F fnEntry)
+try
+{
+    return fnEntry();
+}
+catch (...)
+{
+    return eRtspNoResources;
+}
+
+template <class F>
+int OnStream(void* hStream, F fnEntry)
+{
+    return Guarded(
+        [&]() -> int
+        {
+            const std::shared_ptr<CStream> pStream = CStreams::Instance().Find(hStream);
+            return pStream ? static_cast<int>(fnEntry(*pStream)) : static_cast<int>(eRtspBadHandle);
+        });
+}
+
+int Listen(void* hStream, CStream::eListener eWhich, DeviceEventCallback pfnEvent, unsigned long dwUser)
+{
+    return OnStream(hStream,
+                    [&](CStream& tStream)
+                    {
+                        tStream.SetListener(eWhich, pfnEvent, dwUser);
+                        return eResultOk;
+                    });
+}
+
+// A process that ends without a stop: streams may go on, but call nobody any more.
+[[gnu::destructor]] void OnExit()
+{
+    CStreams::Instance().MuteAll();
+}
+} // namespace
+
+TESSARO_C_BEGIN
+
+TESSARO_API int RTSPClient_Start()
+{
+    return Guarded([] { return CStreams::Instance().Start(); });
+}
+
+TESSARO_API int RTSPClient_Stop()
+{
+    return Guarded([] { return CStreams::Instance().Stop(); });
+}
+
+TESSARO_API int RTSPClient_Create(void** phStream, tagRTSPClientPara* ptPara, unsigned int)
+{
+    if (!phStream || !ptPara)
+    {
+        return eRtspBadArgument;
+    }
+    return Guarded([&] { return CStreams::Instance().Create(phStream, *ptPara); });
+}
+
+TESSARO_API int RTSPClient_Destroy(void* hStream)
+{
+    return Guarded([&] { return CStreams::Instance().Destroy(hStream); });
+}
+
+TESSARO_API int RTSPClient_StreamCB(void* hStream, StreamMediaCallback pfnFrame, unsigned long dwUser)
+{
+    return OnStream(hStream,
+                    [&](CStream& tStream)
+                    {
+                        tStream.SetFrameCallback(pfnFrame, dwUser);
+                        return eResultOk;
+                    });
+}
+
+TESSARO_API int RTSPClient_EventCB(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
+{
+    return Listen(hStream, CStream::eListener::EventCB, pfnEvent, dwUser);
+}
+
+TESSARO_API int RTSPClient_SetRtspEvenCb(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
+{
+    return Listen(hStream, CStream::eListener::SetRtspEvenCb, pfnEvent, dwUser);
+}
+
+TESSARO_API int RTSPClient_Control(void* hStream, eTaskControl eControl)
+{
+    return OnStream(hStream,
+                    [&](CStream& tStream) -> int
+                    {
+                        if (eControl != eTaskPlay && eControl != eTaskPause)
+                        {
+                            return eRtspNotSupported;
+                        }
+                        tStream.SetPaused(eControl == eTaskPause);
+                        return eResultOk;
+                    });
+}
+
+TESSARO_API int RTSPClient_GetPackageInfo(void* hStream, void* pInfo, int nLength, int)
+{
+    return OnStream(hStream,
+                    [&](CStream& tStream) -> int
+                    {
+                        if (!pInfo || nLength < static_cast<int>(sizeof(tagRTSPPackageInfo)))
+                        {
+                            return eRtspBadArgument;
+                        }
+                        *static_cast<tagRTSPPackageInfo*>(pInfo) = tStream.Info();
+                        return eResultOk;
+                    });
+}
+
+TESSARO_API int RTSPClient_SetMaxChannel(unsigned int dwCount)
+{
+    return Guarded(
+        [&]
+        {
+            CStreams::Instance().SetMost(dwCount);
+            return eResultOk;
+        });
+}
+
+TESSARO_API int RTSP_GetAttribute(eClientSDKAttributeType eAttribute, unsigned long* pdwValue)
+{
+    return Guarded(
+        [&]() -> int
+        {
+            if (eAttribute != eAttributeMaxChannel && eAttribute != eAttributeOpenStreams)
+            {
+                return eRtspNotSupported;
+            }
+            if (!pdwValue)
+            {
+                return eRtspBadArgument;
+            }
+            *pdwValue = eAttribute == eAttributeMaxChannel ? CStreams::Instance().Most() : CStreams::Instance().Open();
+            return eResultOk;
+        });
+}
+
+// RTSP has no word for a forced key frame, and this plug-in no use for the other protocols, product modes or functions
+// of its own kinds.
+
+TESSARO_API int RTSP_ForceIFrame(void*, unsigned long)
+{
+    return eRtspNotSupported;
+}
+
+TESSARO_API int RTSPClient_SetProtocolInterface(IProtocol*)
+{
+    return eResultOk;
+}
+
+TESSARO_API int RTSPClient_SetProductMode(void*, unsigned long)
+{
+    return eRtspNotSupported;
+}
+
+TESSARO_API int RTSPClient_SetCallbackFunc(unsigned long, void*)
+{
+    return eRtspNotSupported;
+}
+
+TESSARO_C_END

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "plugins/rtsp/Stream.h"
+
+#include <map>
+#include <memory>
+
+namespace rtsp
+{
+/// All streams of the process, by handle. Handles are numbers that are never given twice, so one of a closed stream is
+/// known for what it is. Thread-safe. Lives until the process has ended: its streams may deliver until then.
+class CStreams
+{
+public:
+    static constexpr unsigned nDefaultMost = 1000;
+
+    static CStreams& Instance();
+
+    int Start();
+    /// Ends every stream; done within 2 s. Threads that need longer (a name look-up can't be interrupted), and the
+    /// caller's own, end by themselves.
+    int Stop();
+
+    int Create(void** phStream, tagRTSPClientPara const& tPara);
+    int Destroy(void* hStream);
+    /// Null for a handle that no open stream has.
+    std::shared_ptr<CStream> Find(void* hStream);
+
+    void SetMost(unsigned nStreams); ///< 0: nDefaultMost
+    unsigned Most();
+    unsigned Open();
+    void MuteAll(); ///< without waiting, for a process that is ending
+
+private:
+    using Streams = std::vector<std::shared_ptr<CStream>>;
+
+    void End(Streams apStreams);
+    void Bury(Streams apStreams);
+
+    std::mutex m_tMutex;
+    std::map<std::uintptr_t, std::shared_ptr<CStream>> m_apOpen;
+    Streams m_apEnding; ///< closed, but their threads haven't ended
+    std::uintptr_t m_uLastHandle = 0;
+    unsigned m_nMost = nDefaultMost;
+    bool m_bStarted = false;
+};
+} // namespace rtsp

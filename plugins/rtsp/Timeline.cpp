@@ -1,0 +1,68 @@
+#include "plugins/rtsp/Timeline.h"
+
+#include <algorithm>
+
+namespace rtsp
+{
+namespace
+{
+// A time stamp may lag behind the one before by what a device reorders pictures, and run ahead by what a network holds
+// up.
+constexpr std::int64_t g_llMostBackUs = 1'000'000;
+constexpr std::int64_t g_llMostAheadUs = 3'000'000;
+} // namespace
+
+void CTimeline::Restart()
+{
+    m_llSessionOffsetUs.reset();
+    for (tagTrack& tTrack : m_atTracks)
+    {
+        tTrack.bRunning = false;
+    }
+}
+
+// What the time line shows now: where it was when the last frame came, and the time since.
+std::int64_t CTimeline::Expected(std::int64_t llNowUs) const
+{
+    return m_bAny ? m_llLastTimeUs + (llNowUs - m_llLastArrivedUs) : 0;
+}
+
+CTimeline::tagMapped CTimeline::Map(unsigned iTrack, std::int64_t llStampUs, std::int64_t llNowUs)
+{
+    m_atTracks.resize(std::max<std::size_t>(m_atTracks.size(), iTrack + 1));
+    tagTrack& tTrack = m_atTracks[iTrack];
+    tagMapped tMapped;
+    if (!tTrack.bRunning)
+    {
+        if (!m_llSessionOffsetUs)
+        {
+            m_llSessionOffsetUs = Expected(llNowUs) - llStampUs;
+        }
+        tTrack.llOffsetUs = *m_llSessionOffsetUs; // the tracks of a session share their zero
+        tMapped.bDiscontinuity = tTrack.bSeen;
+        tTrack.bRunning = tTrack.bSeen = true;
+    }
+    else
+    {
+        const std::int64_t llStepUs = llStampUs - tTrack.llStampUs;
+        const std::int64_t llElapsedUs = llNowUs - tTrack.llArrivedUs;
+        if (llStepUs < -g_llMostBackUs || llStepUs > llElapsedUs + g_llMostAheadUs)
+        {
+            tTrack.llOffsetUs = tTrack.llTimeUs + llElapsedUs - llStampUs;
+            tMapped.bDiscontinuity = true;
+            tMapped.llJumpUs = llStepUs - llElapsedUs;
+        }
+    }
+    tMapped.llTimeUs = llStampUs + tTrack.llOffsetUs;
+    tTrack.llStampUs = llStampUs;
+    tTrack.llTimeUs = tMapped.llTimeUs;
+    tTrack.llArrivedUs = llNowUs;
+    if (!m_bAny || tMapped.llTimeUs > m_llLastTimeUs)
+    {
+        m_llLastTimeUs = tMapped.llTimeUs;
+        m_llLastArrivedUs = llNowUs;
+    }
+    m_bAny = true;
+    return tMapped;
+}
+} // namespace rtsp
