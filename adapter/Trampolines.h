@@ -22,35 +22,36 @@ void* AsHandle(int nID)
     return reinterpret_cast<void*>(static_cast<std::intptr_t>(nID));
 }
 
-template <class Kind, class... A>
-int Relay(tagSite tSite, unsigned long dwMediaID, A... tArguments);
-
-// A registration was being made, which takes a few stores: let it end. Apart, so that the path of a frame stays short.
-template <class Kind, class... A>
-[[gnu::cold, gnu::noinline]] int RelayAgain(tagSite tSite, unsigned long dwMediaID, A... tArguments)
+// A registration is being made, which takes a few stores: waits for its end.
+template <class Kind>
+[[gnu::cold, gnu::noinline]] typename Kind::tagRegistration ReadAgain(CSetCallBack const& tRecord)
 {
-    sched_yield();
-    return Relay<Kind>(tSite, dwMediaID, tArguments...);
+    typename Kind::tagRegistration tFound;
+    do
+    {
+        sched_yield();
+    } while (!Kind::TryRead(tRecord, tFound));
+    return tFound;
 }
 
 template <class Kind, class... A>
-int Relay(tagSite tSite, unsigned long dwMediaID, A... tArguments)
+[[gnu::always_inline]] inline int Relay(tagSite tSite, unsigned long dwMediaID, A... tArguments)
 {
-    if (dwMediaID >= std::size(g_SetCallBack)) [[unlikely]]
+    if (dwMediaID < std::size(g_SetCallBack)) [[likely]]
     {
-        return Failed(tSite, eResultNoEntryPoint);
+        CSetCallBack const& tRecord = g_SetCallBack[dwMediaID];
+        typename Kind::tagRegistration tFound;
+        if (!Kind::TryRead(tRecord, tFound)) [[unlikely]]
+        {
+            tFound = ReadAgain<Kind>(tRecord);
+        }
+        if (tFound.bUsed && tFound.pfnCallback) [[likely]]
+        {
+            tFound.pfnCallback(AsHandle(tFound.nID), tArguments..., tFound.dwUser);
+            return eResultOk;
+        }
     }
-    typename Kind::tagRegistration tFound;
-    if (!Kind::TryRead(g_SetCallBack[dwMediaID], tFound)) [[unlikely]]
-    {
-        return RelayAgain<Kind>(tSite, dwMediaID, tArguments...);
-    }
-    if (!tFound.bUsed || !tFound.pfnCallback) [[unlikely]]
-    {
-        return Failed(tSite, eResultNoEntryPoint);
-    }
-    tFound.pfnCallback(AsHandle(tFound.nID), tArguments..., tFound.dwUser);
-    return eResultOk;
+    return Failed(tSite, eResultNoEntryPoint);
 }
 
 int SetStreamMediaCB(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)

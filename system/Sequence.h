@@ -36,7 +36,7 @@ public:
         const std::uint32_t uBefore = m_uCount.load(std::memory_order_acquire);
         fnCopy();
         std::atomic_thread_fence(std::memory_order_acquire);
-        return m_uCount.load(std::memory_order_relaxed) == uBefore && !(uBefore & 1);
+        return m_uCount.load(std::memory_order_relaxed) == (uBefore & ~1U); // odd: in the middle of a write
     }
 
     template <class T>
