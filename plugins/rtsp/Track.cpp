@@ -92,8 +92,11 @@ CTrack::CTrack(AVStream const& tStream) : m_tTimeBase(tStream.time_base)
     std::snprintf(m_tProperties.szCodecName, sizeof m_tProperties.szCodecName, "%s", avcodec_get_name(tCodec.codec_id));
     m_tProperties.dwWidth = static_cast<std::uint32_t>(tCodec.width);
     m_tProperties.dwHeight = static_cast<std::uint32_t>(tCodec.height);
-    m_tProperties.dwSampleRate = static_cast<std::uint32_t>(tCodec.sample_rate);
-    m_tProperties.dwChannels = static_cast<std::uint32_t>(tCodec.ch_layout.nb_channels);
+    if (tCodec.codec_type == AVMEDIA_TYPE_AUDIO) // libavformat puts RTP's clock rate here for the others
+    {
+        m_tProperties.dwSampleRate = static_cast<std::uint32_t>(tCodec.sample_rate);
+        m_tProperties.dwChannels = static_cast<std::uint32_t>(tCodec.ch_layout.nb_channels);
+    }
     AVCodecDescriptor const* const ptDescriptor = avcodec_descriptor_get(tCodec.codec_id);
     m_bAlwaysKey = ptDescriptor && (ptDescriptor->props & AV_CODEC_PROP_INTRA_ONLY);
     if (IsAssembled())

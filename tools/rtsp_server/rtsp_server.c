@@ -4,7 +4,7 @@
 
    Listens on 127.0.0.1 only; port 0 (the default) takes a free one. Prints one line, "rtsp_server: port N", when it is
    ready. Ends when its standard input does, or after --seconds. A pipeline is what gst-launch takes, with payloaders
-   named pay0, pay1...; every client gets the same running pipeline, as from a camera. --tls: a file with certificate
+   named pay0, pay1...; every client gets one of its own, from its beginning. --tls: a file with certificate
    and key, for rtsps. With a user, clients must authenticate by digest. */
 
 #include <gst/gst.h>
@@ -17,17 +17,14 @@ static gchar* g_szPassword;
 static gchar* g_szTls;
 static gint g_nPort;
 static gint g_nSeconds = 3600;
-static gboolean g_bPerClient;
 static gchar** g_aszMounts;
 
 static GOptionEntry g_atOptions[] = {
-    {"user", 0, 0, G_OPTION_ARG_STRING, &g_szUser, "name that clients must give", "U"},
-    {"password", 0, 0, G_OPTION_ARG_STRING, &g_szPassword, "password of that user", "P"},
+    {"user", 0, 0, G_OPTION_ARG_FILENAME, &g_szUser, "name that clients must give", "U"},
+    {"password", 0, 0, G_OPTION_ARG_FILENAME, &g_szPassword, "password of that user", "P"},
     {"port", 0, 0, G_OPTION_ARG_INT, &g_nPort, "port to listen on, 0: a free one", "N"},
     {"tls", 0, 0, G_OPTION_ARG_FILENAME, &g_szTls, "certificate and key, to serve rtsps", "PEM"},
     {"seconds", 0, 0, G_OPTION_ARG_INT, &g_nSeconds, "end after so long", "N"},
-    {"per-client", 0, 0, G_OPTION_ARG_NONE, &g_bPerClient, "each client gets a pipeline of its own, from the start",
-     NULL},
     {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_STRING_ARRAY, &g_aszMounts, NULL, NULL},
     {NULL, 0, 0, 0, NULL, NULL, NULL},
 };
@@ -79,10 +76,9 @@ static void AddMount(GstRTSPMountPoints* pMounts, char const* szMount, char cons
     GstRTSPMediaFactory* pFactory = gst_rtsp_media_factory_new();
     GstRTSPAddressPool* pPool = gst_rtsp_address_pool_new();
     gst_rtsp_media_factory_set_launch(pFactory, szPipeline);
-    gst_rtsp_media_factory_set_shared(pFactory, !g_bPerClient);
     gst_rtsp_media_factory_add_role(pFactory, "viewer", GST_RTSP_PERM_MEDIA_FACTORY_ACCESS, G_TYPE_BOOLEAN, TRUE,
                                     GST_RTSP_PERM_MEDIA_FACTORY_CONSTRUCT, G_TYPE_BOOLEAN, TRUE, NULL);
-    gst_rtsp_address_pool_add_range(pPool, "239.255.42.1", "239.255.42.20", 30000, 30200, 0);
+    gst_rtsp_address_pool_add_range(pPool, "239.255.42.1", "239.255.42.20", 30000, 30200, 1);
     gst_rtsp_media_factory_set_address_pool(pFactory, pPool);
     gst_rtsp_media_factory_set_multicast_iface(pFactory, "lo");
     gst_rtsp_mount_points_add_factory(pMounts, szMount, pFactory);

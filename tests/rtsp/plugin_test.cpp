@@ -1,0 +1,490 @@
+// The RTSP plug-in by its own entry points, against a real server.
+
+#include "plugins/rtsp/Timeline.h"
+#include "tests/rtsp/Support.h"
+
+#include <dlfcn.h>
+
+extern "C"
+{
+#include <libavcodec/avcodec.h>
+}
+
+namespace
+{
+/// The entry points, by name.
+struct tagPlugin
+{
+    template <class F>
+    static F* Entry(char const* szName)
+    {
+        static void* const g_hPlugin = dlopen("librtspclient.so", RTLD_NOW);
+        void* const pEntry = g_hPlugin ? dlsym(g_hPlugin, szName) : nullptr;
+        EXPECT_NE(pEntry, nullptr) << szName;
+        return reinterpret_cast<F*>(pEntry);
+    }
+    int (*Start)() = Entry<int()>("RTSPClient_Start");
+    int (*Stop)() = Entry<int()>("RTSPClient_Stop");
+    int (*Create)(void**, tagRTSPClientPara*,
+                  unsigned) = Entry<int(void**, tagRTSPClientPara*, unsigned)>("RTSPClient_Create");
+    int (*Destroy)(void*) = Entry<int(void*)>("RTSPClient_Destroy");
+    int (*StreamCB)(void*, StreamMediaCallback,
+                    unsigned long) = Entry<int(void*, StreamMediaCallback, unsigned long)>("RTSPClient_StreamCB");
+    int (*EventCB)(void*, DeviceEventCallback,
+                   unsigned long) = Entry<int(void*, DeviceEventCallback, unsigned long)>("RTSPClient_EventCB");
+    int (*SetRtspEvenCb)(void*, DeviceEventCallback, unsigned long) =
+        Entry<int(void*, DeviceEventCallback, unsigned long)>("RTSPClient_SetRtspEvenCb");
+    int (*Control)(void*, eTaskControl) = Entry<int(void*, eTaskControl)>("RTSPClient_Control");
+    int (*GetPackageInfo)(void*, void*, int, int) = Entry<int(void*, void*, int, int)>("RTSPClient_GetPackageInfo");
+    int (*SetMaxChannel)(unsigned) = Entry<int(unsigned)>("RTSPClient_SetMaxChannel");
+    int (*GetAttribute)(eClientSDKAttributeType,
+                        unsigned long*) = Entry<int(eClientSDKAttributeType, unsigned long*)>("RTSP_GetAttribute");
+    int (*ForceIFrame)(void*, unsigned long) = Entry<int(void*, unsigned long)>("RTSP_ForceIFrame");
+};
+tagPlugin const& Plugin()
+{
+    static const tagPlugin g_tPlugin;
+    return g_tPlugin;
+}
+
+class RtspPlugin : public testing::Test
+{
+protected:
+    RtspPlugin() { EXPECT_EQ(Plugin().Start(), 0); }
+    ~RtspPlugin() override { Plugin().Stop(); }
+
+    static int TryCreate(void** phStream, std::string const& strUrl, char const* szUser = "",
+                         char const* szPassword = "", eRtspTransport eTransport = eRtspTcp)
+    {
+        tagRTSPClientPara tPara{};
+        strUrl.copy(tPara.szUrl, sizeof tPara.szUrl);
+        strncpy(tPara.szUserName, szUser, sizeof tPara.szUserName - 1);
+        strncpy(tPara.szPassword, szPassword, sizeof tPara.szPassword - 1);
+        tPara.dwStreamPara[0] = static_cast<std::uint32_t>(eTransport);
+        return Plugin().Create(phStream, &tPara, 0);
+    }
+    // A stream with the receiver as its listeners.
+    template <class... A>
+    void* Open(CReceiver& tReceiver, A... tArguments)
+    {
+        void* hStream = nullptr;
+        EXPECT_EQ(TryCreate(&hStream, tArguments...), 0);
+        EXPECT_EQ(Plugin().EventCB(hStream, &CReceiver::OnEvent, tReceiver.User()), 0);
+        EXPECT_EQ(Plugin().StreamCB(hStream, &CReceiver::OnFrame, tReceiver.User()), 0);
+        return hStream;
+    }
+    static tagRTSPPackageInfo Info(void* hStream)
+    {
+        tagRTSPPackageInfo tInfo{};
+        EXPECT_EQ(Plugin().GetPackageInfo(hStream, &tInfo, sizeof tInfo, 0), 0);
+        return tInfo;
+    }
+};
+
+// What a decoder makes of one frame alone: the picture's size, 0x0 if it can't start there.
+std::pair<int, int> Decode(AVCodecID eCodec, tagGot const& tGot)
+{
+    AVCodecContext* ptCodec = avcodec_alloc_context3(avcodec_find_decoder(eCodec));
+    ptCodec->err_recognition = AV_EF_EXPLODE;
+    AVPacket* ptPacket = av_packet_alloc();
+    AVFrame* ptFrame = av_frame_alloc();
+    EXPECT_EQ(avcodec_open2(ptCodec, nullptr, nullptr), 0);
+    EXPECT_EQ(av_new_packet(ptPacket, static_cast<int>(tGot.abyData.size())), 0);
+    std::copy(tGot.abyData.begin(), tGot.abyData.end(), ptPacket->data);
+    std::pair<int, int> tSize{};
+    if (avcodec_send_packet(ptCodec, ptPacket) == 0 && avcodec_send_packet(ptCodec, nullptr) == 0 &&
+        avcodec_receive_frame(ptCodec, ptFrame) == 0)
+    {
+        tSize = {ptFrame->width, ptFrame->height};
+    }
+    av_frame_free(&ptFrame);
+    av_packet_free(&ptPacket);
+    avcodec_free_context(&ptCodec);
+    return tSize;
+}
+
+TEST_F(RtspPlugin, DecodingStartsWithTheFirstFrameAndNoneIsMissing)
+{
+    CServer tServer;
+    for (auto const& [szMount, eCodec, dwCodec] :
+         {std::tuple{"/h264", AV_CODEC_ID_H264, eCodecH264}, {"/h265", AV_CODEC_ID_HEVC, eCodecH265}})
+    {
+        SCOPED_TRACE(szMount);
+        CReceiver tReceiver;
+        void* const hStream = Open(tReceiver, tServer.Url(szMount));
+        ExpectInOrder(tReceiver.Frames(40));
+        Plugin().StreamCB(hStream, nullptr, 0);
+        tReceiver.Clear();
+        Plugin().StreamCB(hStream, &CReceiver::OnFrame, tReceiver.User()); // in the middle of a group of pictures
+        const std::vector<tagGot> atFrames = tReceiver.Frames(60);
+        EXPECT_EQ(atFrames.at(0).tFrame.dwCodec, static_cast<std::uint32_t>(dwCodec));
+        EXPECT_EQ(atFrames[0].tFrame.dwWidth, 320U);
+        EXPECT_TRUE(atFrames[0].tFrame.dwFlags & eFrameKey);
+        ExpectInOrder(atFrames);
+        std::size_t nKeys = 0;
+        for (tagGot const& tGot : atFrames)
+        {
+            if (tGot.tFrame.dwFlags & eFrameKey)
+            {
+                ++nKeys;
+                EXPECT_EQ(Decode(eCodec, tGot), (std::pair{320, 240}));
+            }
+        }
+        EXPECT_GE(nKeys, 2U);
+        const tagRTSPPackageInfo tInfo = Info(hStream);
+        EXPECT_EQ(tInfo.dwState, static_cast<std::uint32_t>(eConnectionLive));
+        EXPECT_GE(tInfo.ullPackets, tInfo.ullFrames);
+        EXPECT_GE(tInfo.ullFrames, 60U);
+        EXPECT_EQ(tInfo.ullLost + tInfo.dwReconnects, 0U);
+        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    }
+}
+
+TEST_F(RtspPlugin, CodecsAreToldAndNamed)
+{
+    CServer tServer;
+    struct
+    {
+        char const* szMount;
+        eMediaType eType;
+        eMediaCodec eCodec;
+        char const* szName;
+        std::uint32_t dwRate;
+    } const atCases[] = {
+        {"/av", eMediaAudio, eCodecAAC, "aac", 48000},
+        {"/alaw", eMediaAudio, eCodecG711A, "pcm_alaw", 8000},
+        {"/mulaw", eMediaAudio, eCodecG711U, "pcm_mulaw", 8000},
+        {"/mjpeg", eMediaVideo, eCodecOther, "mjpeg", 0},
+    };
+    for (auto const& tCase : atCases)
+    {
+        SCOPED_TRACE(tCase.szMount);
+        CReceiver tReceiver;
+        void* const hStream = Open(tReceiver, tServer.Url(tCase.szMount));
+        const auto tGot = tReceiver.Frame([&](tagGot const& t)
+                                          { return static_cast<eMediaType>(t.tFrame.dwMediaType) == tCase.eType; });
+        EXPECT_EQ(tGot.tFrame.dwCodec, static_cast<std::uint32_t>(tCase.eCodec));
+        EXPECT_STREQ(tGot.tFrame.szCodecName, tCase.szName);
+        EXPECT_EQ(tGot.tFrame.dwSampleRate, tCase.dwRate);
+        EXPECT_GT(tGot.tFrame.dwLength, 0U);
+        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    }
+}
+
+TEST_F(RtspPlugin, TheDevicesClockComesWithItsFrames)
+{
+    CServer tServer;
+    CReceiver tReceiver;
+    void* const hStream = Open(tReceiver, tServer.Url("/av"));
+    const auto tGot = tReceiver.Frame([](tagGot const& t) { return IsVideo(t) && t.tFrame.llWallClockUs != 0; });
+    const auto tNow = std::chrono::system_clock::now().time_since_epoch();
+    EXPECT_NEAR(static_cast<double>(tGot.tFrame.llWallClockUs), static_cast<double>(tNow / 1us), 5e6);
+    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+}
+
+TEST_F(RtspPlugin, TransportsCarryTheSame)
+{
+    CServer tServer;
+    for (const eRtspTransport eTransport : {eRtspTcp, eRtspUdp})
+    {
+        CReceiver tReceiver;
+        void* const hStream = Open(tReceiver, tServer.Url("/h264"), "", "", eTransport);
+        EXPECT_TRUE(tReceiver.Frames(30).at(0).tFrame.dwFlags & eFrameKey) << eTransport;
+        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    }
+}
+
+// --- credentials and refusals ----------------------------------------------------------------------------------------
+
+TEST_F(RtspPlugin, CredentialsOfAnyKindAppearInNoLine)
+{
+    char const* const szUser = "u /?#%@";
+    char const* const szPassword = "p:@/?#% +&=\"\xC3\xA9";
+    CServer tServer({"--user", szUser, "--password", szPassword});
+    av_log_set_level(AV_LOG_TRACE);
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    CReceiver tGood;
+    CReceiver tBad;
+    void* const hGood = Open(tGood, tServer.Url("/h264"), szUser, szPassword);
+    void* const hBad = Open(tBad, tServer.Url("/h264"), szUser, "wrong-secret");
+    EXPECT_TRUE(tGood.FirstFrame().tFrame.dwFlags & eFrameKey);
+    const auto adwRefused = tBad.Event(eEventRefused);
+    EXPECT_EQ(adwRefused[1], 401U);
+    EXPECT_GE(adwRefused[2], 10000U) << "slow enough that no device locks the account";
+    EXPECT_EQ(Info(hBad).dwLastStatus, 401U);
+    EXPECT_EQ(Info(hBad).dwState, static_cast<std::uint32_t>(eConnectionRefused));
+    EXPECT_EQ(Plugin().Destroy(hGood) + Plugin().Destroy(hBad), 0);
+    av_log_set_level(AV_LOG_INFO);
+    const std::string strOutput = testing::internal::GetCapturedStderr() + testing::internal::GetCapturedStdout();
+    EXPECT_EQ(strOutput.find("secret"), std::string::npos) << strOutput;
+    EXPECT_EQ(strOutput.find("p%3A"), std::string::npos) << strOutput;
+    EXPECT_EQ(strOutput.find(szPassword), std::string::npos) << strOutput;
+}
+
+TEST_F(RtspPlugin, RefusalsCarryTheStatus)
+{
+    CServer tServer;
+    for (auto const& [szMount, dwLeast] : {std::pair{"/nothing", 404UL}, {"/broken", 400UL}})
+    {
+        CReceiver tReceiver;
+        void* const hStream = Open(tReceiver, tServer.Url(szMount));
+        const auto adwRefused = tReceiver.Event(eEventRefused);
+        EXPECT_GE(adwRefused[1], dwLeast);
+        EXPECT_LT(adwRefused[1], 600UL);
+        EXPECT_EQ(adwRefused[2], 1000UL);
+        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    }
+}
+
+TEST_F(RtspPlugin, BadCallsAreRefused)
+{
+    void* hStream = nullptr;
+    unsigned long dwValue = 0;
+    tagRTSPPackageInfo tInfo;
+    const std::string strNobody = "rtsp://127.0.0.1:1/x";
+    for (char const* const szUrl : {"", "http://127.0.0.1/x", "rtsp://", "rtsp:///x", "rtsp://u:p@127.0.0.1/x"})
+    {
+        EXPECT_EQ(TryCreate(&hStream, szUrl), eRtspBadAddress) << szUrl;
+    }
+    EXPECT_EQ(TryCreate(&hStream, strNobody, "a:b"), eRtspBadAddress);
+    EXPECT_EQ(TryCreate(&hStream, strNobody, std::string(31, '@').c_str(), std::string(31, '@').c_str()),
+              eRtspBadAddress);
+    EXPECT_EQ(hStream, nullptr);
+    EXPECT_EQ(Plugin().Create(nullptr, nullptr, 0), eRtspBadArgument);
+    EXPECT_EQ(Plugin().SetMaxChannel(2), 0);
+    EXPECT_EQ(TryCreate(&hStream, strNobody) + TryCreate(&hStream, strNobody), 0);
+    EXPECT_EQ(TryCreate(&hStream, strNobody), eRtspTooManyStreams);
+    EXPECT_EQ(Plugin().GetAttribute(eAttributeOpenStreams, &dwValue), 0);
+    EXPECT_EQ(dwValue, 2U);
+    EXPECT_EQ(Plugin().GetAttribute(eAttributeMaxChannel, &dwValue), 0);
+    EXPECT_EQ(dwValue, 2U);
+    EXPECT_EQ(Plugin().GetAttribute(static_cast<eClientSDKAttributeType>(9), &dwValue), eRtspNotSupported);
+    EXPECT_EQ(Plugin().SetMaxChannel(0), 0);
+    EXPECT_EQ(Plugin().ForceIFrame(hStream, 0), eRtspNotSupported);
+    EXPECT_EQ(Plugin().Control(hStream, static_cast<eTaskControl>(3)), eRtspNotSupported);
+    EXPECT_EQ(Plugin().GetPackageInfo(hStream, &tInfo, sizeof tInfo - 1, 0), eRtspBadArgument);
+    EXPECT_EQ(Plugin().GetPackageInfo(hStream, nullptr, sizeof tInfo, 0), eRtspBadArgument);
+    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    for (void* const hBad : {hStream, static_cast<void*>(nullptr), reinterpret_cast<void*>(-1)})
+    {
+        EXPECT_EQ(Plugin().Destroy(hBad), eRtspBadHandle);
+        EXPECT_EQ(Plugin().StreamCB(hBad, nullptr, 0), eRtspBadHandle);
+        EXPECT_EQ(Plugin().EventCB(hBad, nullptr, 0), eRtspBadHandle);
+        EXPECT_EQ(Plugin().Control(hBad, eTaskPlay), eRtspBadHandle);
+        EXPECT_EQ(Plugin().GetPackageInfo(hBad, &tInfo, sizeof tInfo, 0), eRtspBadHandle);
+    }
+    Plugin().Stop();
+    EXPECT_EQ(TryCreate(&hStream, strNobody), eRtspNotStarted);
+}
+
+// --- a life that heals -----------------------------------------------------------------------------------------------
+
+TEST_F(RtspPlugin, ComesBackAfterTheServerAndLeavesNothingBehind)
+{
+    CReceiver tReceiver;
+    auto pServer = std::make_unique<CServer>();
+    const int nPort = pServer->Port();
+    const std::string strUrl = pServer->Url("/h264");
+    const auto nThreads = CountSelf("task");
+    void* const hStream = Open(tReceiver, strUrl);
+    CReceiver tLate;
+    std::uint32_t dwReconnects = 0;
+    std::ptrdiff_t nFiles = 0;
+    for (int i = 0; i < 3; ++i)
+    {
+        tReceiver.Event(eEventLive);
+        const std::int64_t llBefore = tReceiver.Frames(30).back().tFrame.llPresentationTimeUs;
+        nFiles = i == 0 ? CountSelf("fd") : nFiles;
+        EXPECT_EQ(CountSelf("fd"), nFiles);
+        EXPECT_EQ(CountSelf("task"), nThreads + 1);
+        pServer->Signal(SIGKILL);
+        const auto adwLost = tReceiver.Event(eEventLost);
+        EXPECT_EQ(adwLost[3], dwReconnects);
+        EXPECT_GE(adwLost[2], 1000U);
+        tReceiver.Clear();
+        pServer = std::make_unique<CServer>(std::vector<std::string>{}, nPort);
+        tReceiver.Event(eEventConnecting);
+        EXPECT_EQ(tReceiver.Event(eEventLive)[3], ++dwReconnects);
+        const tagGot tFirst = tReceiver.FirstFrame();
+        EXPECT_EQ(tFirst.tFrame.dwFlags, static_cast<std::uint32_t>(eFrameKey | eFrameDiscontinuity));
+        EXPECT_GT(tFirst.tFrame.llPresentationTimeUs, llBefore);
+        // A listener that comes late hears how things stand, on the other registration too.
+        tLate.Clear();
+        EXPECT_EQ(Plugin().SetRtspEvenCb(hStream, &CReceiver::OnEvent, tLate.User()), 0);
+        EXPECT_EQ(tLate.Event(eEventLive)[3], dwReconnects);
+    }
+    EXPECT_EQ(Info(hStream).dwReconnects, dwReconnects);
+    EXPECT_EQ(Plugin().Stop(), 0);
+    EXPECT_EQ(CountSelf("task"), nThreads);
+}
+
+TEST_F(RtspPlugin, AFrozenServerIsToldAndDoesNotHoldUpClosing)
+{
+    CServer tServer;
+    CReceiver tReceiver;
+    void* const hStream = Open(tReceiver, tServer.Url("/h264"));
+    tReceiver.Frames(10);
+    tServer.Signal(SIGSTOP);
+    const auto tFrozen = Clock::now();
+    const auto adwStalled = tReceiver.Event(eEventStalled);
+    EXPECT_GE(adwStalled[1], 5000U);
+    EXPECT_GE(Clock::now() - tFrozen, 4s);
+    const auto tBefore = Clock::now();
+    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    EXPECT_LT(Clock::now() - tBefore, 2s);
+    const std::size_t nFrames = tReceiver.Count();
+    tServer.Signal(SIGCONT);
+    EXPECT_EQ(tReceiver.Count(), nFrames);
+}
+
+TEST_F(RtspPlugin, PausesAndPlays)
+{
+    CServer tServer;
+    CReceiver tReceiver;
+    void* const hStream = Open(tReceiver, tServer.Url("/h264"));
+    tReceiver.Frames(10);
+    EXPECT_EQ(Plugin().Control(hStream, eTaskPause), 0);
+    tReceiver.Event(eEventPaused);
+    EXPECT_EQ(Info(hStream).dwState, static_cast<std::uint32_t>(eConnectionPaused));
+    tReceiver.Clear();
+    EXPECT_EQ(Plugin().Control(hStream, eTaskPlay), 0);
+    tReceiver.Event(eEventLive);
+    EXPECT_TRUE(tReceiver.FirstFrame().tFrame.dwFlags & eFrameKey);
+    EXPECT_EQ(Plugin().Control(hStream, eTaskPause), 0);
+    tReceiver.Event(eEventPaused);
+    EXPECT_EQ(Plugin().Destroy(hStream), 0) << "closing needs no playing";
+}
+
+// What no server does on demand: time stamps that jump, begin again, or come from another session. In milliseconds.
+TEST(Timeline, GoesOnWhateverTheDevicesClockDoes)
+{
+    struct
+    {
+        unsigned iTrack;
+        std::int64_t llStamp, llArrived, llTime;
+        bool bDiscontinuity;
+        std::int64_t llJump; // 0: none
+        bool bRestart = false;
+    } const atSteps[] = {
+        {0, 5000, 100000, 0, false, 0},  // starts at 0
+        {1, 5010, 100020, 10, false, 0}, // tracks share their zero
+        {0, 5080, 100040, 80, false, 0}, // pictures in decoding order
+        {0, 5040, 100080, 40, false, 0},
+        {0, 8000, 100120, 3000, false, 0}, // held up by the network
+        {0, 8040, 103080, 3040, false, 0},
+        {0, 100000, 103120, 3080, true, 91920}, // the clock was set
+        {0, 100040, 103160, 3120, false, 0},
+        {0, 0, 103200, 3160, true, -100080},       // time stamps began again
+        {1, 8170, 103200, 3170, false, 0},         // the other track went on
+        {0, 700000, 113200, 13170, true, 0, true}, // a new session, ten seconds later
+        {1, 700010, 113210, 13180, true, 0},
+    };
+    rtsp::CTimeline tTimeline;
+    for (auto const& tStep : atSteps)
+    {
+        SCOPED_TRACE(tStep.llStamp);
+        if (tStep.bRestart)
+        {
+            tTimeline.Restart();
+        }
+        const auto tMapped = tTimeline.Map(tStep.iTrack, tStep.llStamp * 1000, tStep.llArrived * 1000);
+        EXPECT_EQ(tMapped.llTimeUs, tStep.llTime * 1000);
+        EXPECT_EQ(tMapped.bDiscontinuity, tStep.bDiscontinuity);
+        EXPECT_EQ(tMapped.llJumpUs.value_or(0), tStep.llJump * 1000);
+    }
+}
+
+// --- closing from inside ---------------------------------------------------------------------------------------------
+
+// What a frame callback does, once, from inside.
+struct tagInside
+{
+    std::function<int()> fnDo;
+    std::mutex tMutex;
+    std::condition_variable tChanged;
+    int nResult = -1;
+    int nCalls = 0;
+
+    static int OnFrame(void*, tagStreamMediaFrame const*, unsigned long dwUser)
+    {
+        auto& tThis = *reinterpret_cast<tagInside*>(dwUser);
+        const int nDone = tThis.nCalls++ == 0 ? tThis.fnDo() : -2;
+        const std::lock_guard tLock(tThis.tMutex);
+        tThis.nResult = tThis.nResult == -1 ? nDone : tThis.nResult;
+        tThis.tChanged.notify_all();
+        return 0;
+    }
+    int Wait()
+    {
+        std::unique_lock tLock(tMutex);
+        EXPECT_TRUE(tChanged.wait_for(tLock, g_tPatience, [&] { return nResult != -1; }));
+        return nResult;
+    }
+};
+
+TEST_F(RtspPlugin, StreamsCloseFromInsideTheirCallbacks)
+{
+    CServer tServer;
+    const auto nThreads = CountSelf("task");
+    void* ahStreams[2];
+    tagInside atInside[2];
+    const auto fnOpen = [&](std::size_t i, std::function<int()> fnDo)
+    {
+        atInside[i].nResult = -1;
+        atInside[i].nCalls = 0;
+        atInside[i].fnDo = std::move(fnDo);
+        EXPECT_EQ(TryCreate(&ahStreams[i], tServer.Url("/h264")), 0);
+    };
+    const auto fnListen = [&](std::size_t i)
+    { Plugin().StreamCB(ahStreams[i], &tagInside::OnFrame, reinterpret_cast<unsigned long>(&atInside[i])); };
+
+    fnOpen(0, [&] { return Plugin().Destroy(ahStreams[0]); });
+    fnListen(0);
+    EXPECT_EQ(atInside[0].Wait(), 0) << "itself";
+
+    // Each other, at the same time: both callbacks run before either closes.
+    std::mutex tMutex;
+    std::condition_variable tBoth;
+    int nInside = 0;
+    const auto fnCloseOther = [&](std::size_t iOther)
+    {
+        std::unique_lock tLock(tMutex);
+        ++nInside;
+        tBoth.notify_all();
+        tBoth.wait_for(tLock, g_tPatience, [&] { return nInside == 2; });
+        tLock.unlock();
+        return Plugin().Destroy(ahStreams[iOther]);
+    };
+    fnOpen(0, [&] { return fnCloseOther(1); });
+    fnOpen(1, [&] { return fnCloseOther(0); });
+    fnListen(0);
+    fnListen(1);
+    EXPECT_EQ(atInside[0].Wait() + atInside[1].Wait(), 0);
+
+    fnOpen(0, [] { return Plugin().Stop(); });
+    fnListen(0);
+    EXPECT_EQ(atInside[0].Wait(), 0) << "all of them";
+    EXPECT_EQ(Plugin().Start(), 0);
+    EXPECT_EQ(Plugin().Stop(), 0);
+    const auto tUntil = Clock::now() + g_tPatience; // the thread that stopped everything ends by itself
+    while (CountSelf("task") != nThreads && Clock::now() < tUntil)
+    {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(CountSelf("task"), nThreads);
+}
+
+TEST_F(RtspPlugin, CallbacksAreReplacedOnARunningStream)
+{
+    CServer tServer;
+    CReceiver tFirst;
+    CReceiver tSecond;
+    void* const hStream = Open(tFirst, tServer.Url("/h264"));
+    tFirst.Frames(10);
+    Plugin().StreamCB(hStream, &CReceiver::OnFrame, tSecond.User());
+    const std::uint32_t dwNext = tSecond.FirstFrame().tFrame.dwSequence;
+    EXPECT_EQ(tFirst.Frames(10).back().tFrame.dwSequence + 1, dwNext);
+    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+}
+} // namespace
