@@ -244,9 +244,10 @@ void CTrack::Finish(tagTrackFrame& tFrame)
         {
             PutParameterSetsInFront();
         }
-        // Decoders and parsers may read a little beyond a frame's end.
-        m_tDone.abyData.insert(m_tDone.abyData.end(), AV_INPUT_BUFFER_PADDING_SIZE, 0);
-        m_tDone.abyData.resize(m_tDone.abyData.size() - AV_INPUT_BUFFER_PADDING_SIZE);
+        // Parsers may read a little beyond a frame's end; what they find there must be zero.
+        const std::size_t nLength = m_tDone.abyData.size();
+        m_tDone.abyData.resize(nLength + AV_INPUT_BUFFER_PADDING_SIZE);
+        m_tDone.abyData.resize(nLength);
         FindSize();
     }
     tFrame.tFrame = m_tProperties;
