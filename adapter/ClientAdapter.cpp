@@ -19,51 +19,15 @@ CEvents g_tEvents;
 Client g_cClient;
 char const g_cVersion[18] = "Build 1.0.0.29024";
 
-// EXPORT(shape, line, function, operation, parameter names...)
-//
-// The function's signature is ClientAdapter.h's; the shape says what it does with the protocol set's operation; the
-// line is the fixed number of its "Failed" line, 0 where the shape writes none.
+TESSARO_C_BEGIN
+
 #define EXPORT(shape, line, function, operation, ...)                                                                  \
     int function(PARAMETERS(&function, __VA_ARGS__))                                                                   \
     {                                                                                                                  \
         return shape(tagSite{#function, line}, [](auto... tArguments)                                                  \
                      { return g_cProtocolSet.operation(tArguments...); } __VA_OPT__(,) __VA_ARGS__);                   \
     }
-
-// clang-format off
-TESSARO_C_BEGIN
-
-// login
-EXPORT(AskLogin,                           158, ClientAdapter_GetLoginLevel,          GetLoginLevel,          nLoginID, pnLevel)
-EXPORT(AskLogin,                           180, ClientAdapter_GetLoginMac,            GetLoginMac,            nLoginID, pbyMac, nLength)
-
-// live streams
-EXPORT(OpenUnlessFailed,                   875, ClientAdapter_RealStreamConnect,      RealStreamConnect,      pnMediaID, nLoginID, ptPara)
-EXPORT(Close,                                0, ClientAdapter_RealStreamDisconnect,   RealStreamDisconnect,   nMediaID)
-EXPORT(OnMedia,                              0, ClientAdapter_StreamMediaControl,     StreamMediaControl,     nMediaID, eControl)
-EXPORT(OnMedia,                              0, ClientAdapter_GetPackageInfo,         GetPackInfo,            nMediaID, pInfo, nLength)
-EXPORT(OnMedia,                              0, ClientAdapter_SetStreamMediaLinkID,   SetStreamMediaLinkID,   nMediaID, dwLink)
-EXPORT(OnLogin,                           1417, ClientAdapter_QueryStreamMediaLinkID, QueryStreamMediaLinkID, nLoginID, eFunction, ptResult)
-
-// the plug-ins themselves
-EXPORT(OnvifThenRtspThenVtq,                 0, ClientAdapter_SetCallbackFunc,        SetCallbackFunc,        dwType, pFunction)
-EXPORT(OnNamedProtocol,                      0, ClientAdapter_RTSPSetIsProductTest,   SetMiscPara,            dwType, pPara, dwLength, eType)
-EXPORT(OnNamedProtocol,                      0, ClientAdapter_VTQDealRepairIpcMsg,    SetMiscPara,            dwType, pPara, dwLength, eType)
-EXPORT(OnNamedProtocol,                      0, ClientAdapter__VoiceStreamMedia,      SetMiscPara,            dwType, pPara, dwLength, eType)
-EXPORT(OnNamedProtocol,                      0, ClientAdapter__VoiceStreamIf,         SetMiscPara,            dwType, pPara, dwLength, eType)
-
-// callbacks
-EXPORT(Register<StreamMediaRelay>,           0, ClientAdapter_StreamMediaCB,          StreamMediaCB,          nMediaID, pfnFrame, dwUser)
-EXPORT(Register<StreamMediaRelay>,           0, ClientAdapter_HistoryStreamCB,        HistoryStreamCB,        nMediaID, pfnFrame, dwUser)
-EXPORT(Register<StreamMediaRawRelay>,        0, ClientAdapter_StreamMediaRawCB,       StreamMediaRawCB,       nMediaID, pfnFrame, dwUser)
-EXPORT(Register<StreamVoiceRelay>,           0, ClientAdapter_VoiceStreamCB,          VoiceStreamCB,          nMediaID, pfnVoice, dwUser)
-EXPORT(Register<TransparentChannelRelay>,    0, ClientAdapter_TransparentChannelCB,   TransparentChannelCB,   nMediaID, pfnData, dwUser)
-EXPORT(Register<FileUploadRelay>,            0, ClientAdapter_FileUploadCB,           FileUploadCB,           nMediaID, pfnState, dwUser)
-EXPORT(Register<FileDownloadRelay>,          0, ClientAdapter_FileDownloadCB,         FileDownloadCB,         nMediaID, pfnData, dwUser)
-EXPORT(OnLogin,                            330, ClientAdapter_UnSubscribeEvent,       UnSubscribeEvent,       nLoginID, dwEvent)
-EXPORT(OnvifThenVtq,                         0, ClientAdapter_DeleteUserForceCB,      DeleteUserForceCB,      pfnDelete, dwUser)
-EXPORT(OnvifThenVtq,                         0, ClientAdapter_DeviceRegisterCB,       DeviceRegisterCB,       pfnRegister)
-// clang-format on
+#include "adapter/exports.def"
 
 // --- Irregular -------------------------------------------------------------------------------------------------------
 

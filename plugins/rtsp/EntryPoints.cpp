@@ -1,12 +1,9 @@
-// The plug-in's fifteen entry points. What each answers, beside 0, is listed at eRtspResult.
+#include "plugins/rtsp/EntryPoints.h"
 
 #include "plugins/rtsp/Streams.h"
-#include "system/Export.h"
 
 #include <new>
 #include <system_error>
-
-class IProtocol;
 
 using rtsp::CStream;
 using rtsp::CStreams;
@@ -55,17 +52,17 @@ int Listen(void* hStream, CStream::eListener eWhich, DeviceEventCallback pfnEven
 
 TESSARO_C_BEGIN
 
-TESSARO_API int RTSPClient_Start()
+int RTSPClient_Start()
 {
     return Guarded([] { return CStreams::Instance().Start(); });
 }
 
-TESSARO_API int RTSPClient_Stop()
+int RTSPClient_Stop()
 {
     return Guarded([] { return CStreams::Instance().Stop(); });
 }
 
-TESSARO_API int RTSPClient_Create(void** phStream, tagRTSPClientPara* ptPara, unsigned int)
+int RTSPClient_Create(void** phStream, tagRTSPClientPara* ptPara, unsigned int)
 {
     if (!phStream || !ptPara)
     {
@@ -74,12 +71,12 @@ TESSARO_API int RTSPClient_Create(void** phStream, tagRTSPClientPara* ptPara, un
     return Guarded([&] { return CStreams::Instance().Create(phStream, *ptPara); });
 }
 
-TESSARO_API int RTSPClient_Destroy(void* hStream)
+int RTSPClient_Destroy(void* hStream)
 {
     return Guarded([&] { return CStreams::Instance().Destroy(hStream); });
 }
 
-TESSARO_API int RTSPClient_StreamCB(void* hStream, StreamMediaCallback pfnFrame, unsigned long dwUser)
+int RTSPClient_StreamCB(void* hStream, StreamMediaCallback pfnFrame, unsigned long dwUser)
 {
     return OnStream(hStream,
                     [&](CStream& tStream)
@@ -89,17 +86,17 @@ TESSARO_API int RTSPClient_StreamCB(void* hStream, StreamMediaCallback pfnFrame,
                     });
 }
 
-TESSARO_API int RTSPClient_EventCB(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
+int RTSPClient_EventCB(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
     return Listen(hStream, CStream::eListener::EventCB, pfnEvent, dwUser);
 }
 
-TESSARO_API int RTSPClient_SetRtspEvenCb(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
+int RTSPClient_SetRtspEvenCb(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
     return Listen(hStream, CStream::eListener::SetRtspEvenCb, pfnEvent, dwUser);
 }
 
-TESSARO_API int RTSPClient_Control(void* hStream, eTaskControl eControl)
+int RTSPClient_Control(void* hStream, eTaskControl eControl)
 {
     return OnStream(hStream,
                     [&](CStream& tStream) -> int
@@ -113,7 +110,7 @@ TESSARO_API int RTSPClient_Control(void* hStream, eTaskControl eControl)
                     });
 }
 
-TESSARO_API int RTSPClient_GetPackageInfo(void* hStream, void* pInfo, int nLength, int)
+int RTSPClient_GetPackageInfo(void* hStream, void* pInfo, int nLength, int)
 {
     return OnStream(hStream,
                     [&](CStream& tStream) -> int
@@ -127,7 +124,7 @@ TESSARO_API int RTSPClient_GetPackageInfo(void* hStream, void* pInfo, int nLengt
                     });
 }
 
-TESSARO_API int RTSPClient_SetMaxChannel(unsigned int dwCount)
+int RTSPClient_SetMaxChannel(unsigned int dwCount)
 {
     return Guarded(
         [&]
@@ -137,7 +134,7 @@ TESSARO_API int RTSPClient_SetMaxChannel(unsigned int dwCount)
         });
 }
 
-TESSARO_API int RTSP_GetAttribute(eClientSDKAttributeType eAttribute, unsigned long* pdwValue)
+int RTSP_GetAttribute(eClientSDKAttributeType eAttribute, unsigned long* pdwValue)
 {
     return Guarded(
         [&]() -> int
@@ -158,22 +155,22 @@ TESSARO_API int RTSP_GetAttribute(eClientSDKAttributeType eAttribute, unsigned l
 // RTSP has no word for a forced key frame, and this plug-in no use for the other protocols, product modes or functions
 // of its own kinds.
 
-TESSARO_API int RTSP_ForceIFrame(void*, unsigned long)
+int RTSP_ForceIFrame(void*, unsigned long)
 {
     return eRtspNotSupported;
 }
 
-TESSARO_API int RTSPClient_SetProtocolInterface(IProtocol*)
+int RTSPClient_SetProtocolInterface(IProtocol*)
 {
     return eResultOk;
 }
 
-TESSARO_API int RTSPClient_SetProductMode(void*, unsigned long)
+int RTSPClient_SetProductMode(void*, unsigned long)
 {
     return eRtspNotSupported;
 }
 
-TESSARO_API int RTSPClient_SetCallbackFunc(unsigned long, void*)
+int RTSPClient_SetCallbackFunc(unsigned long, void*)
 {
     return eRtspNotSupported;
 }

@@ -1,9 +1,8 @@
 // The RTSP plug-in by its own entry points, against a real server.
 
+#include "plugins/rtsp/EntryPoints.h"
 #include "plugins/rtsp/Timeline.h"
 #include "tests/rtsp/Support.h"
-
-#include <dlfcn.h>
 
 extern "C"
 {
@@ -12,46 +11,11 @@ extern "C"
 
 namespace
 {
-/// The entry points, by name.
-struct tagPlugin
-{
-    template <class F>
-    static F* Entry(char const* szName)
-    {
-        static void* const g_hPlugin = dlopen("librtspclient.so", RTLD_NOW);
-        void* const pEntry = g_hPlugin ? dlsym(g_hPlugin, szName) : nullptr;
-        EXPECT_NE(pEntry, nullptr) << szName;
-        return reinterpret_cast<F*>(pEntry);
-    }
-    int (*Start)() = Entry<int()>("RTSPClient_Start");
-    int (*Stop)() = Entry<int()>("RTSPClient_Stop");
-    int (*Create)(void**, tagRTSPClientPara*,
-                  unsigned) = Entry<int(void**, tagRTSPClientPara*, unsigned)>("RTSPClient_Create");
-    int (*Destroy)(void*) = Entry<int(void*)>("RTSPClient_Destroy");
-    int (*StreamCB)(void*, StreamMediaCallback,
-                    unsigned long) = Entry<int(void*, StreamMediaCallback, unsigned long)>("RTSPClient_StreamCB");
-    int (*EventCB)(void*, DeviceEventCallback,
-                   unsigned long) = Entry<int(void*, DeviceEventCallback, unsigned long)>("RTSPClient_EventCB");
-    int (*SetRtspEvenCb)(void*, DeviceEventCallback, unsigned long) =
-        Entry<int(void*, DeviceEventCallback, unsigned long)>("RTSPClient_SetRtspEvenCb");
-    int (*Control)(void*, eTaskControl) = Entry<int(void*, eTaskControl)>("RTSPClient_Control");
-    int (*GetPackageInfo)(void*, void*, int, int) = Entry<int(void*, void*, int, int)>("RTSPClient_GetPackageInfo");
-    int (*SetMaxChannel)(unsigned) = Entry<int(unsigned)>("RTSPClient_SetMaxChannel");
-    int (*GetAttribute)(eClientSDKAttributeType,
-                        unsigned long*) = Entry<int(eClientSDKAttributeType, unsigned long*)>("RTSP_GetAttribute");
-    int (*ForceIFrame)(void*, unsigned long) = Entry<int(void*, unsigned long)>("RTSP_ForceIFrame");
-};
-tagPlugin const& Plugin()
-{
-    static const tagPlugin g_tPlugin;
-    return g_tPlugin;
-}
-
 class RtspPlugin : public testing::Test
 {
 protected:
-    RtspPlugin() { EXPECT_EQ(Plugin().Start(), 0); }
-    ~RtspPlugin() override { Plugin().Stop(); }
+    RtspPlugin() { EXPECT_EQ(RTSPClient_Start(), 0); }
+    ~RtspPlugin() override { RTSPClient_Stop(); }
 
     static int TryCreate(void** phStream, std::string const& strUrl, char const* szUser = "",
                          char const* szPassword = "", eRtspTransport eTransport = eRtspTcp)
@@ -61,7 +25,7 @@ protected:
         strncpy(tPara.szUserName, szUser, sizeof tPara.szUserName - 1);
         strncpy(tPara.szPassword, szPassword, sizeof tPara.szPassword - 1);
         tPara.dwStreamPara[0] = static_cast<std::uint32_t>(eTransport);
-        return Plugin().Create(phStream, &tPara, 0);
+        return RTSPClient_Create(phStream, &tPara, 0);
     }
     // A stream with the receiver as its listeners.
     template <class... A>
@@ -69,14 +33,14 @@ protected:
     {
         void* hStream = nullptr;
         EXPECT_EQ(TryCreate(&hStream, tArguments...), 0);
-        EXPECT_EQ(Plugin().EventCB(hStream, &CReceiver::OnEvent, tReceiver.User()), 0);
-        EXPECT_EQ(Plugin().StreamCB(hStream, &CReceiver::OnFrame, tReceiver.User()), 0);
+        EXPECT_EQ(RTSPClient_EventCB(hStream, &CReceiver::OnEvent, tReceiver.User()), 0);
+        EXPECT_EQ(RTSPClient_StreamCB(hStream, &CReceiver::OnFrame, tReceiver.User()), 0);
         return hStream;
     }
     static tagRTSPPackageInfo Info(void* hStream)
     {
         tagRTSPPackageInfo tInfo{};
-        EXPECT_EQ(Plugin().GetPackageInfo(hStream, &tInfo, sizeof tInfo, 0), 0);
+        EXPECT_EQ(RTSPClient_GetPackageInfo(hStream, &tInfo, sizeof tInfo, 0), 0);
         return tInfo;
     }
 };
@@ -113,9 +77,9 @@ TEST_F(RtspPlugin, DecodingStartsWithTheFirstFrameAndNoneIsMissing)
         CReceiver tReceiver;
         void* const hStream = Open(tReceiver, tServer.Url(szMount));
         ExpectInOrder(tReceiver.Frames(40));
-        Plugin().StreamCB(hStream, nullptr, 0);
+        RTSPClient_StreamCB(hStream, nullptr, 0);
         tReceiver.Clear();
-        Plugin().StreamCB(hStream, &CReceiver::OnFrame, tReceiver.User()); // in the middle of a group of pictures
+        RTSPClient_StreamCB(hStream, &CReceiver::OnFrame, tReceiver.User()); // in the middle of a group of pictures
         const std::vector<tagGot> atFrames = tReceiver.Frames(60);
         EXPECT_EQ(atFrames.at(0).tFrame.dwCodec, static_cast<std::uint32_t>(dwCodec));
         EXPECT_EQ(atFrames[0].tFrame.dwWidth, 320U);
@@ -136,7 +100,7 @@ TEST_F(RtspPlugin, DecodingStartsWithTheFirstFrameAndNoneIsMissing)
         EXPECT_GE(tInfo.ullPackets, tInfo.ullFrames);
         EXPECT_GE(tInfo.ullFrames, 60U);
         EXPECT_EQ(tInfo.ullLost + tInfo.dwReconnects, 0U);
-        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+        EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     }
 }
 
@@ -167,7 +131,7 @@ TEST_F(RtspPlugin, CodecsAreToldAndNamed)
         EXPECT_STREQ(tGot.tFrame.szCodecName, tCase.szName);
         EXPECT_EQ(tGot.tFrame.dwSampleRate, tCase.dwRate);
         EXPECT_GT(tGot.tFrame.dwLength, 0U);
-        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+        EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     }
 }
 
@@ -179,7 +143,7 @@ TEST_F(RtspPlugin, TheDevicesClockComesWithItsFrames)
     const auto tGot = tReceiver.Frame([](tagGot const& t) { return IsVideo(t) && t.tFrame.llWallClockUs != 0; });
     const auto tNow = std::chrono::system_clock::now().time_since_epoch();
     EXPECT_NEAR(static_cast<double>(tGot.tFrame.llWallClockUs), static_cast<double>(tNow / 1us), 5e6);
-    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
 }
 
 TEST_F(RtspPlugin, TransportsCarryTheSame)
@@ -190,7 +154,7 @@ TEST_F(RtspPlugin, TransportsCarryTheSame)
         CReceiver tReceiver;
         void* const hStream = Open(tReceiver, tServer.Url("/h264"), "", "", eTransport);
         EXPECT_TRUE(tReceiver.Frames(30).at(0).tFrame.dwFlags & eFrameKey) << eTransport;
-        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+        EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     }
 }
 
@@ -214,7 +178,7 @@ TEST_F(RtspPlugin, CredentialsOfAnyKindAppearInNoLine)
     EXPECT_GE(adwRefused[2], 10000U) << "slow enough that no device locks the account";
     EXPECT_EQ(Info(hBad).dwLastStatus, 401U);
     EXPECT_EQ(Info(hBad).dwState, static_cast<std::uint32_t>(eConnectionRefused));
-    EXPECT_EQ(Plugin().Destroy(hGood) + Plugin().Destroy(hBad), 0);
+    EXPECT_EQ(RTSPClient_Destroy(hGood) + RTSPClient_Destroy(hBad), 0);
     av_log_set_level(AV_LOG_INFO);
     const std::string strOutput = testing::internal::GetCapturedStderr() + testing::internal::GetCapturedStdout();
     EXPECT_EQ(strOutput.find("secret"), std::string::npos) << strOutput;
@@ -233,7 +197,7 @@ TEST_F(RtspPlugin, RefusalsCarryTheStatus)
         EXPECT_GE(adwRefused[1], dwLeast);
         EXPECT_LT(adwRefused[1], 600UL);
         EXPECT_EQ(adwRefused[2], 1000UL);
-        EXPECT_EQ(Plugin().Destroy(hStream), 0);
+        EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     }
 }
 
@@ -251,30 +215,30 @@ TEST_F(RtspPlugin, BadCallsAreRefused)
     EXPECT_EQ(TryCreate(&hStream, strNobody, std::string(31, '@').c_str(), std::string(31, '@').c_str()),
               eRtspBadAddress);
     EXPECT_EQ(hStream, nullptr);
-    EXPECT_EQ(Plugin().Create(nullptr, nullptr, 0), eRtspBadArgument);
-    EXPECT_EQ(Plugin().SetMaxChannel(2), 0);
+    EXPECT_EQ(RTSPClient_Create(nullptr, nullptr, 0), eRtspBadArgument);
+    EXPECT_EQ(RTSPClient_SetMaxChannel(2), 0);
     EXPECT_EQ(TryCreate(&hStream, strNobody) + TryCreate(&hStream, strNobody), 0);
     EXPECT_EQ(TryCreate(&hStream, strNobody), eRtspTooManyStreams);
-    EXPECT_EQ(Plugin().GetAttribute(eAttributeOpenStreams, &dwValue), 0);
+    EXPECT_EQ(RTSP_GetAttribute(eAttributeOpenStreams, &dwValue), 0);
     EXPECT_EQ(dwValue, 2U);
-    EXPECT_EQ(Plugin().GetAttribute(eAttributeMaxChannel, &dwValue), 0);
+    EXPECT_EQ(RTSP_GetAttribute(eAttributeMaxChannel, &dwValue), 0);
     EXPECT_EQ(dwValue, 2U);
-    EXPECT_EQ(Plugin().GetAttribute(static_cast<eClientSDKAttributeType>(9), &dwValue), eRtspNotSupported);
-    EXPECT_EQ(Plugin().SetMaxChannel(0), 0);
-    EXPECT_EQ(Plugin().ForceIFrame(hStream, 0), eRtspNotSupported);
-    EXPECT_EQ(Plugin().Control(hStream, static_cast<eTaskControl>(3)), eRtspNotSupported);
-    EXPECT_EQ(Plugin().GetPackageInfo(hStream, &tInfo, sizeof tInfo - 1, 0), eRtspBadArgument);
-    EXPECT_EQ(Plugin().GetPackageInfo(hStream, nullptr, sizeof tInfo, 0), eRtspBadArgument);
-    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    EXPECT_EQ(RTSP_GetAttribute(static_cast<eClientSDKAttributeType>(9), &dwValue), eRtspNotSupported);
+    EXPECT_EQ(RTSPClient_SetMaxChannel(0), 0);
+    EXPECT_EQ(RTSP_ForceIFrame(hStream, 0), eRtspNotSupported);
+    EXPECT_EQ(RTSPClient_Control(hStream, static_cast<eTaskControl>(3)), eRtspNotSupported);
+    EXPECT_EQ(RTSPClient_GetPackageInfo(hStream, &tInfo, sizeof tInfo - 1, 0), eRtspBadArgument);
+    EXPECT_EQ(RTSPClient_GetPackageInfo(hStream, nullptr, sizeof tInfo, 0), eRtspBadArgument);
+    EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     for (void* const hBad : {hStream, static_cast<void*>(nullptr), reinterpret_cast<void*>(-1)})
     {
-        EXPECT_EQ(Plugin().Destroy(hBad), eRtspBadHandle);
-        EXPECT_EQ(Plugin().StreamCB(hBad, nullptr, 0), eRtspBadHandle);
-        EXPECT_EQ(Plugin().EventCB(hBad, nullptr, 0), eRtspBadHandle);
-        EXPECT_EQ(Plugin().Control(hBad, eTaskPlay), eRtspBadHandle);
-        EXPECT_EQ(Plugin().GetPackageInfo(hBad, &tInfo, sizeof tInfo, 0), eRtspBadHandle);
+        EXPECT_EQ(RTSPClient_Destroy(hBad), eRtspBadHandle);
+        EXPECT_EQ(RTSPClient_StreamCB(hBad, nullptr, 0), eRtspBadHandle);
+        EXPECT_EQ(RTSPClient_EventCB(hBad, nullptr, 0), eRtspBadHandle);
+        EXPECT_EQ(RTSPClient_Control(hBad, eTaskPlay), eRtspBadHandle);
+        EXPECT_EQ(RTSPClient_GetPackageInfo(hBad, &tInfo, sizeof tInfo, 0), eRtspBadHandle);
     }
-    Plugin().Stop();
+    RTSPClient_Stop();
     EXPECT_EQ(TryCreate(&hStream, strNobody), eRtspNotStarted);
 }
 
@@ -311,11 +275,11 @@ TEST_F(RtspPlugin, ComesBackAfterTheServerAndLeavesNothingBehind)
         EXPECT_GT(tFirst.tFrame.llPresentationTimeUs, llBefore);
         // A listener that comes late hears how things stand, on the other registration too.
         tLate.Clear();
-        EXPECT_EQ(Plugin().SetRtspEvenCb(hStream, &CReceiver::OnEvent, tLate.User()), 0);
+        EXPECT_EQ(RTSPClient_SetRtspEvenCb(hStream, &CReceiver::OnEvent, tLate.User()), 0);
         EXPECT_EQ(tLate.Event(eEventLive)[3], dwReconnects);
     }
     EXPECT_EQ(Info(hStream).dwReconnects, dwReconnects);
-    EXPECT_EQ(Plugin().Stop(), 0);
+    EXPECT_EQ(RTSPClient_Stop(), 0);
     EXPECT_EQ(CountSelf("task"), nThreads);
 }
 
@@ -331,7 +295,7 @@ TEST_F(RtspPlugin, AFrozenServerIsToldAndDoesNotHoldUpClosing)
     EXPECT_GE(adwStalled[1], 5000U);
     EXPECT_GE(Clock::now() - tFrozen, 4s);
     const auto tBefore = Clock::now();
-    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     EXPECT_LT(Clock::now() - tBefore, 2s);
     const std::size_t nFrames = tReceiver.Count();
     tServer.Signal(SIGCONT);
@@ -344,16 +308,16 @@ TEST_F(RtspPlugin, PausesAndPlays)
     CReceiver tReceiver;
     void* const hStream = Open(tReceiver, tServer.Url("/h264"));
     tReceiver.Frames(10);
-    EXPECT_EQ(Plugin().Control(hStream, eTaskPause), 0);
+    EXPECT_EQ(RTSPClient_Control(hStream, eTaskPause), 0);
     tReceiver.Event(eEventPaused);
     EXPECT_EQ(Info(hStream).dwState, static_cast<std::uint32_t>(eConnectionPaused));
     tReceiver.Clear();
-    EXPECT_EQ(Plugin().Control(hStream, eTaskPlay), 0);
+    EXPECT_EQ(RTSPClient_Control(hStream, eTaskPlay), 0);
     tReceiver.Event(eEventLive);
     EXPECT_TRUE(tReceiver.FirstFrame().tFrame.dwFlags & eFrameKey);
-    EXPECT_EQ(Plugin().Control(hStream, eTaskPause), 0);
+    EXPECT_EQ(RTSPClient_Control(hStream, eTaskPause), 0);
     tReceiver.Event(eEventPaused);
-    EXPECT_EQ(Plugin().Destroy(hStream), 0) << "closing needs no playing";
+    EXPECT_EQ(RTSPClient_Destroy(hStream), 0) << "closing needs no playing";
 }
 
 // What no server does on demand: time stamps that jump, begin again, or come from another session. In milliseconds.
@@ -437,9 +401,9 @@ TEST_F(RtspPlugin, StreamsCloseFromInsideTheirCallbacks)
         EXPECT_EQ(TryCreate(&ahStreams[i], tServer.Url("/h264")), 0);
     };
     const auto fnListen = [&](std::size_t i)
-    { Plugin().StreamCB(ahStreams[i], &tagInside::OnFrame, reinterpret_cast<unsigned long>(&atInside[i])); };
+    { RTSPClient_StreamCB(ahStreams[i], &tagInside::OnFrame, reinterpret_cast<unsigned long>(&atInside[i])); };
 
-    fnOpen(0, [&] { return Plugin().Destroy(ahStreams[0]); });
+    fnOpen(0, [&] { return RTSPClient_Destroy(ahStreams[0]); });
     fnListen(0);
     EXPECT_EQ(atInside[0].Wait(), 0) << "itself";
 
@@ -454,7 +418,7 @@ TEST_F(RtspPlugin, StreamsCloseFromInsideTheirCallbacks)
         tBoth.notify_all();
         tBoth.wait_for(tLock, g_tPatience, [&] { return nInside == 2; });
         tLock.unlock();
-        return Plugin().Destroy(ahStreams[iOther]);
+        return RTSPClient_Destroy(ahStreams[iOther]);
     };
     fnOpen(0, [&] { return fnCloseOther(1); });
     fnOpen(1, [&] { return fnCloseOther(0); });
@@ -462,11 +426,11 @@ TEST_F(RtspPlugin, StreamsCloseFromInsideTheirCallbacks)
     fnListen(1);
     EXPECT_EQ(atInside[0].Wait() + atInside[1].Wait(), 0);
 
-    fnOpen(0, [] { return Plugin().Stop(); });
+    fnOpen(0, [] { return RTSPClient_Stop(); });
     fnListen(0);
     EXPECT_EQ(atInside[0].Wait(), 0) << "all of them";
-    EXPECT_EQ(Plugin().Start(), 0);
-    EXPECT_EQ(Plugin().Stop(), 0);
+    EXPECT_EQ(RTSPClient_Start(), 0);
+    EXPECT_EQ(RTSPClient_Stop(), 0);
     const auto tUntil = Clock::now() + g_tPatience; // the thread that stopped everything ends by itself
     while (CountSelf("task") != nThreads && Clock::now() < tUntil)
     {
@@ -482,9 +446,9 @@ TEST_F(RtspPlugin, CallbacksAreReplacedOnARunningStream)
     CReceiver tSecond;
     void* const hStream = Open(tFirst, tServer.Url("/h264"));
     tFirst.Frames(10);
-    Plugin().StreamCB(hStream, &CReceiver::OnFrame, tSecond.User());
+    RTSPClient_StreamCB(hStream, &CReceiver::OnFrame, tSecond.User());
     const std::uint32_t dwNext = tSecond.FirstFrame().tFrame.dwSequence;
     EXPECT_EQ(tFirst.Frames(10).back().tFrame.dwSequence + 1, dwNext);
-    EXPECT_EQ(Plugin().Destroy(hStream), 0);
+    EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
 }
 } // namespace
