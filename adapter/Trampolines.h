@@ -22,36 +22,43 @@ void* AsHandle(int nID)
     return reinterpret_cast<void*>(static_cast<std::intptr_t>(nID));
 }
 
-// A registration is being made, which takes a few stores: waits for its end.
-template <class Kind>
-[[gnu::cold, gnu::noinline]] typename Kind::tagRegistration ReadAgain(CSetCallBack const& tRecord)
+template <class Kind, class... A>
+[[gnu::always_inline]] inline int Deliver(tagSite tSite, typename Kind::tagRegistration const& tFound, A... tArguments)
+{
+    if (!tFound.bUsed || !tFound.pfnCallback) [[unlikely]]
+    {
+        return Failed(tSite, eResultNoEntryPoint);
+    }
+    tFound.pfnCallback(AsHandle(tFound.nID), tArguments..., tFound.dwUser);
+    return eResultOk;
+}
+
+// A registration is being made, which takes a few stores: waits for its end. Apart, to keep the path of a frame short.
+template <class Kind, class... A>
+[[gnu::cold, gnu::noinline]] int RelayAgain(tagSite tSite, CSetCallBack const& tRecord, A... tArguments)
 {
     typename Kind::tagRegistration tFound;
     do
     {
         sched_yield();
     } while (!Kind::TryRead(tRecord, tFound));
-    return tFound;
+    return Deliver<Kind>(tSite, tFound, tArguments...);
 }
 
 template <class Kind, class... A>
 [[gnu::always_inline]] inline int Relay(tagSite tSite, unsigned long dwMediaID, A... tArguments)
 {
-    if (dwMediaID < std::size(g_SetCallBack)) [[likely]]
+    if (dwMediaID >= std::size(g_SetCallBack)) [[unlikely]]
     {
-        CSetCallBack const& tRecord = g_SetCallBack[dwMediaID];
-        typename Kind::tagRegistration tFound;
-        if (!Kind::TryRead(tRecord, tFound)) [[unlikely]]
-        {
-            tFound = ReadAgain<Kind>(tRecord);
-        }
-        if (tFound.bUsed && tFound.pfnCallback) [[likely]]
-        {
-            tFound.pfnCallback(AsHandle(tFound.nID), tArguments..., tFound.dwUser);
-            return eResultOk;
-        }
+        return Failed(tSite, eResultNoEntryPoint);
     }
-    return Failed(tSite, eResultNoEntryPoint);
+    CSetCallBack const& tRecord = g_SetCallBack[dwMediaID];
+    typename Kind::tagRegistration tFound;
+    if (!Kind::TryRead(tRecord, tFound)) [[unlikely]]
+    {
+        return RelayAgain<Kind>(tSite, tRecord, tArguments...);
+    }
+    return Deliver<Kind>(tSite, tFound, tArguments...);
 }
 
 int SetStreamMediaCB(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
