@@ -77,7 +77,7 @@ TESSARO_ENUM(eMediaCodec){
     eCodecOther = 0,
     eCodecH264 = 1, ///< Annex B byte stream
     eCodecH265 = 2, ///< Annex B byte stream
-    eCodecAAC = 3,  ///< raw access units without ADTS header
+    eCodecAAC = 3,  ///< raw access units without ADTS header; tagStreamMediaFrame::pConfig describes them
     eCodecG711A = 4, eCodecG711U = 5,
 };
 
@@ -106,6 +106,8 @@ typedef struct tagStreamMediaFrame
     uint32_t dwSampleRate;        ///< audio: samples per second, else 0
     uint32_t dwChannels;          ///< audio: channels, else 0
     const unsigned char* pData;   ///< one access unit of video, or one packet of audio
+    const unsigned char* pConfig; ///< what a decoder needs beside the frames (AAC: AudioSpecificConfig); null: nothing
+    uint32_t dwConfigLength;      ///< bytes at pConfig
 } tagStreamMediaFrame;
 
 /// One frame of a voice connection; life time as tagStreamMediaFrame.

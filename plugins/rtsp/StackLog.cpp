@@ -11,11 +11,11 @@ namespace rtsp
 {
 namespace
 {
-thread_local IStackListener* t_pListener = nullptr;
+thread_local IStackListener* g_pListener = nullptr;
 
 void OnLine(void* pContext, int nLevel, char const* szFormat, va_list tArguments)
 {
-    if (!t_pListener)
+    if (!g_pListener)
     {
         av_log_default_callback(pContext, nLevel, szFormat, tArguments);
         return;
@@ -30,11 +30,11 @@ void OnLine(void* pContext, int nLevel, char const* szFormat, va_list tArguments
     unsigned nMissed = 0;
     if (std::sscanf(szLine, "method %*s failed: %d", &nStatus) == 1)
     {
-        t_pListener->OnStatus(nStatus);
+        g_pListener->OnStatus(nStatus);
     }
     else if (std::sscanf(szLine, "RTP: missed %u packets", &nMissed) == 1)
     {
-        t_pListener->OnMissed(nMissed);
+        g_pListener->OnMissed(nMissed);
     }
 }
 } // namespace
@@ -51,11 +51,11 @@ void GiveBackStackLog()
 
 CStackLogScope::CStackLogScope(IStackListener& tListener)
 {
-    t_pListener = &tListener;
+    g_pListener = &tListener;
 }
 
 CStackLogScope::~CStackLogScope()
 {
-    t_pListener = nullptr;
+    g_pListener = nullptr;
 }
 } // namespace rtsp

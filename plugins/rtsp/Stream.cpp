@@ -19,7 +19,7 @@ constexpr std::chrono::seconds g_atPauses[] = {1s, 2s, 4s, 8s, 16s, 30s};
 constexpr std::chrono::seconds g_atBadLoginPauses[] = {10s, 30s, 60s}; // devices lock accounts after a few wrong logins
 
 // The stream whose thread this is.
-thread_local CStream* t_pOwn = nullptr;
+thread_local CStream* g_pOwn = nullptr;
 
 // Which stream's thread waits for which other stream's callback to return. Streams that close each other from their
 // callbacks would wait for ever; the one that would close the circle doesn't wait.
@@ -152,29 +152,29 @@ void CStream::MuteNow()
 void CStream::Mute()
 {
     MuteNow();
-    if (t_pOwn)
+    if (g_pOwn)
     {
         const std::lock_guard tLock(g_tWaitsMutex);
-        if (StartsCircle(t_pOwn, this))
+        if (StartsCircle(g_pOwn, this))
         {
             return;
         }
-        g_atWaits.emplace_back(t_pOwn, this);
+        g_atWaits.emplace_back(g_pOwn, this);
     }
     {
         std::unique_lock tLock(m_tMutex);
         m_tChanged.wait(tLock, [this] { return !m_bInCallback; });
     }
-    if (t_pOwn)
+    if (g_pOwn)
     {
         const std::lock_guard tLock(g_tWaitsMutex);
-        std::erase(g_atWaits, std::pair{t_pOwn, this});
+        std::erase(g_atWaits, std::pair{g_pOwn, this});
     }
 }
 
 bool CStream::WaitForEnd(Clock::time_point tUntil)
 {
-    if (t_pOwn == this)
+    if (g_pOwn == this)
     {
         return false;
     }
@@ -187,7 +187,7 @@ bool CStream::WaitForEnd(Clock::time_point tUntil)
 
 void CStream::Run()
 {
-    t_pOwn = this;
+    g_pOwn = this;
     const CStackLogScope tScope(*this);
     for (;;)
     {

@@ -87,8 +87,8 @@ std::int64_t WallClock(AVPacket const& tPacket)
 CTrack::CTrack(AVStream const& tStream) : m_tTimeBase(tStream.time_base)
 {
     AVCodecParameters const& tCodec = *tStream.codecpar;
-    m_tProperties.dwMediaType = MediaType(tCodec.codec_type);
-    m_tProperties.dwCodec = MediaCodec(tCodec.codec_id);
+    m_tProperties.dwMediaType = static_cast<std::uint32_t>(MediaType(tCodec.codec_type));
+    m_tProperties.dwCodec = static_cast<std::uint32_t>(MediaCodec(tCodec.codec_id));
     std::snprintf(m_tProperties.szCodecName, sizeof m_tProperties.szCodecName, "%s", avcodec_get_name(tCodec.codec_id));
     m_tProperties.dwWidth = static_cast<std::uint32_t>(tCodec.width);
     m_tProperties.dwHeight = static_cast<std::uint32_t>(tCodec.height);
@@ -110,6 +110,12 @@ CTrack::CTrack(AVStream const& tStream) : m_tTimeBase(tStream.time_base)
         ForEachUnit(tCodec.extradata, static_cast<std::size_t>(tCodec.extradata_size),
                     [this](unsigned char const* pby, std::size_t n) { Look(pby, n); });
         m_tUnit = {};
+    }
+    else if (tCodec.extradata_size > 0)
+    {
+        m_abyConfig.assign(tCodec.extradata, tCodec.extradata + tCodec.extradata_size);
+        m_tProperties.pConfig = m_abyConfig.data();
+        m_tProperties.dwConfigLength = static_cast<std::uint32_t>(m_abyConfig.size());
     }
 }
 

@@ -65,6 +65,7 @@ private:
 
     AVRational m_tTimeBase;
     tagStreamMediaFrame m_tProperties{}; ///< what all frames of the track share
+    std::vector<unsigned char> m_abyConfig;
     bool m_bAlwaysKey = false;
     std::int64_t m_llNextStamp = 0;                    ///< for packets that come without one
     std::vector<unsigned char> m_aabyParameterSets[3]; ///< the newest of each kind: video (H.265), sequence, picture

@@ -130,6 +130,7 @@ TEST_F(RtspPlugin, CodecsAreToldAndNamed)
         EXPECT_EQ(tGot.tFrame.dwCodec, static_cast<std::uint32_t>(tCase.eCodec));
         EXPECT_STREQ(tGot.tFrame.szCodecName, tCase.szName);
         EXPECT_EQ(tGot.tFrame.dwSampleRate, tCase.dwRate);
+        EXPECT_EQ(tGot.tFrame.dwConfigLength >= 2, tCase.eCodec == eCodecAAC) << "AudioSpecificConfig";
         EXPECT_GT(tGot.tFrame.dwLength, 0U);
         EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     }
