@@ -35,29 +35,14 @@ protected:
         SCOPED_TRACE(tRow.strFunction);
         Journal().Reset();
         m_tCapture.Text();
-        static const Strings astrLogin{"login", "ask", "status", "subscribe"};
-        static const Strings astrMedia{"media", "close", "register"};
-        if (std::find(astrLogin.begin(), astrLogin.end(), tRow.strShape) != astrLogin.end())
-        {
-            OnID(tRow, pfnFunction, true);
-        }
-        else if (std::find(astrMedia.begin(), astrMedia.end(), tRow.strShape) != astrMedia.end())
-        {
-            OnID(tRow, pfnFunction, false);
-        }
-        else if (tRow.strShape == "open-login")
-        {
-            OpenLogin(tRow, pfnFunction);
-        }
-        else if (tRow.strShape == "named")
-        {
-            Named(tRow, pfnFunction);
-        }
-        else
-        {
-            ASSERT_TRUE(tRow.strShape.starts_with("broadcast-"));
-            Broadcast(tRow, pfnFunction, tRow.strShape.substr(10));
-        }
+        const std::string strShape = "," + tRow.strShape + ",";
+        const auto fnIs = [&](std::string const& strShapes) { return strShapes.find(strShape) != std::string::npos; };
+        fnIs(",login,ask,status,subscribe,")      ? OnID(tRow, pfnFunction, true)
+        : fnIs(",media,close,register,")          ? OnID(tRow, pfnFunction, false)
+        : fnIs(",open-login,")                    ? OpenLogin(tRow, pfnFunction)
+        : fnIs(",named,")                         ? Named(tRow, pfnFunction)
+        : tRow.strShape.starts_with("broadcast-") ? Broadcast(tRow, pfnFunction, tRow.strShape.substr(10))
+                                                  : [&] { ADD_FAILURE() << "no such shape: " << tRow.strShape; }();
     }
 
     static std::string Entry(tagExport const& tRow)

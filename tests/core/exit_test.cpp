@@ -27,13 +27,6 @@ int OnEvent(void*, unsigned long, unsigned long, unsigned long, unsigned long, u
     return ClientAdapter_SubscribeEvent(static_cast<int>(dwLogin), 1, &OnEvent, dwLogin);
 }
 
-template <class Function>
-Function Trampoline()
-{
-    const auto auArguments = CJournal::Instance().Take().back().auArguments;
-    return reinterpret_cast<Function>(auArguments.at(auArguments.size() - 2));
-}
-
 void Child()
 {
     int nLogin = -1;
@@ -46,9 +39,10 @@ void Child()
     const auto dwMedia = static_cast<unsigned long>(nMedia);
     const auto dwLogin = static_cast<unsigned long>(nLogin);
     ClientAdapter_StreamMediaCB(nMedia, &OnFrame, dwMedia);
-    const auto pfnFrame = Trampoline<StreamMediaCallback>();
     ClientAdapter_SubscribeEvent(nLogin, 1, &OnEvent, dwLogin);
-    const auto pfnEvent = Trampoline<DeviceEventCallback>();
+    const auto atCalls = CJournal::Instance().Take(); // the last two: what the plug-in was given to call
+    const auto pfnFrame = reinterpret_cast<StreamMediaCallback>(atCalls.end()[-2].auArguments.at(1));
+    const auto pfnEvent = reinterpret_cast<DeviceEventCallback>(atCalls.end()[-1].auArguments.at(2));
     std::thread(
         [=]
         {

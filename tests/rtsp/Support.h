@@ -12,7 +12,9 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
+#include <latch>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -46,7 +48,8 @@ public:
                  "/mulaw",
                  "( audiotestsrc is-live=true ! audio/x-raw,rate=8000,channels=1 ! mulawenc ! rtppcmupay name=pay0 )",
                  "/mjpeg",
-                 "( videotestsrc is-live=true ! video/x-raw,format=I420,width=160,height=120,framerate=10/1 ! jpegenc ! "
+                 "( videotestsrc is-live=true ! video/x-raw,format=I420,width=160,height=120,framerate=10/1 ! jpegenc "
+                 "! "
                  "rtpjpegpay name=pay0 )",
                  "/broken", "( filesrc location=/nowhere/nothing ! rtpgstpay name=pay0 )"})
         {
@@ -122,6 +125,8 @@ struct tagGot
 class CReceiver
 {
 public:
+    using Words = std::array<unsigned long, 4>;
+
     static int OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
     {
         auto& tThis = *reinterpret_cast<CReceiver*>(dwUser);
@@ -142,20 +147,7 @@ public:
     unsigned long User() { return reinterpret_cast<unsigned long>(this); }
 
     /// The first frame, of those that came since the last Clear, that fnWanted wants.
-    tagGot Frame(std::function<bool(tagGot const&)> const& fnWanted)
-    {
-        std::unique_lock tLock(m_tMutex);
-        auto itFound = m_atFrames.end();
-        const bool bCame = m_tChanged.wait_for(tLock, g_tPatience,
-                                               [&]
-                                               {
-                                                   itFound =
-                                                       std::find_if(m_atFrames.begin(), m_atFrames.end(), fnWanted);
-                                                   return itFound != m_atFrames.end();
-                                               });
-        EXPECT_TRUE(bCame) << "the frame didn't come; " << m_atFrames.size() << " others did";
-        return bCame ? *itFound : tagGot{};
-    }
+    tagGot Frame(std::function<bool(tagGot const&)> const& fnWanted) { return Await(m_atFrames, fnWanted); }
     tagGot FirstFrame()
     {
         return Frame([](tagGot const&) { return true; });
@@ -167,19 +159,10 @@ public:
         EXPECT_TRUE(m_tChanged.wait_for(tLock, g_tPatience, [&] { return m_atFrames.size() >= nFrames; }));
         return m_atFrames;
     }
-    std::array<unsigned long, 4> Event(unsigned long dwEvent)
+    /// The first event since the last Clear whose first word is dwEvent.
+    Words Event(unsigned long dwEvent)
     {
-        std::unique_lock tLock(m_tMutex);
-        auto itFound = m_atEvents.end();
-        const bool bCame = m_tChanged.wait_for(tLock, g_tPatience,
-                                               [&]
-                                               {
-                                                   itFound = std::find_if(m_atEvents.begin(), m_atEvents.end(),
-                                                                          [&](auto& t) { return t[0] == dwEvent; });
-                                                   return itFound != m_atEvents.end();
-                                               });
-        EXPECT_TRUE(bCame) << "event " << dwEvent << " didn't come; " << m_atEvents.size() << " others did";
-        return bCame ? *itFound : std::array<unsigned long, 4>{};
+        return Await(m_atEvents, [&](Words const& adwWords) { return adwWords[0] == dwEvent; });
     }
     void Clear()
     {
@@ -187,17 +170,28 @@ public:
         m_atFrames.clear();
         m_atEvents.clear();
     }
-    std::size_t Count()
-    {
-        const std::lock_guard tLock(m_tMutex);
-        return m_atFrames.size();
-    }
+    std::size_t Count() { return Frames(0).size(); }
 
 private:
+    template <class T, class F>
+    T Await(std::vector<T> const& atCame, F const& fnWanted)
+    {
+        std::unique_lock tLock(m_tMutex);
+        auto itFound = atCame.end();
+        const auto fnCame = [&]
+        {
+            itFound = std::find_if(atCame.begin(), atCame.end(), fnWanted);
+            return itFound != atCame.end();
+        };
+        const bool bCame = m_tChanged.wait_for(tLock, g_tPatience, fnCame);
+        EXPECT_TRUE(bCame) << "it didn't come; " << atCame.size() << " others did";
+        return bCame ? *itFound : T{};
+    }
+
     std::mutex m_tMutex;
     std::condition_variable m_tChanged;
     std::vector<tagGot> m_atFrames;
-    std::vector<std::array<unsigned long, 4>> m_atEvents;
+    std::vector<Words> m_atEvents;
 };
 
 inline bool IsVideo(tagGot const& tGot)

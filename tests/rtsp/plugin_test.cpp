@@ -362,29 +362,27 @@ TEST(Timeline, GoesOnWhateverTheDevicesClockDoes)
 
 // --- closing from inside ---------------------------------------------------------------------------------------------
 
-// What a frame callback does, once, from inside.
+// What the first frame does, from inside its callback.
 struct tagInside
 {
     std::function<int()> fnDo;
-    std::mutex tMutex;
-    std::condition_variable tChanged;
-    int nResult = -1;
-    int nCalls = 0;
+    std::once_flag tOnce{};
+    std::promise<int> tDone{};
 
     static int OnFrame(void*, tagStreamMediaFrame const*, unsigned long dwUser)
     {
         auto& tThis = *reinterpret_cast<tagInside*>(dwUser);
-        const int nDone = tThis.nCalls++ == 0 ? tThis.fnDo() : -2;
-        const std::lock_guard tLock(tThis.tMutex);
-        tThis.nResult = tThis.nResult == -1 ? nDone : tThis.nResult;
-        tThis.tChanged.notify_all();
+        std::call_once(tThis.tOnce, [&] { tThis.tDone.set_value(tThis.fnDo()); });
         return 0;
     }
-    int Wait()
+    void Listen(void* hStream)
     {
-        std::unique_lock tLock(tMutex);
-        EXPECT_TRUE(tChanged.wait_for(tLock, g_tPatience, [&] { return nResult != -1; }));
-        return nResult;
+        EXPECT_EQ(RTSPClient_StreamCB(hStream, &OnFrame, reinterpret_cast<unsigned long>(this)), 0);
+    }
+    int Result()
+    {
+        std::future<int> tResult = tDone.get_future();
+        return tResult.wait_for(g_tPatience) == std::future_status::ready ? tResult.get() : -1;
     }
 };
 
@@ -392,50 +390,34 @@ TEST_F(RtspPlugin, StreamsCloseFromInsideTheirCallbacks)
 {
     CServer tServer;
     const auto nThreads = CountSelf("task");
-    void* ahStreams[2];
-    tagInside atInside[2];
-    const auto fnOpen = [&](std::size_t i, std::function<int()> fnDo)
+    void* ahStreams[4];
+    for (void*& hStream : ahStreams)
     {
-        atInside[i].nResult = -1;
-        atInside[i].nCalls = 0;
-        atInside[i].fnDo = std::move(fnDo);
-        EXPECT_EQ(TryCreate(&ahStreams[i], tServer.Url("/h264")), 0);
-    };
-    const auto fnListen = [&](std::size_t i)
-    { RTSPClient_StreamCB(ahStreams[i], &tagInside::OnFrame, reinterpret_cast<unsigned long>(&atInside[i])); };
+        EXPECT_EQ(TryCreate(&hStream, tServer.Url("/h264")), 0);
+    }
+    tagInside tItself{[&] { return RTSPClient_Destroy(ahStreams[0]); }};
+    tItself.Listen(ahStreams[0]);
+    EXPECT_EQ(tItself.Result(), 0);
 
-    fnOpen(0, [&] { return RTSPClient_Destroy(ahStreams[0]); });
-    fnListen(0);
-    EXPECT_EQ(atInside[0].Wait(), 0) << "itself";
-
-    // Each other, at the same time: both callbacks run before either closes.
-    std::mutex tMutex;
-    std::condition_variable tBoth;
-    int nInside = 0;
+    std::latch tBoth{2}; // both callbacks run before either closes the other's stream
     const auto fnCloseOther = [&](std::size_t iOther)
     {
-        std::unique_lock tLock(tMutex);
-        ++nInside;
-        tBoth.notify_all();
-        tBoth.wait_for(tLock, g_tPatience, [&] { return nInside == 2; });
-        tLock.unlock();
+        tBoth.arrive_and_wait();
         return RTSPClient_Destroy(ahStreams[iOther]);
     };
-    fnOpen(0, [&] { return fnCloseOther(1); });
-    fnOpen(1, [&] { return fnCloseOther(0); });
-    fnListen(0);
-    fnListen(1);
-    EXPECT_EQ(atInside[0].Wait() + atInside[1].Wait(), 0);
+    tagInside tEach{[&] { return fnCloseOther(2); }};
+    tagInside tOther{[&] { return fnCloseOther(1); }};
+    tEach.Listen(ahStreams[1]);
+    tOther.Listen(ahStreams[2]);
+    EXPECT_EQ(tEach.Result() + tOther.Result(), 0);
 
-    fnOpen(0, [] { return RTSPClient_Stop(); });
-    fnListen(0);
-    EXPECT_EQ(atInside[0].Wait(), 0) << "all of them";
-    EXPECT_EQ(RTSPClient_Start(), 0);
-    EXPECT_EQ(RTSPClient_Stop(), 0);
-    const auto tUntil = Clock::now() + g_tPatience; // the thread that stopped everything ends by itself
-    while (CountSelf("task") != nThreads && Clock::now() < tUntil)
+    tagInside tAll{[] { return RTSPClient_Stop(); }};
+    tAll.Listen(ahStreams[3]);
+    EXPECT_EQ(tAll.Result(), 0);
+    EXPECT_EQ(RTSPClient_Start() + RTSPClient_Stop(), 0);
+    for (const auto tUntil = Clock::now() + g_tPatience; CountSelf("task") != nThreads && Clock::now() < tUntil;)
     {
-        std::this_thread::yield();
+        std::this_thread::yield(); // the thread that stopped everything ends by itself
     }
     EXPECT_EQ(CountSelf("task"), nThreads);
 }
