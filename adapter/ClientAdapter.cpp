@@ -107,6 +107,23 @@ int ClientAdapter_GetLoginStatus(int nLoginID, int* pnStatus)
     return eResultOk;
 }
 
+int ClientAdapter_GetConfig(int nLoginID, tagConfigInformation* ptConfig)
+{
+    DiagnosticLine(g_szSource, "ClientAdapter_GetConfig", 418,
+                   "*************************************ClientAdapter_GetConfig");
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin))
+    {
+        return Failed({"ClientAdapter_GetConfig", 423}, eResultUnknownLogin);
+    }
+    return g_cProtocolSet.GetConfig(tLogin.hHandle, ptConfig, tLogin.eType);
+}
+
+int ClientAdapter_SetConfigBySn(char const* szSerial, eProtocolType eType, tagConfigInformationV2* ptConfig)
+{
+    return g_cProtocolSet.SetConfigBySn(szSerial, ptConfig, eType);
+}
+
 int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID)
 {
     Client::tagTarget tLogin;

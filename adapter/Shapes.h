@@ -62,6 +62,34 @@ int OnMedia(tagSite, F fnOperation, int nMediaID, A... tArguments)
     return fnOperation(tMedia.hHandle, tArguments..., tMedia.eType);
 }
 
+/// On two open media connections of one protocol: the second one's handle goes along with the first's.
+template <class F>
+int OnTwoMedia(tagSite, F fnOperation, int nMediaID, int nOtherID)
+{
+    Client::tagTarget tMedia;
+    Client::tagTarget tOther;
+    if (!g_cClient.FindMedia(nMediaID, tMedia) || !g_cClient.FindMedia(nOtherID, tOther)) [[unlikely]]
+    {
+        return eResultUnknownMedia;
+    }
+    return fnOperation(tMedia.hHandle, tOther.hHandle, tMedia.eType);
+}
+
+/// What the three shapes of opening share. The plug-in gets a handle variable of the library's own.
+template <class F, class... A>
+int OpenOn(Client::tagTarget const& tParent, bool bAlsoWhenFailed, F fnOperation, int* pnMediaID, A... tArguments)
+{
+    void* hMedia = nullptr;
+    const int nResult = fnOperation(&hMedia, tParent.hHandle, tArguments..., tParent.eType);
+    if (nResult == eResultOk || bAlsoWhenFailed)
+    {
+        int nNew = -1;
+        g_cClient.SetMeidaType(nNew, hMedia, tParent.eType);
+        *pnMediaID = nNew;
+    }
+    return nResult;
+}
+
 /// Opens a connection under a login and takes a media ID for it, but not when the plug-in fails.
 template <class F, class... A>
 int OpenUnlessFailed(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID, A... tArguments)
@@ -71,15 +99,31 @@ int OpenUnlessFailed(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID,
     {
         return Failed(tSite, eResultUnknownLogin);
     }
-    void* hMedia = nullptr;
-    const int nResult = fnOperation(&hMedia, tLogin.hHandle, tArguments..., tLogin.eType);
-    if (nResult == eResultOk)
+    return OpenOn(tLogin, false, fnOperation, pnMediaID, tArguments...);
+}
+
+/// Opens a connection under a login and takes a media ID for it, whatever the plug-in answers.
+template <class F, class... A>
+int Open(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID, A... tArguments)
+{
+    Client::tagTarget tLogin;
+    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
     {
-        int nNew = -1;
-        g_cClient.SetMeidaType(nNew, hMedia, tLogin.eType);
-        *pnMediaID = nNew;
+        return Failed(tSite, eResultUnknownLogin);
     }
-    return nResult;
+    return OpenOn(tLogin, true, fnOperation, pnMediaID, tArguments...);
+}
+
+/// The same under a media connection.
+template <class F, class... A>
+int OpenUnderMedia(tagSite, F fnOperation, int* pnMediaID, int nParentID, A... tArguments)
+{
+    Client::tagTarget tParent;
+    if (!g_cClient.FindMedia(nParentID, tParent)) [[unlikely]]
+    {
+        return eResultUnknownMedia;
+    }
+    return OpenOn(tParent, true, fnOperation, pnMediaID, tArguments...);
 }
 
 /// Closes a connection and frees its media ID, whatever the plug-in answers.
@@ -111,6 +155,19 @@ int OnvifThenRtspThenVtq(tagSite, F fnOperation, A... tArguments)
     fnOperation(tArguments..., eProtocolOnvif);
     fnOperation(tArguments..., eProtocolRTSP);
     fnOperation(tArguments..., eProtocolVTQ);
+    return eResultOk;
+}
+
+template <class F, class... A>
+int OnRtsp(tagSite, F fnOperation, A... tArguments)
+{
+    return fnOperation(tArguments..., eProtocolRTSP);
+}
+
+/// Asks nobody.
+template <class F, class... A>
+int Nothing(tagSite, F, A...)
+{
     return eResultOk;
 }
 

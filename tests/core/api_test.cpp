@@ -39,7 +39,12 @@ protected:
         const auto fnIs = [&](std::string const& strShapes) { return strShapes.find(strShape) != std::string::npos; };
         fnIs(",login,ask,status,subscribe,")      ? OnID(tRow, pfnFunction, true)
         : fnIs(",media,close,register,")          ? OnID(tRow, pfnFunction, false)
-        : fnIs(",open-login,")                    ? OpenLogin(tRow, pfnFunction)
+        : fnIs(",open-login,")                    ? Opens(tRow, pfnFunction, true, false)
+        : fnIs(",open,")                          ? Opens(tRow, pfnFunction, true, true)
+        : fnIs(",open-media,")                    ? Opens(tRow, pfnFunction, false, true)
+        : fnIs(",two-media,")                     ? TwoMedia(tRow, pfnFunction)
+        : fnIs(",rtsp,")                          ? Rtsp(tRow, pfnFunction)
+        : fnIs(",nothing,")                       ? Nothing(tRow, pfnFunction)
         : fnIs(",named,")                         ? Named(tRow, pfnFunction)
         : tRow.strShape.starts_with("broadcast-") ? Broadcast(tRow, pfnFunction, tRow.strShape.substr(10))
                                                   : [&] { ADD_FAILURE() << "no such shape: " << tRow.strShape; }();
@@ -59,11 +64,16 @@ protected:
         {
             tOverrides[1] = reinterpret_cast<std::uintptr_t>(&m_nStatus);
         }
+        const std::string strAlways = // the one that says something on every call
+            tRow.strOperation == "GetConfig"
+                ? Line("ClientAdapter", tRow.strFunction, 418, std::string(37, '*') + tRow.strFunction)
+                : "";
+        const std::string strFailed = bLogin ? Line("ClientAdapter", tRow.strFunction, tRow.nLine) : "";
         for (const int nUnknown : {-1, 999, 1000, 0x7fffffff})
         {
             tOverrides[0] = static_cast<std::uintptr_t>(nUnknown);
             EXPECT_EQ(Call(pfnFunction, tOverrides), bLogin ? 3 : -1);
-            EXPECT_EQ(m_tCapture.Text(), bLogin ? Line("ClientAdapter", tRow.strFunction, tRow.nLine) : "");
+            EXPECT_EQ(m_tCapture.Text(), strAlways + strFailed);
             EXPECT_TRUE(m_atCalls.empty());
         }
         for (const int nAnswer : {0, 7, -5, 2})
@@ -93,28 +103,60 @@ protected:
         }
     }
 
+    // bAlsoFailed: a failing open takes an ID too.
     template <class F>
-    void OpenLogin(tagExport const& tRow, F pfnFunction)
+    void Opens(tagExport const& tRow, F pfnFunction, bool bUnderLogin, bool bAlsoFailed)
     {
         int nNew = 55;
         const auto uNew = reinterpret_cast<std::uintptr_t>(&nNew);
-        EXPECT_EQ(Call(pfnFunction, {{0, uNew}, {1, 999}}), 3);
-        EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", tRow.strFunction, tRow.nLine));
-        const Overrides tKnown{{0, uNew}, {1, static_cast<std::uintptr_t>(m_nLogin)}};
+        EXPECT_EQ(Call(pfnFunction, {{0, uNew}, {1, 999}}), bUnderLogin ? 3 : -1);
+        EXPECT_EQ(m_tCapture.Text(), bUnderLogin ? Line("ClientAdapter", tRow.strFunction, tRow.nLine) : "");
+        EXPECT_EQ(nNew, 55);
+        const Overrides tKnown{{0, uNew}, {1, static_cast<std::uintptr_t>(bUnderLogin ? m_nLogin : m_nMedia)}};
+        for (const int nAnswer : {19, 0})
+        {
+            const bool bTakes = nAnswer == 0 || bAlsoFailed;
+            Journal().Answer(Entry(tRow), nAnswer);
+            EXPECT_EQ(Call(pfnFunction, tKnown), nAnswer);
+            m_auArguments[0] = m_atCalls.at(0).auArguments[0]; // a handle variable of the library's own
+            m_auArguments[1] = bUnderLogin ? m_uLogin : m_uMedia;
+            EXPECT_NE(m_auArguments[0], uNew);
+            EXPECT_EQ(m_atCalls[0].auArguments, m_auArguments);
+            tagResource tNew{};
+            EXPECT_EQ(g_cClient.GetMediaType(nNew, tNew), bTakes ? 0 : 1);
+            EXPECT_EQ(tNew.hHandle, reinterpret_cast<void*>(bTakes ? Journal().LastHandle() : 0));
+            EXPECT_EQ(tNew.eType, bTakes ? eProtocolVTQ : eProtocolPrivate);
+            ClientAdapter_RealStreamDisconnect(nNew);
+            Journal().Take();
+        }
+    }
+
+    template <class F>
+    void TwoMedia(tagExport const& tRow, F pfnFunction)
+    {
+        const auto uKnown = static_cast<std::uintptr_t>(m_nMedia);
+        EXPECT_EQ(Call(pfnFunction, {{0, uKnown}, {1, 999}}), -1);
+        EXPECT_EQ(Call(pfnFunction, {{0, 999}, {1, uKnown}}), -1);
+        EXPECT_EQ(m_tCapture.Text(), "");
         Journal().Answer(Entry(tRow), 19);
-        EXPECT_EQ(Call(pfnFunction, tKnown), 19);
-        EXPECT_EQ(nNew, 55) << "a failing open takes no ID";
-        Journal().Answer(Entry(tRow), 0);
-        EXPECT_EQ(Call(pfnFunction, tKnown), 0);
-        EXPECT_EQ(nNew, (m_nMedia + 1) % 1000);
-        tagResource tNew{};
-        EXPECT_EQ(g_cClient.GetMediaType(nNew, tNew), 0);
-        EXPECT_EQ(tNew.hHandle, reinterpret_cast<void*>(Journal().LastHandle()));
-        EXPECT_EQ(tNew.eType, eProtocolVTQ);
-        m_auArguments[0] = m_atCalls.at(0).auArguments[0]; // a handle variable of the library's own
-        m_auArguments[1] = m_uLogin;
-        EXPECT_EQ(m_atCalls[0].auArguments, m_auArguments);
-        ClientAdapter_RealStreamDisconnect(nNew);
+        EXPECT_EQ(Call(pfnFunction, {{0, uKnown}, {1, uKnown}}), 19);
+        EXPECT_EQ(m_atCalls.at(0).auArguments, (std::vector<std::uintptr_t>{m_uMedia, m_uMedia}));
+    }
+
+    template <class F>
+    void Rtsp(tagExport const&, F pfnFunction)
+    {
+        Journal().Answer("RTSP_GetAttribute", 19);
+        EXPECT_EQ(Call(pfnFunction, {}), 19);
+        EXPECT_EQ(m_atCalls.at(0).auArguments, m_auArguments);
+    }
+
+    template <class F>
+    void Nothing(tagExport const&, F pfnFunction)
+    {
+        EXPECT_EQ(Call(pfnFunction, {}), 0);
+        EXPECT_TRUE(m_atCalls.empty());
+        EXPECT_EQ(m_tCapture.Text(), "");
     }
 
     template <class... A>
@@ -165,7 +207,7 @@ TEST_F(Shape, EveryExportedFunction)
 #define EXPORT(shape, line, function, ...) EXPORTED(function)
     const std::map<std::string, std::function<void(tagExport const&)>> tChecks{
 #include "adapter/exports.def"
-        EXPORTED(ClientAdapter_UserLogout) EXPORTED(ClientAdapter_GetLoginStatus) //
+        EXPORTED(ClientAdapter_GetConfig) EXPORTED(ClientAdapter_UserLogout) EXPORTED(ClientAdapter_GetLoginStatus) //
         EXPORTED(ClientAdapter_SubscribeEvent) EXPORTED(ClientAdapter_DeviceProbeStart)};
     EXPECT_EQ(Golden("exports.txt").size(), tChecks.size());
     for (std::string const& strRow : Golden("exports.txt"))
@@ -189,6 +231,16 @@ TEST_F(CSession, LoginRefusals)
     Journal().Answer("VTQClient_UserLogin", 17);
     EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolVTQ, &m_tLogin), 17);
     EXPECT_EQ(nID, 55);
+}
+
+TEST_F(CSession, ConfigurationBySerialNumberNamesItsProtocol)
+{
+    tagConfigInformationV2* const ptConfig = Argument<tagConfigInformationV2*>(0);
+    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", static_cast<eProtocolType>(4), ptConfig), 4);
+    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", eProtocolPrivate, ptConfig), 4);
+    Journal().Answer("VTQClient_SetConfigBySn", 19);
+    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", eProtocolVTQ, ptConfig), 19);
+    EXPECT_EQ(Journal().Take().at(0).auArguments.at(1), reinterpret_cast<std::uintptr_t>(ptConfig));
 }
 
 // Calls fnOpen until it gives -1; the IDs that it gave before.
