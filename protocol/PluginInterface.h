@@ -61,7 +61,8 @@ TESSARO_ENUM(eRtspResult){
     eRtspTooManyStreams = 204, ///< as many streams are open as RTSPClient_SetMaxChannel allows
     eRtspNotStarted = 205,     ///< RTSPClient_Start has not been called, or RTSPClient_Stop has
     eRtspNoResources = 206,    ///< no memory or no thread could be had
-    eRtspBadAddress = 207,     ///< the address is not an rtsp:// or rtsps:// URL, or carries a user name or password
+    eRtspBadAddress = 207, ///< no rtsp:// or rtsps:// URL, control characters or credentials in it, or credentials that
+                           ///< can't be carried
 };
 
 // --- Frames ----------------------------------------------------------------------------------------------------------
@@ -83,9 +84,9 @@ TESSARO_ENUM(eMediaCodec){
 
 /// Bits of tagStreamMediaFrame::dwFlags.
 TESSARO_ENUM(eFrameFlag){
-    eFrameKey = 1,           ///< decoding can start here; H.264 and H.265 then begin with their parameter sets
+    eFrameKey = 1, ///< decoding can start here; H.264 and H.265 then have their parameter sets before the picture
     eFrameDiscontinuity = 2, ///< presentation times do not continue those of the frame before (reconnect, clock jump)
-    eFrameDamaged = 4,       ///< parts of this frame were lost on the way
+    eFrameDamaged = 4, ///< parts of this frame may be lost: packets were missing at its beginning, inside or at its end
 };
 
 /// One frame of a live or recorded stream. The record and its data belong to the plug-in and are valid until the
@@ -230,7 +231,7 @@ TESSARO_ENUM(eConnectionState){
 /// | eEventClockJump     | size of the jump in milliseconds       | 0 forward, 1 backward    | eMediaType     |
 TESSARO_ENUM(eConnectionEvent){
     eEventConnecting = 1, eEventLive = 2, eEventStalled = 3, eEventRefused = 4, eEventLost = 5, eEventPaused = 6,
-    eEventClockJump = 7, ///< the device's clock jumped or its time stamps began again; the stream goes on
+    eEventClockJump = 7, ///< the device's clock was set or its time stamps began again; the stream goes on
 };
 
 /// What RTSPClient_GetPackageInfo fills in, given the record and its size. Counts run from the stream's creation on

@@ -1,5 +1,6 @@
 #include "plugins/rtsp/Address.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -42,7 +43,10 @@ std::optional<tagAddress> MakeAddress(tagRTSPClientPara const& tPara)
     const std::string_view strUrl = Text(tPara.szUrl);
     const std::size_t nHost = strUrl.starts_with("rtsp://") ? 7 : strUrl.starts_with("rtsps://") ? 8 : 0;
     const std::string_view strAuthority = strUrl.substr(nHost, strUrl.find_first_of("/?#", nHost) - nHost);
-    if (nHost == 0 || strAuthority.empty() || strAuthority.find('@') != std::string_view::npos)
+    // A control character would end the line of a request and begin one of its own.
+    const bool bControl =
+        std::any_of(strUrl.begin(), strUrl.end(), [](unsigned char by) { return by < ' ' || by == 127; });
+    if (nHost == 0 || bControl || strAuthority.empty() || strAuthority.find('@') != std::string_view::npos)
     {
         return std::nullopt;
     }

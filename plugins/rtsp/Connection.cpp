@@ -42,7 +42,8 @@ int CConnection::Open(tagAddress const& tAddress)
 
     AVDictionary* ptOptions = nullptr;
     av_dict_set(&ptOptions, "rtsp_transport", TransportName(tAddress.eTransport), 0);
-    av_dict_set_int(&ptOptions, "buffer_size", 2 << 20, 0); // of the UDP sockets: key frames come in bursts
+    av_dict_set_int(&ptOptions, "buffer_size", 2 << 20, 0);   // of the UDP sockets: key frames come in bursts
+    av_dict_set_int(&ptOptions, "correct_ts_overflow", 0, 0); // it makes a step back one of 13 hours ahead
     if (tAddress.eTransport == eRtspTcp)
     {
         // Nothing is reordered in a TCP stream, but a queue is what makes the stack notice packets that a busy device

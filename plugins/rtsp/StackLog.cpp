@@ -1,6 +1,8 @@
 #include "plugins/rtsp/StackLog.h"
 
 #include <cstdio>
+#include <mutex>
+#include <utility>
 
 extern "C"
 {
@@ -12,6 +14,9 @@ namespace rtsp
 namespace
 {
 thread_local IStackListener* g_pListener = nullptr;
+
+std::mutex g_tTakenMutex;
+unsigned g_nTaken = 0;
 
 void OnLine(void* pContext, int nLevel, char const* szFormat, va_list tArguments)
 {
@@ -41,21 +46,38 @@ void OnLine(void* pContext, int nLevel, char const* szFormat, va_list tArguments
 
 void TakeStackLog()
 {
-    av_log_set_callback(&OnLine);
+    const std::lock_guard tLock(g_tTakenMutex);
+    if (g_nTaken++ == 0)
+    {
+        av_log_set_callback(&OnLine);
+    }
 }
 
 void GiveBackStackLog()
 {
-    av_log_set_callback(&av_log_default_callback);
+    const std::lock_guard tLock(g_tTakenMutex);
+    if (--g_nTaken == 0)
+    {
+        av_log_set_callback(&av_log_default_callback);
+    }
 }
 
 CStackLogScope::CStackLogScope(IStackListener& tListener)
 {
+    TakeStackLog();
     g_pListener = &tListener;
 }
 
 CStackLogScope::~CStackLogScope()
 {
     g_pListener = nullptr;
+    GiveBackStackLog();
+}
+
+CStackLogBreak::CStackLogBreak() : m_pListener(std::exchange(g_pListener, nullptr)) {}
+
+CStackLogBreak::~CStackLogBreak()
+{
+    g_pListener = m_pListener;
 }
 } // namespace rtsp

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <utility>
 
 namespace rtsp
@@ -24,7 +25,7 @@ thread_local CStream* g_pOwn = nullptr;
 // Which stream's thread waits for which other stream's callback to return. Streams that close each other from their
 // callbacks would wait for ever; the one that would close the circle doesn't wait.
 std::mutex g_tWaitsMutex;
-std::vector<std::pair<CStream*, CStream*>> g_atWaits;
+auto& g_atWaits = *new std::vector<std::pair<CStream*, CStream*>>; // never destroyed: streams may outlive statics
 
 bool StartsCircle(CStream const* pWaiter, CStream const* pTarget)
 {
@@ -103,18 +104,24 @@ CStream::~CStream()
 
 void CStream::SetFrameCallback(StreamMediaCallback pfnFrame, unsigned long dwUser)
 {
-    const std::lock_guard tLock(m_tMutex);
-    m_bNewFrameCallback |= !m_tFrameCallback.pfn;
-    m_tFrameCallback = {pfnFrame, dwUser};
+    {
+        const std::lock_guard tLock(m_tMutex);
+        m_bNewFrameCallback |= !m_tFrameCallback.pfn;
+        m_tFrameCallback = {pfnFrame, dwUser};
+    }
+    WaitForCallback(&m_tFrameCallback);
 }
 
 void CStream::SetListener(eListener eWhich, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
-    const std::lock_guard tLock(m_tMutex);
     const auto iWhich = static_cast<std::size_t>(eWhich);
-    m_atListeners[iWhich] = {pfnEvent, dwUser};
-    m_abNewListener[iWhich] = pfnEvent != nullptr;
-    m_tChanged.notify_all();
+    {
+        const std::lock_guard tLock(m_tMutex);
+        m_atListeners[iWhich] = {pfnEvent, dwUser};
+        m_abNewListener[iWhich] = pfnEvent != nullptr;
+        m_tChanged.notify_all();
+    }
+    WaitForCallback(&m_atListeners[iWhich]);
 }
 
 void CStream::SetPaused(bool bPaused)
@@ -152,22 +159,37 @@ void CStream::MuteNow()
 void CStream::Mute()
 {
     MuteNow();
+    WaitForCallback(nullptr);
+}
+
+// Waits for the end of the run that is going on, of this registration's function or (null) of any.
+void CStream::WaitForCallback(void const* pCallback)
+{
+    std::unique_lock tLock(m_tMutex);
+    const std::uint64_t ullCalls = m_ullCalls;
+    const auto fnOver = [&] { return !m_pRunning || (pCallback && m_pRunning != pCallback) || m_ullCalls != ullCalls; };
+    if (fnOver())
+    {
+        return;
+    }
     if (g_pOwn)
     {
-        const std::lock_guard tLock(g_tWaitsMutex);
-        if (StartsCircle(g_pOwn, this))
+        tLock.unlock();
         {
-            return;
+            const std::lock_guard tWaitsLock(g_tWaitsMutex);
+            if (StartsCircle(g_pOwn, this))
+            {
+                return;
+            }
+            g_atWaits.emplace_back(g_pOwn, this);
         }
-        g_atWaits.emplace_back(g_pOwn, this);
+        tLock.lock();
     }
-    {
-        std::unique_lock tLock(m_tMutex);
-        m_tChanged.wait(tLock, [this] { return !m_bInCallback; });
-    }
+    m_tChanged.wait(tLock, fnOver);
+    tLock.unlock();
     if (g_pOwn)
     {
-        const std::lock_guard tLock(g_tWaitsMutex);
+        const std::lock_guard tWaitsLock(g_tWaitsMutex);
         std::erase(g_atWaits, std::pair{g_pOwn, this});
     }
 }
@@ -180,7 +202,7 @@ bool CStream::WaitForEnd(Clock::time_point tUntil)
     }
     std::unique_lock tLock(m_tMutex);
     // A callback that couldn't be waited for may be waiting for the caller.
-    return m_tChanged.wait_until(tLock, tUntil, [this] { return m_bEnded || m_bInCallback; }) && m_bEnded;
+    return m_tChanged.wait_until(tLock, tUntil, [this] { return m_bEnded || m_pRunning; }) && m_bEnded;
 }
 
 // --- the thread ------------------------------------------------------------------------------------------------------
@@ -189,27 +211,35 @@ void CStream::Run()
 {
     g_pOwn = this;
     const CStackLogScope tScope(*this);
-    for (;;)
+    while (!IsEndRequested())
     {
-        const eOutcome eWhy = RunSessionGuarded();
-        if (eWhy == eOutcome::Ended)
+        if (IsPauseWanted())
         {
-            break;
+            SetState(eConnectionPaused);
+            WaitForPlay();
         }
-        const Clock::duration tPause = NextPause(eWhy);
-        if (eWhy == eOutcome::Refused)
+        else if (WaitForNextTry())
         {
-            SetState(eConnectionRefused, static_cast<unsigned long>(m_nStatus), Milliseconds(tPause));
+            Try();
         }
-        else
-        {
-            SetState(eConnectionLost, static_cast<unsigned long>(m_nError), Milliseconds(tPause));
-        }
-        WaitBeforeNextTry(tPause);
     }
     const std::lock_guard tLock(m_tMutex);
     m_bEnded = true;
     m_tChanged.notify_all();
+}
+
+void CStream::Try()
+{
+    const eOutcome eWhy = RunSessionGuarded();
+    if (eWhy == eOutcome::Ended || eWhy == eOutcome::Paused)
+    {
+        return;
+    }
+    const Clock::duration tPause = NextPause(eWhy);
+    m_tNextTry = Clock::now() + tPause;
+    const bool bRefused = eWhy == eOutcome::Refused;
+    SetState(bRefused ? eConnectionRefused : eConnectionLost,
+             static_cast<unsigned long>(bRefused ? m_nStatus : m_nError), Milliseconds(tPause));
 }
 
 // A session that runs out of memory is lost like any other.
@@ -229,6 +259,7 @@ CStream::eOutcome CStream::RunSession()
 {
     m_nStatus = 0;
     m_nMissed = 0;
+    m_tLiveSince = {};
     m_apTracks.clear();
     m_bGateOpen = false;
     m_ePhase = ePhase::Connecting;
@@ -243,7 +274,11 @@ CStream::eOutcome CStream::RunSession()
         m_tDeadline = Clock::now() + g_tTeardownTime;
     }
     m_ePhase = ePhase::Waiting;
-    return IsEndRequested() ? eOutcome::Ended : eWhy;
+    if (IsEndRequested())
+    {
+        return eOutcome::Ended;
+    }
+    return eWhy == eOutcome::Lost && IsPauseWanted() ? eOutcome::Paused : eWhy;
 }
 
 CStream::eOutcome CStream::Failed(int nError)
@@ -271,10 +306,11 @@ CStream::eOutcome CStream::Receive(CConnection& tConnection)
         m_bHasVideo |= m_apTracks.back()->Type() == eMediaVideo;
     }
     m_adwSequence.resize(std::max(m_adwSequence.size(), m_apTracks.size()));
+    m_abHeldBreak.resize(m_adwSequence.size());
+    m_atWallClocks.resize(m_adwSequence.size());
     m_tTimeline.Restart();
     m_ePhase = ePhase::Receiving;
     m_tLastPacket = Clock::now();
-    m_tLiveSince = {};
 
     const std::unique_ptr<AVPacket, void (*)(AVPacket*)> ptPacket(av_packet_alloc(),
                                                                   [](AVPacket* pt) { av_packet_free(&pt); });
@@ -286,7 +322,8 @@ CStream::eOutcome CStream::Receive(CConnection& tConnection)
     {
         if (!StayPaused(tConnection))
         {
-            return Failed(AVERROR(EPIPE));
+            m_nError = EPIPE;
+            return eOutcome::Lost;
         }
         const int nResult = tConnection.Read(*ptPacket);
         if (nResult == AVERROR(EAGAIN))
@@ -308,15 +345,14 @@ CStream::eOutcome CStream::Receive(CConnection& tConnection)
 }
 
 // Pauses when asked to, and waits until playing is asked for. False: the device no longer knows the session (it may
-// forget one that says nothing for long), or refuses; the stream then connects anew.
+// forget one that says nothing for long), or has no word for pausing. The session is then closed, and begun anew for
+// playing.
 bool CStream::StayPaused(CConnection& tConnection)
 {
-    std::unique_lock tLock(m_tMutex);
-    if (!m_bPauseWanted)
+    if (!IsPauseWanted())
     {
         return true;
     }
-    tLock.unlock();
     m_ePhase = ePhase::Connecting;
     m_tDeadline = Clock::now() + g_tConnectTime;
     if (tConnection.Pause() < 0)
@@ -324,23 +360,10 @@ bool CStream::StayPaused(CConnection& tConnection)
         return false;
     }
     SetState(eConnectionPaused);
-    for (;;)
+    WaitForPlay();
+    if (IsEndRequested())
     {
-        TellNewListeners();
-        tLock.lock();
-        m_tChanged.wait(tLock, [this]
-                        { return !m_bPauseWanted || m_bEndRequested || m_abNewListener[0] || m_abNewListener[1]; });
-        const bool bStay = m_bPauseWanted && !m_bEndRequested;
-        const bool bEnd = m_bEndRequested;
-        tLock.unlock();
-        if (bEnd)
-        {
-            return true;
-        }
-        if (!bStay)
-        {
-            break;
-        }
+        return true;
     }
     m_tDeadline = Clock::now() + g_tConnectTime;
     const bool bPlaying = tConnection.Play() >= 0;
@@ -348,6 +371,10 @@ bool CStream::StayPaused(CConnection& tConnection)
     m_tLastPacket = Clock::now();
     m_tTimeline.Restart();
     m_bGateOpen = false;
+    for (auto const& pTrack : m_apTracks)
+    {
+        pTrack->Reset();
+    }
     return bPlaying;
 }
 
@@ -363,18 +390,38 @@ Clock::duration CStream::NextPause(eOutcome eWhy)
                      : g_atPauses[std::min<std::size_t>(nFailure, std::size(g_atPauses) - 1)];
 }
 
-void CStream::WaitBeforeNextTry(Clock::duration tPause)
+void CStream::WaitForPlay()
 {
-    const Clock::time_point tUntil = Clock::now() + tPause;
-    std::unique_lock tLock(m_tMutex);
-    while (!m_bEndRequested && Clock::now() < tUntil)
+    for (std::unique_lock tLock(m_tMutex); m_bPauseWanted && !m_bEndRequested;)
     {
         tLock.unlock();
         TellNewListeners();
         tLock.lock();
-        m_tChanged.wait_until(tLock, tUntil,
-                              [this] { return m_bEndRequested || m_abNewListener[0] || m_abNewListener[1]; });
+        m_tChanged.wait(tLock, [this]
+                        { return !m_bPauseWanted || m_bEndRequested || m_abNewListener[0] || m_abNewListener[1]; });
     }
+}
+
+// False: something else is wanted. Pausing and playing don't shorten the wait, or they could lock a device's account.
+bool CStream::WaitForNextTry()
+{
+    std::unique_lock tLock(m_tMutex);
+    while (!m_bEndRequested && !m_bPauseWanted && Clock::now() < m_tNextTry)
+    {
+        tLock.unlock();
+        TellNewListeners();
+        tLock.lock();
+        m_tChanged.wait_until(
+            tLock, m_tNextTry,
+            [this] { return m_bPauseWanted || m_bEndRequested || m_abNewListener[0] || m_abNewListener[1]; });
+    }
+    return !m_bEndRequested && !m_bPauseWanted;
+}
+
+bool CStream::IsPauseWanted() const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return m_bPauseWanted;
 }
 
 // libavformat asks here while it waits, which is also the time to tell that nothing comes.
@@ -399,7 +446,7 @@ bool CStream::GiveUp()
     {
         SetState(eConnectionStalled, Milliseconds(tSilence));
     }
-    return tSilence > g_tSilenceTime;
+    return tSilence > g_tSilenceTime || (tSilence > g_tStallTime && IsPauseWanted());
 }
 
 void CStream::OnMissed(unsigned nPackets)
@@ -438,39 +485,48 @@ void CStream::OnFrame(unsigned iTrack, tagTrackFrame& tTrackFrame)
     tagStreamMediaFrame& tFrame = tTrackFrame.tFrame;
     const CTimeline::tagMapped tMapped = m_tTimeline.Map(iTrack, tTrackFrame.llStampUs, NowUs());
     tFrame.llPresentationTimeUs = tMapped.llTimeUs;
-    tFrame.dwFlags |= tMapped.bDiscontinuity ? unsigned{eFrameDiscontinuity} : 0U;
+    // Told with the next frame that goes out.
+    m_abHeldBreak[iTrack] = m_abHeldBreak[iTrack] || tMapped.bDiscontinuity;
+    m_dwHeldLost += tFrame.dwLostBefore;
+    tFrame.dwFlags |= m_abHeldBreak[iTrack] ? unsigned{eFrameDiscontinuity} : 0U;
+    tFrame.dwLostBefore = m_dwHeldLost;
     tFrame.dwSequence = m_adwSequence[iTrack]++;
-    if (tMapped.llJumpUs)
+    const CWallClock::tagChecked tWall = m_atWallClocks[iTrack].Check(tFrame.llWallClockUs, tTrackFrame.llStampUs,
+                                                                      tMapped.llTimeUs, tMapped.llJumpUs.has_value());
+    tFrame.llWallClockUs = tWall.llWallUs;
+    if (const auto llJumpUs = tMapped.llJumpUs ? tMapped.llJumpUs : tWall.llJumpUs)
     {
-        const bool bBackward = *tMapped.llJumpUs < 0;
-        const auto ullJumpMs = static_cast<unsigned long>((bBackward ? -*tMapped.llJumpUs : *tMapped.llJumpUs) / 1000);
-        Tell({eEventClockJump, ullJumpMs, bBackward, tFrame.dwMediaType});
+        Tell({eEventClockJump, static_cast<unsigned long>(std::abs(*llJumpUs) / 1000), *llJumpUs < 0,
+              tFrame.dwMediaType});
     }
     tagCallback<StreamMediaCallback> tCallback;
     {
         const std::lock_guard tLock(m_tMutex);
         ++m_tInfo.ullPackets;
-        tCallback = m_tFrameCallback;
         if (std::exchange(m_bNewFrameCallback, false))
         {
             m_bGateOpen = false;
         }
-        if (!tCallback.pfn || !PassesGate(tFrame))
+        if (!m_tFrameCallback.pfn || !PassesGate(tFrame))
         {
             return;
         }
         ++m_tInfo.ullFrames;
         m_tInfo.ullBytes += tFrame.dwLength;
+        tCallback = BeginCall(m_tFrameCallback);
     }
-    CallBack([&] { tCallback.pfn(m_hStream, &tFrame, tCallback.dwUser); });
+    m_abHeldBreak[iTrack] = false;
+    m_dwHeldLost = 0;
+    Call(tCallback, &tFrame);
 }
 
 // Closed until a video frame comes that decoding can start with. Of other codecs than H.264 and H.265 it isn't known
 // which frames those are.
 bool CStream::PassesGate(tagStreamMediaFrame const& tFrame)
 {
-    const bool bOpens = !m_bHasVideo || (tFrame.dwMediaType == eMediaVideo &&
-                                         ((tFrame.dwFlags & eFrameKey) || tFrame.dwCodec == eCodecOther));
+    const bool bWholeKey = (tFrame.dwFlags & (eFrameKey | eFrameDamaged)) == eFrameKey;
+    const bool bOpens =
+        !m_bHasVideo || (tFrame.dwMediaType == eMediaVideo && (bWholeKey || tFrame.dwCodec == eCodecOther));
     m_bGateOpen |= bOpens;
     return m_bGateOpen;
 }
@@ -498,14 +554,9 @@ void CStream::Tell(std::array<unsigned long, 4> const& adwWords)
         tagCallback<DeviceEventCallback> tCallback;
         {
             const std::lock_guard tLock(m_tMutex);
-            tCallback = tListener;
+            tCallback = BeginCall(tListener);
         }
-        if (tCallback.pfn)
-        {
-            CallBack(
-                [&]
-                { tCallback.pfn(m_hStream, adwWords[0], adwWords[1], adwWords[2], adwWords[3], tCallback.dwUser); });
-        }
+        Call(tCallback, adwWords[0], adwWords[1], adwWords[2], adwWords[3]);
     }
 }
 
@@ -520,29 +571,39 @@ void CStream::TellNewListeners()
             {
                 continue;
             }
-            tCallback = m_atListeners[i];
+            tCallback = BeginCall(m_atListeners[i]);
         }
-        CallBack(
-            [&] {
-                tCallback.pfn(m_hStream, m_adwState[0], m_adwState[1], m_adwState[2], m_adwState[3], tCallback.dwUser);
-            });
+        Call(tCallback, m_adwState[0], m_adwState[1], m_adwState[2], m_adwState[3]);
     }
 }
 
-template <class F>
-void CStream::CallBack(F fnCall)
+// Under the mutex: a registration is read and marked as running in one step, so that who replaces it can wait for its
+// end. No function: none may be called.
+template <class Callback>
+Callback CStream::BeginCall(Callback const& tCallback)
 {
+    if (m_bMuted || !tCallback.pfn)
     {
-        const std::lock_guard tLock(m_tMutex);
-        if (m_bMuted)
-        {
-            return;
-        }
-        m_bInCallback = true;
+        return {};
     }
-    fnCall();
+    m_pRunning = &tCallback;
+    return tCallback;
+}
+
+template <class Callback, class... A>
+void CStream::Call(Callback const& tCallback, A... tArguments)
+{
+    if (!tCallback.pfn)
+    {
+        return;
+    }
+    {
+        const CStackLogBreak tBreak;
+        tCallback.pfn(m_hStream, tArguments..., tCallback.dwUser);
+    }
     const std::lock_guard tLock(m_tMutex);
-    m_bInCallback = false;
+    m_pRunning = nullptr;
+    ++m_ullCalls;
     m_tChanged.notify_all();
 }
 } // namespace rtsp

@@ -21,7 +21,7 @@ using Clock = std::chrono::steady_clock;
 
 /// One stream and its life: a thread that connects, receives, and after a failure tries again for as long as the stream
 /// exists. Every public member may be called from any thread, the stream's own inside a callback included; none blocks
-/// but Mute and WaitForEnd.
+/// but the two registrations, Mute and WaitForEnd.
 class CStream final : private IWatchdog, private IStackListener
 {
 public:
@@ -38,6 +38,7 @@ public:
     CStream(CStream const&) = delete;
     CStream& operator=(CStream const&) = delete;
 
+    /// Of these two: when one returns, the function registered before isn't running; exceptions as for Mute.
     void SetFrameCallback(StreamMediaCallback pfnFrame, unsigned long dwUser);
     /// The present state is told to pfnEvent at once, on the stream's thread.
     void SetListener(eListener eWhich, DeviceEventCallback pfnEvent, unsigned long dwUser);
@@ -58,6 +59,7 @@ private:
     enum class eOutcome
     {
         Ended,   ///< asked to
+        Paused,  ///< asked to, where the session can't be kept
         Refused, ///< by the device, with an RTSP status
         Lost,
     };
@@ -67,13 +69,17 @@ private:
     void OnMissed(unsigned nPackets) override;
 
     void Run();
+    void Try();
     eOutcome RunSessionGuarded();
     eOutcome RunSession();
     eOutcome Receive(CConnection& tConnection);
     eOutcome Failed(int nError);
     bool StayPaused(CConnection& tConnection);
     Clock::duration NextPause(eOutcome eWhy);
-    void WaitBeforeNextTry(Clock::duration tPause);
+    void WaitForPlay();
+    bool WaitForNextTry();
+    bool IsPauseWanted() const;
+    void WaitForCallback(void const* pCallback);
 
     void OnPacket(AVPacket const& tPacket);
     void OnFrame(unsigned iTrack, tagTrackFrame& tFrame);
@@ -82,8 +88,10 @@ private:
     void SetState(eConnectionState eState, unsigned long dwDetail = 0, unsigned long dwPauseMs = 0);
     void Tell(std::array<unsigned long, 4> const& adwWords);
     void TellNewListeners();
-    template <class F>
-    void CallBack(F fnCall);
+    template <class Callback>
+    Callback BeginCall(Callback const& tCallback);
+    template <class Callback, class... A>
+    void Call(Callback const& tCallback, A... tArguments);
     bool IsEndRequested() const;
 
     void* const m_hStream;
@@ -100,14 +108,18 @@ private:
     ePhase m_ePhase = ePhase::Waiting;
     Clock::time_point m_tDeadline; ///< of the phase
     Clock::time_point m_tLastPacket;
-    Clock::time_point m_tLiveSince;
+    Clock::time_point m_tLiveSince; ///< of this session; zero: not yet
+    Clock::time_point m_tNextTry;
     int m_nStatus = 0;        ///< the last RTSP status of 400 or more in this session
     int m_nError = 0;         ///< errno of the last failure
     unsigned m_nFailures = 0; ///< in a row
     unsigned m_nMissed = 0;   ///< packets missing before the next one
     std::vector<std::unique_ptr<CTrack>> m_apTracks;
     std::vector<std::uint32_t> m_adwSequence; ///< of each track, over all sessions
+    std::vector<bool> m_abHeldBreak;          ///< of each track: a discontinuity was at a frame that was held back
+    std::uint32_t m_dwHeldLost = 0;           ///< packets missing before frames that were held back
     CTimeline m_tTimeline;
+    std::vector<CWallClock> m_atWallClocks; ///< of each track
     bool m_bHasVideo = false;
     bool m_bGateOpen = false; ///< a key frame went out since the gate was closed
 
@@ -117,7 +129,8 @@ private:
     bool m_bEndRequested = false;
     bool m_bPauseWanted = false;
     bool m_bMuted = false;
-    bool m_bInCallback = false;
+    void const* m_pRunning = nullptr; ///< the registration whose function is running
+    std::uint64_t m_ullCalls = 0;     ///< callbacks that have returned
     bool m_bEnded = false;
     tagCallback<StreamMediaCallback> m_tFrameCallback;
     bool m_bNewFrameCallback = false; ///< delivering starts anew, with a key frame

@@ -1,6 +1,8 @@
 #include "plugins/rtsp/Timeline.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace rtsp
 {
@@ -10,6 +12,9 @@ namespace
 // up.
 constexpr std::int64_t g_llMostBackUs = 1'000'000;
 constexpr std::int64_t g_llMostAheadUs = 3'000'000;
+// A wall clock that drifts or is corrected moves by less; one that is reckoned anew, by rounding only.
+constexpr std::int64_t g_llLeastJumpUs = 1'000'000;
+constexpr std::int64_t g_llRoundingUs = 1'000;
 } // namespace
 
 void CTimeline::Restart()
@@ -64,5 +69,31 @@ CTimeline::tagMapped CTimeline::Map(unsigned iTrack, std::int64_t llStampUs, std
     }
     m_bAny = true;
     return tMapped;
+}
+
+CWallClock::tagChecked CWallClock::Check(std::int64_t llWallUs, std::int64_t llStampUs, std::int64_t llTimeUs,
+                                         bool bStampsJumped)
+{
+    if (llWallUs == 0)
+    {
+        return {};
+    }
+    const std::int64_t llOffsetUs = llWallUs - llStampUs;
+    if (bStampsJumped)
+    {
+        m_llWrongOffsetUs = llOffsetUs;
+    }
+    if (m_llWrongOffsetUs && std::abs(llOffsetUs - *m_llWrongOffsetUs) <= g_llRoundingUs)
+    {
+        return {};
+    }
+    m_llWrongOffsetUs.reset();
+    const std::int64_t llAheadUs = llWallUs - llTimeUs;
+    const std::int64_t llMovedUs = llAheadUs - std::exchange(m_llAheadUs, llAheadUs).value_or(llAheadUs);
+    if (std::abs(llMovedUs) < g_llLeastJumpUs)
+    {
+        return {llWallUs, std::nullopt};
+    }
+    return {llWallUs, llMovedUs};
 }
 } // namespace rtsp

@@ -43,4 +43,23 @@ private:
     std::int64_t m_llLastArrivedUs = 0;
     bool m_bAny = false;
 };
+
+/// Watches the wall clock that comes with one track's frames. Microseconds.
+class CWallClock
+{
+public:
+    struct tagChecked
+    {
+        std::int64_t llWallUs = 0;            ///< what to tell, 0: not known
+        std::optional<std::int64_t> llJumpUs; ///< the clock was set by this much
+    };
+
+    /// llWallUs: what came with a frame, reckoned from its time stamp since the last sender report; 0: nothing did.
+    /// bStampsJumped: since the frame before; what is reckoned is then wrong until the next report.
+    tagChecked Check(std::int64_t llWallUs, std::int64_t llStampUs, std::int64_t llTimeUs, bool bStampsJumped);
+
+private:
+    std::optional<std::int64_t> m_llWrongOffsetUs; ///< between wall clock and time stamps, since a jump of these
+    std::optional<std::int64_t> m_llAheadUs;       ///< of the stream's time line
+};
 } // namespace rtsp

@@ -12,7 +12,8 @@ namespace
 struct tagNalKind
 {
     bool bSlice;
-    bool bKey; ///< decoding can start here
+    bool bFirstSlice; ///< of a picture
+    bool bKey;        ///< decoding can start here
     bool bDelimiter;
     int iParameterSet; ///< 0 video, 1 sequence, 2 picture; else -1
 };
@@ -25,14 +26,28 @@ tagNalKind KindOf(std::uint32_t dwCodec, unsigned char const* pbyUnit, std::size
         const int nType = pbyUnit[0] & 0x1F;
         // Streams that refresh bit by bit have no IDR picture, but a recovery point message (type 6 of an SEI unit).
         const bool bRecoveryPoint = nType == 6 && nLength > 1 && pbyUnit[1] == 6;
-        return {nType >= 1 && nType <= 5, nType == 5 || bRecoveryPoint, nType == 9,
+        const bool bSlice = nType >= 1 && nType <= 5;
+        return {bSlice, bSlice && nLength > 1 && (pbyUnit[1] & 0x80), nType == 5 || bRecoveryPoint, nType == 9,
                 nType == 7 || nType == 8 ? nType - 6 : -1};
     }
     const int nType = (pbyUnit[0] >> 1) & 0x3F;
-    return {nType < 32, nType >= 16 && nType <= 21, nType == 35, nType >= 32 && nType <= 34 ? nType - 32 : -1};
+    return {nType < 32, nType < 32 && nLength > 2 && (pbyUnit[2] & 0x80), nType >= 16 && nType <= 21, nType == 35,
+            nType >= 32 && nType <= 34 ? nType - 32 : -1};
 }
 
 constexpr unsigned char g_abyStartCode[] = {0, 0, 1};
+
+// Larger than any picture: what doesn't end must not fill the memory.
+constexpr std::size_t g_nLargestUnit = std::size_t{16} << 20;
+
+// How many bytes of start code a packet begins with; 0: it goes on with a NAL unit that another packet began.
+std::size_t StartCode(AVPacket const& tPacket)
+{
+    constexpr unsigned char abyLong[] = {0, 0, 0, 1};
+    const auto fnBegins = [&](unsigned char const* pby, int n)
+    { return tPacket.size > n && std::equal(pby, pby + n, tPacket.data); };
+    return fnBegins(abyLong, 4) ? 4 : fnBegins(g_abyStartCode, 3) ? 3 : 0;
+}
 
 // Calls fnUnit for each NAL unit of a byte stream: where its start code begins, and how long both are.
 template <class F>
@@ -131,7 +146,8 @@ bool CTrack::Take(AVPacket const& tPacket, unsigned nMissedBefore, tagTrackFrame
         PassOn(tPacket, nMissedBefore, tFrame);
         return true;
     }
-    const bool bNext = m_tUnit.bPicture && tPacket.pts != AV_NOPTS_VALUE && tPacket.pts != m_tUnit.llStamp;
+    const bool bNewStamp = tPacket.pts != AV_NOPTS_VALUE && tPacket.pts != m_tUnit.llStamp;
+    const bool bNext = m_tUnit.bPicture && (bNewStamp || BeginsPicture(tPacket));
     if (bNext)
     {
         m_tUnit.bDamaged |= nMissedBefore > 0; // its end may be among what is missing
@@ -144,18 +160,45 @@ bool CTrack::Take(AVPacket const& tPacket, unsigned nMissedBefore, tagTrackFrame
     return bNext;
 }
 
-void CTrack::Add(AVPacket const& tPacket, unsigned nMissedBefore)
+// A picture may begin without a new time stamp: of a device whose clock stands still, or as the second field of a
+// frame.
+bool CTrack::BeginsPicture(AVPacket const& tPacket) const
 {
-    if (tPacket.pts != AV_NOPTS_VALUE)
+    const std::size_t nStart = StartCode(tPacket);
+    return nStart > 0 &&
+           KindOf(m_tProperties.dwCodec, tPacket.data + nStart, static_cast<std::size_t>(tPacket.size) - nStart)
+               .bFirstSlice;
+}
+
+// Time and damage are those of the picture's own packets, not of what came before it and was kept or dropped.
+void CTrack::Begin(AVPacket const& tPacket)
+{
+    if (tPacket.pts != AV_NOPTS_VALUE && tPacket.pts != m_tUnit.llStamp)
     {
         m_tUnit.llStamp = tPacket.pts;
+        m_tUnit.llWallClockUs = 0;
+        m_tUnit.bDamaged &= !m_tUnit.abyData.empty();
     }
     if (m_tUnit.llWallClockUs == 0)
     {
         m_tUnit.llWallClockUs = WallClock(tPacket);
     }
+}
+
+void CTrack::Add(AVPacket const& tPacket, unsigned nMissedBefore)
+{
+    Begin(tPacket);
     m_tUnit.nMissedBefore += nMissedBefore;
     m_tUnit.bDamaged |= nMissedBefore > 0;
+    if (m_tUnit.abyData.size() + static_cast<std::size_t>(tPacket.size) > g_nLargestUnit)
+    {
+        m_tUnit = {.abyData = {}, .llStamp = m_tUnit.llStamp, .nMissedBefore = m_tUnit.nMissedBefore, .bDamaged = true};
+    }
+    if (m_tUnit.abyData.empty() && StartCode(tPacket) == 0)
+    {
+        m_tUnit.bDamaged = true; // the rest of a NAL unit whose beginning is missing is of no use
+        return;
+    }
     // Some devices repeat the parameter sets before each slice of a key frame, where a decoder takes them for the
     // beginning of another picture: behind a slice they are kept, but left out.
     unsigned char const* pbyFrom = tPacket.data;
@@ -182,6 +225,7 @@ bool CTrack::Look(unsigned char const* pbyUnit, std::size_t nLength)
 {
     constexpr std::size_t nStart = sizeof g_abyStartCode;
     const tagNalKind tKind = KindOf(m_tProperties.dwCodec, pbyUnit + nStart, nLength - nStart);
+    m_tUnit.bDamaged |= tKind.bSlice && !m_tUnit.bPicture && !tKind.bFirstSlice; // earlier slices are missing
     m_tUnit.bPicture |= tKind.bSlice;
     m_tUnit.bKey |= tKind.bKey;
     if (tKind.iParameterSet >= 0)
@@ -203,6 +247,13 @@ bool CTrack::LacksParameterSets() const
 {
     return (m_tDone.uParameterSets & 6U) != 6U ||
            (m_tProperties.dwCodec == eCodecH265 && !(m_tDone.uParameterSets & 1U));
+}
+
+// Without them no decoder can start, whatever the picture is.
+bool CTrack::KnowsParameterSets() const
+{
+    return !m_aabyParameterSets[1].empty() && !m_aabyParameterSets[2].empty() &&
+           (m_tProperties.dwCodec != eCodecH265 || !m_aabyParameterSets[0].empty());
 }
 
 // Behind an access unit delimiter, if there is one: it has to stay first.
@@ -244,6 +295,7 @@ void CTrack::FindSize()
 
 void CTrack::Finish(tagTrackFrame& tFrame)
 {
+    m_tDone.bKey &= KnowsParameterSets();
     if (m_tDone.bKey)
     {
         if (LacksParameterSets())

@@ -30,6 +30,8 @@ public:
 
     eMediaType Type() const { return static_cast<eMediaType>(m_tProperties.dwMediaType); }
 
+    /// Forgets the access unit that is being put together: what follows doesn't continue it.
+    void Reset() { m_tUnit = {}; }
     /// Takes a packet of this track. True: a frame is complete; it is valid until the next Take.
     bool Take(AVPacket const& tPacket, unsigned nMissedBefore, tagTrackFrame& tFrame);
 
@@ -47,6 +49,9 @@ private:
         unsigned uParameterSets = 0; ///< the kinds of parameter sets it has, a bit each
     };
 
+    bool BeginsPicture(AVPacket const& tPacket) const;
+    void Begin(AVPacket const& tPacket);
+    bool KnowsParameterSets() const;
     bool IsAssembled() const { return m_tProperties.dwCodec == eCodecH264 || m_tProperties.dwCodec == eCodecH265; }
     void Add(AVPacket const& tPacket, unsigned nMissedBefore);
     bool Look(unsigned char const* pbyUnit, std::size_t nLength);

@@ -159,6 +159,15 @@ TEST_F(RtspPlugin, TransportsCarryTheSame)
     }
 }
 
+TEST_F(RtspPlugin, TlsCarriesTheSame)
+{
+    CServer tServer({"--user", "u", "--password", "p", "--tls", TESSARO_CLIPS "/tls.pem"});
+    CReceiver tReceiver;
+    void* const hStream = Open(tReceiver, "rtsps" + tServer.Url("/h264").substr(4), "u", "p");
+    EXPECT_TRUE(tReceiver.Frames(10).at(0).tFrame.dwFlags & eFrameKey);
+    EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
+}
+
 // --- credentials and refusals ----------------------------------------------------------------------------------------
 
 TEST_F(RtspPlugin, CredentialsOfAnyKindAppearInNoLine)
@@ -208,7 +217,8 @@ TEST_F(RtspPlugin, BadCallsAreRefused)
     unsigned long dwValue = 0;
     tagRTSPPackageInfo tInfo;
     const std::string strNobody = "rtsp://127.0.0.1:1/x";
-    for (char const* const szUrl : {"", "http://127.0.0.1/x", "rtsp://", "rtsp:///x", "rtsp://u:p@127.0.0.1/x"})
+    for (char const* const szUrl : {"", "http://127.0.0.1/x", "rtsp://", "rtsp:///x", "rtsp://u:p@127.0.0.1/x",
+                                    "rtsp://127.0.0.1/x\r\nX-Injected: y"})
     {
         EXPECT_EQ(TryCreate(&hStream, szUrl), eRtspBadAddress) << szUrl;
     }
@@ -357,6 +367,35 @@ TEST(Timeline, GoesOnWhateverTheDevicesClockDoes)
         EXPECT_EQ(tMapped.llTimeUs, tStep.llTime * 1000);
         EXPECT_EQ(tMapped.bDiscontinuity, tStep.bDiscontinuity);
         EXPECT_EQ(tMapped.llJumpUs.value_or(0), tStep.llJump * 1000);
+    }
+}
+
+TEST(WallClock, IsToldWhenItIsRightAndWhenItWasSet)
+{
+    struct
+    {
+        std::int64_t llWall, llStamp, llTime;
+        bool bStampsJumped;
+        std::int64_t llTold, llJump;
+    } const atSteps[] = {
+        {0, 10, 0, false, 0, 0}, // no sender report yet
+        {500010, 10, 0, false, 500010, 0},
+        {500050, 50, 40, false, 500050, 0},
+        {500590, 90, 80, false, 500590, 0},           // corrected by half a second
+        {4100130, 130, 120, false, 4100130, 3599500}, // set by an hour
+        {4100170, 170, 160, false, 4100170, 0},
+        {4190000, 90000, 200, true, 0, 0}, // reckoned from a time stamp that jumped
+        {4190040, 90040, 240, false, 0, 0},
+        {4100290, 90080, 280, false, 4100290, 0}, // a new report
+    };
+    rtsp::CWallClock tClock;
+    for (auto const& tStep : atSteps)
+    {
+        SCOPED_TRACE(tStep.llWall);
+        const auto tChecked =
+            tClock.Check(tStep.llWall * 1000, tStep.llStamp * 1000, tStep.llTime * 1000, tStep.bStampsJumped);
+        EXPECT_EQ(tChecked.llWallUs, tStep.llTold * 1000);
+        EXPECT_EQ(tChecked.llJumpUs.value_or(0), tStep.llJump * 1000);
     }
 }
 

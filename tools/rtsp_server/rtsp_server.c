@@ -100,6 +100,10 @@ int main(int nArguments, char** aszArguments)
     {
         return Fail("mounts and pipelines come in pairs");
     }
+    if (g_szTls && !g_szUser)
+    {
+        return Fail("--tls needs a --user");
+    }
 
     GstRTSPServer* pServer = gst_rtsp_server_new();
     gchar* szPort = g_strdup_printf("%d", g_nPort);
