@@ -53,9 +53,11 @@ static double Now(void)
     return (double)tNow.tv_sec + (double)tNow.tv_nsec / 1e9;
 }
 
+/* Byte streams can be written as they come; other codecs would need a container. */
 static void WriteFrame(tagReceived* ptReceived, tagStreamMediaFrame const* ptFrame)
 {
-    if (!ptReceived->pFile && ptReceived->szOut)
+    const int bByteStream = ptFrame->dwCodec == eCodecH264 || ptFrame->dwCodec == eCodecH265;
+    if (!ptReceived->pFile && ptReceived->szOut && bByteStream)
     {
         char szPath[4096];
         snprintf(szPath, sizeof szPath, "%s/live.%s", ptReceived->szOut,
