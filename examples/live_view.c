@@ -149,6 +149,7 @@ static int Report(tagReceived const* ptReceived)
 {
     const double dSeconds = (double)(ptReceived->llLastUs - ptReceived->llFirstUs) / 1e6;
     const unsigned long nIntervals = ptReceived->nFrames > 1 ? ptReceived->nFrames - 1 : 0;
+    fflush(stdout); /* what went wrong is told last */
     if (ptReceived->nFrames == 0)
     {
         fprintf(stderr, "no frame came: %s (%lu)\n",
@@ -166,6 +167,7 @@ static int Report(tagReceived const* ptReceived)
     printf("bit rate             %.0f kbit/s\n", dSeconds > 0 ? (double)ptReceived->ullBytes * 8e-3 / dSeconds : 0.0);
     printf("frame rate           %.2f /s\n", dSeconds > 0 ? (double)nIntervals / dSeconds : 0.0);
     printf("time to first frame  %.0f ms\n", (ptReceived->dFirst - ptReceived->dOpened) * 1e3);
+    fflush(stdout);
     if (ptReceived->nMissing)
     {
         fprintf(stderr, "%lu frames or packets went missing\n", ptReceived->nMissing);

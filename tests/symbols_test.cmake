@@ -9,7 +9,7 @@ set(exported ${rows})
 list(FILTER exported INCLUDE REGEX "^ClientAdapter_")
 
 file(READ ${ROOT}/adapter/ClientAdapter.h header)
-string(REGEX MATCHALL "TESSARO_API int ClientAdapter_[A-Za-z_]+" declared "${header}")
+string(REGEX MATCHALL "TESSARO_API int ClientAdapter_[A-Za-z0-9_]+" declared "${header}")
 list(TRANSFORM declared REPLACE "TESSARO_API int " "")
 
 list(SORT exported)
