@@ -17,36 +17,48 @@ struct tagExport
     std::string strOperation;
 };
 
+/// An exported function without its type: one instantiation of the checks serves them all.
+struct tagCallable
+{
+    std::function<int(Overrides const&, std::vector<std::uintptr_t>&)> fnCall;
+    std::size_t nArguments;
+};
+template <class... A>
+tagCallable Callable(int (*pfnFunction)(A...))
+{
+    return {[pfnFunction](Overrides const& tOverrides, std::vector<std::uintptr_t>& auArguments)
+            { return CallWithArguments<A...>(pfnFunction, tOverrides, auArguments); },
+            sizeof...(A)};
+}
+
 /// Every function by its shape: unknown IDs, what reaches the plug-in, what comes back.
 class Shape : public CSession
 {
 protected:
-    template <class... A>
-    int Call(int (*pfnFunction)(A...), Overrides const& tOverrides)
+    int Call(tagCallable const& tFunction, Overrides const& tOverrides)
     {
-        const int nResult = CallWithArguments<A...>(pfnFunction, tOverrides, m_auArguments);
+        const int nResult = tFunction.fnCall(tOverrides, m_auArguments);
         m_atCalls = Journal().Take();
         return nResult;
     }
 
-    template <class F>
-    void Check(tagExport const& tRow, F pfnFunction)
+    void Check(tagExport const& tRow, tagCallable const& tFunction)
     {
         SCOPED_TRACE(tRow.strFunction);
         Journal().Reset();
         m_tCapture.Text();
         const std::string strShape = "," + tRow.strShape + ",";
         const auto fnIs = [&](std::string const& strShapes) { return strShapes.find(strShape) != std::string::npos; };
-        fnIs(",login,ask,status,subscribe,")      ? OnID(tRow, pfnFunction, true)
-        : fnIs(",media,close,register,")          ? OnID(tRow, pfnFunction, false)
-        : fnIs(",open-login,")                    ? Opens(tRow, pfnFunction, true, false)
-        : fnIs(",open,")                          ? Opens(tRow, pfnFunction, true, true)
-        : fnIs(",open-media,")                    ? Opens(tRow, pfnFunction, false, true)
-        : fnIs(",two-media,")                     ? TwoMedia(tRow, pfnFunction)
-        : fnIs(",rtsp,")                          ? Rtsp(tRow, pfnFunction)
-        : fnIs(",nothing,")                       ? Nothing(tRow, pfnFunction)
-        : fnIs(",named,")                         ? Named(tRow, pfnFunction)
-        : tRow.strShape.starts_with("broadcast-") ? Broadcast(tRow, pfnFunction, tRow.strShape.substr(10))
+        fnIs(",login,ask,status,subscribe,")      ? OnID(tRow, tFunction, true)
+        : fnIs(",media,close,register,")          ? OnID(tRow, tFunction, false)
+        : fnIs(",open-login,")                    ? Opens(tRow, tFunction, true, false)
+        : fnIs(",open,")                          ? Opens(tRow, tFunction, true, true)
+        : fnIs(",open-media,")                    ? Opens(tRow, tFunction, false, true)
+        : fnIs(",two-media,")                     ? TwoMedia(tRow, tFunction)
+        : fnIs(",rtsp,")                          ? Rtsp(tRow, tFunction)
+        : fnIs(",nothing,")                       ? Nothing(tRow, tFunction)
+        : fnIs(",named,")                         ? Named(tRow, tFunction)
+        : tRow.strShape.starts_with("broadcast-") ? Broadcast(tRow, tFunction, tRow.strShape.substr(10))
                                                   : [&] { ADD_FAILURE() << "no such shape: " << tRow.strShape; }();
     }
 
@@ -55,8 +67,7 @@ protected:
         return "VTQClient_" + (tRow.strOperation == "GetPackInfo" ? "Getpackageinfo" : tRow.strOperation);
     }
 
-    template <class F>
-    void OnID(tagExport const& tRow, F pfnFunction, bool bLogin)
+    void OnID(tagExport const& tRow, tagCallable const& tFunction, bool bLogin)
     {
         std::string const& strShape = tRow.strShape;
         Overrides tOverrides;
@@ -72,7 +83,7 @@ protected:
         for (const int nUnknown : {-1, 999, 1000, 0x7fffffff})
         {
             tOverrides[0] = static_cast<std::uintptr_t>(nUnknown);
-            EXPECT_EQ(Call(pfnFunction, tOverrides), bLogin ? 3 : -1);
+            EXPECT_EQ(Call(tFunction, tOverrides), bLogin ? 3 : -1);
             EXPECT_EQ(m_tCapture.Text(), strAlways + strFailed);
             EXPECT_TRUE(m_atCalls.empty());
         }
@@ -81,7 +92,7 @@ protected:
             Journal().Answer(Entry(tRow), nAnswer);
             const bool bMapped = strShape == "ask" || strShape == "status";
             tOverrides[0] = static_cast<std::uintptr_t>(bLogin ? m_nLogin : m_nMedia);
-            EXPECT_EQ(Call(pfnFunction, tOverrides), !bMapped ? nAnswer : nAnswer < 0 ? 3 : 0);
+            EXPECT_EQ(Call(tFunction, tOverrides), !bMapped ? nAnswer : nAnswer < 0 ? 3 : 0);
             ASSERT_EQ(m_atCalls.size(), 1U);
             EXPECT_EQ(m_atCalls[0].strEntry, Entry(tRow));
             m_auArguments[0] = bLogin ? m_uLogin : m_uMedia;
@@ -96,7 +107,7 @@ protected:
             const bool bLogout = tRow.strOperation == "UserLogout" && nAnswer == 0; // frees on 0 only
             if (strShape == "close" || bLogout)                                     // frees whatever came back
             {
-                EXPECT_EQ(Call(pfnFunction, tOverrides), bLogin ? 3 : -1);
+                EXPECT_EQ(Call(tFunction, tOverrides), bLogin ? 3 : -1);
                 bLogout ? Login() : Open();
             }
             m_tCapture.Text();
@@ -104,12 +115,11 @@ protected:
     }
 
     // bAlsoFailed: a failing open takes an ID too.
-    template <class F>
-    void Opens(tagExport const& tRow, F pfnFunction, bool bUnderLogin, bool bAlsoFailed)
+    void Opens(tagExport const& tRow, tagCallable const& tFunction, bool bUnderLogin, bool bAlsoFailed)
     {
         int nNew = 55;
         const auto uNew = reinterpret_cast<std::uintptr_t>(&nNew);
-        EXPECT_EQ(Call(pfnFunction, {{0, uNew}, {1, 999}}), bUnderLogin ? 3 : -1);
+        EXPECT_EQ(Call(tFunction, {{0, uNew}, {1, 999}}), bUnderLogin ? 3 : -1);
         EXPECT_EQ(m_tCapture.Text(), bUnderLogin ? Line("ClientAdapter", tRow.strFunction, tRow.nLine) : "");
         EXPECT_EQ(nNew, 55);
         const Overrides tKnown{{0, uNew}, {1, static_cast<std::uintptr_t>(bUnderLogin ? m_nLogin : m_nMedia)}};
@@ -117,7 +127,7 @@ protected:
         {
             const bool bTakes = nAnswer == 0 || bAlsoFailed;
             Journal().Answer(Entry(tRow), nAnswer);
-            EXPECT_EQ(Call(pfnFunction, tKnown), nAnswer);
+            EXPECT_EQ(Call(tFunction, tKnown), nAnswer);
             m_auArguments[0] = m_atCalls.at(0).auArguments[0]; // a handle variable of the library's own
             m_auArguments[1] = bUnderLogin ? m_uLogin : m_uMedia;
             EXPECT_NE(m_auArguments[0], uNew);
@@ -131,48 +141,43 @@ protected:
         }
     }
 
-    template <class F>
-    void TwoMedia(tagExport const& tRow, F pfnFunction)
+    void TwoMedia(tagExport const& tRow, tagCallable const& tFunction)
     {
         const auto uKnown = static_cast<std::uintptr_t>(m_nMedia);
-        EXPECT_EQ(Call(pfnFunction, {{0, uKnown}, {1, 999}}), -1);
-        EXPECT_EQ(Call(pfnFunction, {{0, 999}, {1, uKnown}}), -1);
+        EXPECT_EQ(Call(tFunction, {{0, uKnown}, {1, 999}}), -1);
+        EXPECT_EQ(Call(tFunction, {{0, 999}, {1, uKnown}}), -1);
         EXPECT_EQ(m_tCapture.Text(), "");
         Journal().Answer(Entry(tRow), 19);
-        EXPECT_EQ(Call(pfnFunction, {{0, uKnown}, {1, uKnown}}), 19);
+        EXPECT_EQ(Call(tFunction, {{0, uKnown}, {1, uKnown}}), 19);
         EXPECT_EQ(m_atCalls.at(0).auArguments, (std::vector<std::uintptr_t>{m_uMedia, m_uMedia}));
     }
 
-    template <class F>
-    void Rtsp(tagExport const&, F pfnFunction)
+    void Rtsp(tagExport const&, tagCallable const& tFunction)
     {
         Journal().Answer("RTSP_GetAttribute", 19);
-        EXPECT_EQ(Call(pfnFunction, {}), 19);
+        EXPECT_EQ(Call(tFunction, {}), 19);
         EXPECT_EQ(m_atCalls.at(0).auArguments, m_auArguments);
     }
 
-    template <class F>
-    void Nothing(tagExport const&, F pfnFunction)
+    void Nothing(tagExport const&, tagCallable const& tFunction)
     {
-        EXPECT_EQ(Call(pfnFunction, {}), 0);
+        EXPECT_EQ(Call(tFunction, {}), 0);
         EXPECT_TRUE(m_atCalls.empty());
         EXPECT_EQ(m_tCapture.Text(), "");
     }
 
-    template <class... A>
-    void Named(tagExport const& tRow, int (*pfnFunction)(A...))
+    void Named(tagExport const& tRow, tagCallable const& tFunction)
     {
-        EXPECT_EQ(Call(pfnFunction, {{sizeof...(A) - 1, 7}}), 4);
+        EXPECT_EQ(Call(tFunction, {{tFunction.nArguments - 1, 7}}), 4);
         Journal().Answer(Entry(tRow), -9);
-        EXPECT_EQ(Call(pfnFunction, {{sizeof...(A) - 1, eProtocolVTQ}}), -9);
+        EXPECT_EQ(Call(tFunction, {{tFunction.nArguments - 1, eProtocolVTQ}}), -9);
         m_auArguments.pop_back();
         m_auArguments.insert(m_auArguments.begin(), 0);
         EXPECT_EQ(m_atCalls.at(0).auArguments, m_auArguments);
     }
 
     // Asked are the protocols in their order; heard, those whose plug-ins are asked for the operation at all.
-    template <class F>
-    void Broadcast(tagExport const& tRow, F pfnFunction, std::string const& strTypes)
+    void Broadcast(tagExport const& tRow, tagCallable const& tFunction, std::string const& strTypes)
     {
         Strings astrExpected;
         for (const char c : strTypes)
@@ -186,7 +191,7 @@ protected:
                 Journal().Answer(strEntry, 5);
             }
         }
-        EXPECT_EQ(Call(pfnFunction, {}), 0);
+        EXPECT_EQ(Call(tFunction, {}), 0);
         Strings astrCalled;
         for (tagCalled const& tCall : m_atCalls)
         {
@@ -203,18 +208,18 @@ protected:
 
 TEST_F(Shape, EveryExportedFunction)
 {
-#define EXPORTED(function)                 {#function, [this](tagExport const& tRow) { Check(tRow, &function); }},
+#define EXPORTED(function)                 {#function, Callable(&function)},
 #define EXPORT(shape, line, function, ...) EXPORTED(function)
-    const std::map<std::string, std::function<void(tagExport const&)>> tChecks{
+    const std::map<std::string, tagCallable> tFunctions{
 #include "adapter/exports.def"
         EXPORTED(ClientAdapter_GetConfig) EXPORTED(ClientAdapter_UserLogout) EXPORTED(ClientAdapter_GetLoginStatus) //
         EXPORTED(ClientAdapter_SubscribeEvent) EXPORTED(ClientAdapter_DeviceProbeStart)};
-    EXPECT_EQ(Golden("exports.txt").size(), tChecks.size());
+    EXPECT_EQ(Golden("exports.txt").size(), tFunctions.size());
     for (std::string const& strRow : Golden("exports.txt"))
     {
         tagExport tRow;
         std::istringstream(strRow) >> tRow.strFunction >> tRow.strShape >> tRow.nLine >> tRow.strOperation;
-        tChecks.at(tRow.strFunction)(tRow);
+        Check(tRow, tFunctions.at(tRow.strFunction));
     }
 }
 
