@@ -10,7 +10,9 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <mutex>
+#include <sched.h>
 
 namespace
 {

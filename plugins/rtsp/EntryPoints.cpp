@@ -2,9 +2,6 @@
 
 #include "plugins/rtsp/Streams.h"
 
-#include <new>
-#include <system_error>
-
 using rtsp::CStream;
 using rtsp::CStreams;
 

@@ -1,7 +1,5 @@
 #include "plugins/rtsp/Streams.h"
 
-#include <new>
-#include <system_error>
 #include <utility>
 
 namespace rtsp

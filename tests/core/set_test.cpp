@@ -3,6 +3,8 @@
 #include "tests/core/Support.h"
 
 #include <climits>
+#include <cstring>
+#include <memory>
 
 namespace
 {

@@ -19,6 +19,7 @@
 #include <mutex>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
