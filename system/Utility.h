@@ -1,0 +1,68 @@
+#pragma once
+
+#include "system/Export.h"
+
+#include <cstdint>
+
+namespace Adapter_System
+{
+/// A calendar time.
+struct tagAbsoluteTime
+{
+    std::uint16_t wYear;         ///< in full: 2024
+    std::uint16_t wMonth;        ///< 1 to 12
+    std::uint16_t wDayOfWeek;    ///< 0, Sunday, to 6
+    std::uint16_t wDay;          ///< 1 to 31
+    std::uint16_t wHour;         ///< 0 to 23
+    std::uint16_t wMinute;       ///< 0 to 59
+    std::uint16_t wSecond;       ///< 0 to 60
+    std::uint16_t wMilliseconds; ///< always 0: the time source counts seconds
+};
+
+/// What an application wants of the operating system. Static functions may be called from any thread, on any number of
+/// threads; they answer 0, or 1 for a failure, unless they say otherwise.
+class TESSARO_API CUtility
+{
+public:
+    CUtility();
+    ~CUtility();
+
+    static int RemoveFile(char const* szPath); ///< 1 with a line
+    /// In bytes; of a symbolic link, not of what it points to. 1 with a line, ullSize untouched. Where the platform's
+    /// file sizes have 32 bits, a larger file is a failure.
+    static int GetFileSize(char const* szPath, unsigned long long& ullSize);
+    static int GetSystemTime(tagAbsoluteTime& tTime); ///< now, in UTC; on failure tTime is untouched
+    /// Milliseconds of the time of day. Wraps about every 49.7 days.
+    static std::uint32_t GetTickCount();
+    /// Milliseconds since the last call on this object, 0 at the first one; right across one wrap. An object of its own
+    /// for each thread.
+    std::uint32_t GetTickExpend();
+    static int Sleep(unsigned long dwMilliseconds); ///< blocks; a signal ends it early
+    static int GetSystemError();                    ///< the thread's errno
+    static int GetCurrentThreadID();                ///< the process ID, on every thread
+    static int GetCurrentProcessID();
+    /// Not offered: 1, and nothing is touched.
+    static int GetHttpContent(char const* szUrl, char* pBuffer, unsigned long& dwLength);
+
+    // The same for one platform. The others call the _Linux forms; the _Windows forms do nothing and answer 0.
+    static int GetFileSize_Linux(char const* szPath, unsigned long long& ullSize);
+    static int GetFileSize_Window(char const* szPath, unsigned long long& ullSize);
+    static int GetSystemTime_Linux(tagAbsoluteTime& tTime);
+    static int GetSystemTime_Windows(tagAbsoluteTime& tTime);
+    static std::uint32_t GetTickCount_Linux();
+    static std::uint32_t GetTickCount_Windows();
+    static int Sleep_Linux(unsigned long dwMilliseconds);
+    static int Sleep_Windows(unsigned long dwMilliseconds);
+    static int GetSystemError_Linux();
+    static int GetSystemError_Windows();
+    static int GetCurrentThreadID_Linux();
+    static int GetCurrentThreadID_Windows();
+    static int GetCurrentProcessID_Linux();
+    static int GetCurrentProcessID_Windows();
+    static int GetHttpContent_Linux(char const* szUrl, char* pBuffer, unsigned long& dwLength);
+    static int GetHttpContent_Windows(char const* szUrl, char* pBuffer, unsigned long& dwLength);
+
+private:
+    std::uint32_t m_dwLastTick = 0;
+};
+} // namespace Adapter_System
