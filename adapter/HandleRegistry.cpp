@@ -11,7 +11,7 @@ constexpr int g_nFree = 1;
 constexpr int g_nUsed = 2;
 
 static_assert(offsetof(tagResource, byProtocolData) == 4 + (sizeof(void*) - 4) + 2 * sizeof(void*), "tagResource");
-static_assert(sizeof(void*) != 4 || sizeof(tagResource) == 616, "tagResource");
+static_assert(sizeof(tagResource) == (sizeof(void*) == 4 ? 616 : 632), "tagResource");
 
 class CLock
 {

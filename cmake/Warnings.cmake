@@ -5,6 +5,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-ftrack-macro-expansion=0)
     # Texts that are too long for their record are cut on purpose.
     add_compile_options(-Wno-format-truncation)
+    # Nothing of ours was built for ARM with a compiler that old.
+    add_compile_options(-Wno-psabi)
 endif()
 if(TESSARO_WERROR)
     add_compile_options(-Werror)

@@ -5,9 +5,61 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <pthread.h>
 
 namespace
 {
+/// The slot in the virtual table that a member function is called through.
+template <class Member>
+std::size_t Slot(Member pfnMember)
+{
+    std::uintptr_t uWord = 0;
+    std::memcpy(&uWord, &pfnMember, sizeof uWord);
+    return uWord / sizeof(void*); // its lowest bit may mark it as virtual
+}
+
+/// Runs fnCall on a thread with a stack of so many bytes.
+template <class F>
+void OnAStackOf(std::size_t nBytes, F fnCall)
+{
+    pthread_attr_t tAttributes;
+    pthread_attr_init(&tAttributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&tAttributes, nBytes), 0);
+    pthread_t tThread{};
+    const auto Run = [](void* pCall) -> void*
+    {
+        (*static_cast<F*>(pCall))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&tThread, &tAttributes, Run, &fnCall), 0);
+    pthread_join(tThread, nullptr);
+    pthread_attr_destroy(&tAttributes);
+}
+
+TEST(Interfaces, VirtualSlotsInOrder)
+{
+    Strings astrSlots(Adapter_ProtocolSet::g_nOperations);
+#define OPERATION(line, name, ...) astrSlots.at(Slot(&CClientProtocolBase::name)) = #name;
+#include "protocol/operations.def"
+    EXPECT_EQ(astrSlots, Golden("slots.txt"));
+    const std::size_t anSlots[] = {Slot(&IProtocol::Start),
+                                   Slot(&IProtocol::Stop),
+                                   Slot(&IProtocol::UserLogin),
+                                   Slot(&IProtocol::UserLogout),
+                                   Slot(&IProtocol::RealStreamConnect),
+                                   Slot(&IProtocol::RealStreamDisconnect),
+                                   Slot(&IProtocol::StreamMediaCB),
+                                   Slot(&IProtocol::StreamMediaControl),
+                                   Slot(&IProtocol::SetRtspEvenCb),
+                                   Slot(&IProtocol::SetProductMode),
+                                   Slot(&IProtocol::GetPackageInfo),
+                                   Slot(&IProtocol::SetMaxChannel)};
+    for (std::size_t i = 0; i < std::size(anSlots); ++i)
+    {
+        EXPECT_EQ(anSlots[i], i);
+    }
+}
+
 class Set : public testing::Test
 {
 protected:
@@ -226,6 +278,19 @@ TEST_F(PrivateConfig, SecondLayoutIsConverted)
     EXPECT_EQ(m_ptV2->extra[1], 11U);
     EXPECT_EQ(m_ptV2->type, 12U);
     EXPECT_EQ(m_ptV2->data[1000], 1000 % 251 + 1);
+}
+
+TEST_F(PrivateConfig, FitsASmallStack)
+{
+    const CReducedPlugin tOld(g_atProtocols[0], {"VornClient_GetConfigV2", "VornClient_SetConfigV2"});
+    m_tSet.InsertProtocol(eProtocolPrivate, tOld.Path());
+    OnAStackOf(128 * 1024,
+               [&]
+               {
+                   EXPECT_EQ(m_tSet.GetConfig(nullptr, m_ptV1.get(), eProtocolPrivate), 0);
+                   EXPECT_EQ(m_tSet.GetConfigV2(nullptr, m_ptV2.get(), eProtocolPrivate), 0);
+                   EXPECT_EQ(m_tSet.SetConfigV2(nullptr, m_ptV2.get(), eProtocolPrivate), 6);
+               });
 }
 
 TEST_F(PrivateConfig, WithoutEitherLayoutOne)

@@ -206,6 +206,17 @@ inline std::ptrdiff_t CountSelf(char const* szWhat)
     return std::distance(std::filesystem::directory_iterator(std::string("/proc/self/") + szWhat), {});
 }
 
+/// Whether so many threads are left; a joined one may stay in the list for a moment.
+inline bool ThreadsLeft(std::ptrdiff_t nThreads)
+{
+    const auto tUntil = Clock::now() + g_tPatience;
+    while (CountSelf("task") != nThreads && Clock::now() < tUntil)
+    {
+        std::this_thread::yield();
+    }
+    return CountSelf("task") == nThreads;
+}
+
 /// Frames of one track: none missing, none out of order.
 inline void ExpectInOrder(std::vector<tagGot> const& atFrames)
 {

@@ -272,7 +272,7 @@ TEST_F(RtspPlugin, ComesBackAfterTheServerAndLeavesNothingBehind)
         const std::int64_t llBefore = tReceiver.Frames(30).back().tFrame.llPresentationTimeUs;
         nFiles = i == 0 ? CountSelf("fd") : nFiles;
         EXPECT_EQ(CountSelf("fd"), nFiles);
-        EXPECT_EQ(CountSelf("task"), nThreads + 1);
+        EXPECT_TRUE(ThreadsLeft(nThreads + 1));
         pServer->Signal(SIGKILL);
         const auto adwLost = tReceiver.Event(eEventLost);
         EXPECT_EQ(adwLost[3], dwReconnects);
@@ -291,7 +291,7 @@ TEST_F(RtspPlugin, ComesBackAfterTheServerAndLeavesNothingBehind)
     }
     EXPECT_EQ(Info(hStream).dwReconnects, dwReconnects);
     EXPECT_EQ(RTSPClient_Stop(), 0);
-    EXPECT_EQ(CountSelf("task"), nThreads);
+    EXPECT_TRUE(ThreadsLeft(nThreads));
 }
 
 TEST_F(RtspPlugin, AFrozenServerIsToldAndDoesNotHoldUpClosing)
@@ -454,11 +454,7 @@ TEST_F(RtspPlugin, StreamsCloseFromInsideTheirCallbacks)
     tAll.Listen(ahStreams[3]);
     EXPECT_EQ(tAll.Result(), 0);
     EXPECT_EQ(RTSPClient_Start() + RTSPClient_Stop(), 0);
-    for (const auto tUntil = Clock::now() + g_tPatience; CountSelf("task") != nThreads && Clock::now() < tUntil;)
-    {
-        std::this_thread::yield(); // the thread that stopped everything ends by itself
-    }
-    EXPECT_EQ(CountSelf("task"), nThreads);
+    EXPECT_TRUE(ThreadsLeft(nThreads)) << "the thread that stopped everything ends by itself";
 }
 
 TEST_F(RtspPlugin, CallbacksAreReplacedOnARunningStream)

@@ -1,0 +1,23 @@
+# 32-bit ARM Linux, hard float, with Debian's cross compiler. Programs run under qemu's user emulation. What the compiler's
+# packages lack comes from the folder that scripts/armhf-sysroot fills.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR armv7l)
+set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
+set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
+
+set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
+get_filename_component(sysroot ${CMAKE_CURRENT_LIST_DIR}/../build/armhf-sysroot ABSOLUTE)
+if(EXISTS ${sysroot})
+    list(APPEND CMAKE_FIND_ROOT_PATH ${sysroot})
+    set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${sysroot})
+    set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
+    set(ENV{PKG_CONFIG_SYSROOT_DIR} ${sysroot})
+    set(ENV{PKG_CONFIG_LIBDIR} ${sysroot}/usr/lib/arm-linux-gnueabihf/pkgconfig)
+    add_link_options(-Wl,-rpath-link,${sysroot}/usr/lib/arm-linux-gnueabihf:${sysroot}/lib/arm-linux-gnueabihf)
+else()
+    set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf)
+endif()
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
