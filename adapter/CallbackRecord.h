@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Whom to call back.
+
 #include "protocol/PluginInterface.h"
 #include "system/Export.h"
 #include "system/Sequence.h"
@@ -13,12 +16,17 @@ namespace Adapter_ApplicationLayer
 /// Whom to call back for one media connection or login: for each kind of callback the application's function, the ID to
 /// hand back and the application's user data. A registration replaces the three together, and whoever reads them gets
 /// the three of one registration. Registering and reading take no lock and may overlap.
+/// @ingroup classes
 class TESSARO_API CSetCallBack
 {
 public:
     CSetCallBack();
     ~CSetCallBack();
 
+    /// @name Functions
+    /// @{
+
+    /// The application's function; null: none.
     DeviceEventCallback cbUserEvent;
     StreamMediaCallback cbStreamMedia;
     StreamMediaCallback cbStreamMediaRaw;
@@ -26,7 +34,12 @@ public:
     TransparentChannelCallback cbTransparentChannel;
     FileUploadCallback cbFileUpload;
     FileDownloadCallback cbFileDownload;
+    /// @}
 
+    /// @name IDs
+    /// @{
+
+    /// Handed back as a pointer-sized number.
     int m_hUserEvent;
     int m_hStreamMedia;
     int m_hStreamMediaRaw;
@@ -34,7 +47,12 @@ public:
     int m_hTransparentChannel;
     int m_hFileUpload;
     int m_hFileDownload;
+    /// @}
 
+    /// @name User data
+    /// @{
+
+    /// Handed back unchanged.
     unsigned long m_dwUserEvent;
     unsigned long m_dwStreamMedia;
     unsigned long m_dwStreamMediaRaw;
@@ -42,27 +60,31 @@ public:
     unsigned long m_dwTransparentChannel;
     unsigned long m_dwFileUpload;
     unsigned long m_dwFileDownload;
+    /// @}
 
     bool m_bUsed; ///< set by the first registration, never cleared
 
     CSequence m_tSequence; ///< guards all of the above
 };
 
-/// The three fields of one kind.
+/// The three fields of one kind: function, ID, user data.
+/// @ingroup classes
 template <auto Callback, auto ID, auto User>
 struct tagCallbackKind
 {
+    /// The type of the kind's function.
     using Function = std::remove_reference_t<decltype(std::declval<CSetCallBack&>().*Callback)>;
 
     /// One registration, as it was made.
     struct tagRegistration
     {
-        bool bUsed = false;
-        Function pfnCallback = nullptr;
-        int nID = 0;
-        unsigned long dwUser = 0;
+        bool bUsed = false;             ///< false: there never was one
+        Function pfnCallback = nullptr; ///< null: none any more
+        int nID = 0;                    ///< the application's ID
+        unsigned long dwUser = 0;       ///< the application's user data
     };
 
+    /// Replaces the three together.
     static void Register(CSetCallBack& tRecord, Function pfnCallback, int nID, unsigned long dwUser)
     {
         tRecord.m_tSequence.BeginWrite();
@@ -87,6 +109,10 @@ struct tagCallbackKind
     }
 };
 
+/// @name Kinds
+/// @{
+
+/// A kind of callback.
 using UserEventKind =
     tagCallbackKind<&CSetCallBack::cbUserEvent, &CSetCallBack::m_hUserEvent, &CSetCallBack::m_dwUserEvent>;
 using StreamMediaKind =
@@ -102,12 +128,15 @@ using FileUploadKind =
     tagCallbackKind<&CSetCallBack::cbFileUpload, &CSetCallBack::m_hFileUpload, &CSetCallBack::m_dwFileUpload>;
 using FileDownloadKind =
     tagCallbackKind<&CSetCallBack::cbFileDownload, &CSetCallBack::m_hFileDownload, &CSetCallBack::m_dwFileDownload>;
+/// @}
 } // namespace Adapter_ApplicationLayer
 
 /// The records of the media connections, by media ID. A record outlives its connection: the next connection with the
 /// same ID finds the earlier one's callbacks until the application registers its own.
+/// @ingroup classes
 extern TESSARO_API Adapter_ApplicationLayer::CSetCallBack g_SetCallBack[1000];
 
 /// The records of the logins' device events, by login ID; made by the first subscription and never removed. The library
 /// reads and changes it under a lock of its own: look at it only while nobody subscribes.
+/// @ingroup classes
 extern TESSARO_API std::map<int, Adapter_ApplicationLayer::CSetCallBack> g_SetUserCallBack;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The service classes.
+
 #include "protocol/CProtocolSet.h"
 #include "system/Export.h"
 
@@ -9,21 +12,23 @@
 // one of these starts no protocol.
 
 /// Platform services as an object; holds nothing. Every operation answers 0.
+/// @ingroup classes
 class TESSARO_API CAdapta_PlatformResource
 {
 public:
     CAdapta_PlatformResource() = default;
-    CAdapta_PlatformResource(CAdapta_PlatformResource const&) = default;
+    CAdapta_PlatformResource(CAdapta_PlatformResource const&) = default; ///< nothing to copy
     virtual ~CAdapta_PlatformResource();
     virtual CAdapta_PlatformResource& operator=(CAdapta_PlatformResource const& tOther); ///< changes nothing
 
-    int Initialize();
-    int Start();
-    int Stop();
-    int Destroy();
+    int Initialize(); ///< does nothing
+    int Start();      ///< does nothing
+    int Stop();       ///< does nothing
+    int Destroy();    ///< does nothing
 };
 
 /// A service's state: 2 initialised, 4 started, 5 stopped. One thread at a time.
+/// @ingroup classes
 class TESSARO_API CAdapta_ClientService
 {
 public:
@@ -43,6 +48,7 @@ private:
 };
 
 /// One object of each service class, and a protocol set apart from g_cProtocolSet.
+/// @ingroup classes
 class TESSARO_API CAdapter_GlobalObject
 {
 public:
@@ -51,10 +57,14 @@ public:
     CAdapter_GlobalObject(CAdapter_GlobalObject const&) = delete;
     virtual CAdapter_GlobalObject& operator=(CAdapter_GlobalObject const& tOther); ///< changes nothing
 
-    // The object's own members, valid as long as it.
+    /// @name The object's own members
+    /// @{
+
+    /// Valid as long as the object.
     CAdapta_PlatformResource* PlatformResource() { return &m_tPlatformResource; }
     CAdapta_ClientService* ClientService() { return &m_tClientService; }
     Adapter_ProtocolSet::CClientProtocolSet* ProtocolResource() { return &m_tProtocolResource; }
+    /// @}
 
 private:
     CAdapta_PlatformResource m_tPlatformResource;
@@ -62,13 +72,16 @@ private:
     Adapter_ProtocolSet::CClientProtocolSet m_tProtocolResource;
 };
 
+/// What services share.
 namespace Adapter_CommonKit
 {
 /// The one T of the process: built by the first call, also when several threads make it at once, destroyed at exit.
+/// @ingroup classes
 template <class T>
 class TSingletons
 {
 public:
+    /// The object; any thread may ask.
     static T& Instance()
     {
         static T g_Instance;

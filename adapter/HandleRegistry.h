@@ -1,17 +1,22 @@
 #pragma once
 
+/// @file
+/// The IDs of the C API and what stands behind them.
+
 #include "protocol/PluginInterface.h"
 #include "system/Export.h"
 #include "system/Sequence.h"
 
 #include <pthread.h>
 
+/// What the C API keeps: IDs and callbacks.
 namespace Adapter_ApplicationLayer
 {
 /// What stands behind an ID.
+/// @ingroup classes
 struct tagResource
 {
-    eProtocolType eType;
+    eProtocolType eType;               ///< whose handle it is
     void* hHandle;                     ///< the plug-in's handle of the login or connection
     void* hStream;                     ///< in the RTSP binding's own records: the newest stream of the login
     unsigned char byProtocolData[604]; ///< in the RTSP binding's own records: the head of its tagRTSPClientPara
@@ -24,10 +29,11 @@ struct tagResource
 /// it was when the table is full, so preset it to -1. Any thread may call. Allocating and freeing take the table's
 /// mutex; looking up takes no lock, writes nothing and never sees half a record, whatever other threads allocate and
 /// free. Which ID may still be used is for its users to settle: free no ID that another thread is using.
+/// @ingroup classes
 class TESSARO_API Client
 {
 public:
-    static constexpr int nSlots = 1000;
+    static constexpr int nSlots = 1000; ///< of each table
 
     Client();
     ~Client();
@@ -40,19 +46,21 @@ public:
     int DeleteUserType(int nID);                                   ///< always 0
 
     int SetMeidaType(int& nID, void* hHandle, eProtocolType eType); ///< as SetUserType, for media connections
-    int GetMediaType(int nID, tagResource& tRecord);
-    int DeleteMediaType(int nID);
+    int GetMediaType(int nID, tagResource& tRecord);                ///< as GetUserType
+    int DeleteMediaType(int nID);                                   ///< as DeleteUserType
 
     /// What a call needs of a record: the look-up that every exported function makes.
     struct tagTarget
     {
-        eProtocolType eType;
-        void* hHandle;
+        eProtocolType eType; ///< whose handle it is
+        void* hHandle;       ///< the plug-in's
     };
+    /// False, and tTarget is not to be used: not a used slot.
     bool FindUser(int nID, tagTarget& tTarget) const
     {
         return Find(m_stUser, m_nUserState, m_tUserSequence, nID, tTarget);
     }
+    /// As FindUser, for media connections.
     bool FindMedia(int nID, tagTarget& tTarget) const
     {
         return Find(m_stMedia, m_nMediaState, m_tMediaSequence, nID, tTarget);
@@ -61,16 +69,16 @@ public:
     /// Sets one pointer of a login record in place, as a whole; does nothing when the slot isn't used.
     void UpdateUser(int nID, void* tagResource::*pField, void* hValue);
 
-    tagResource m_stUser[nSlots];
-    int m_nUserState[nSlots]; ///< 1 free, 2 used
-    int m_nUserCursor;        ///< where the next search begins
-    tagResource m_stMedia[nSlots];
-    int m_nMediaState[nSlots];
-    int m_nMediaCursor;
-    pthread_mutex_t m_mtxUser;
-    pthread_mutex_t m_mtxMedia;
-    CSequence m_tUserSequence[nSlots]; ///< each tells the readers of one record that its slot is being allocated
-    CSequence m_tMediaSequence[nSlots];
+    tagResource m_stUser[nSlots];       ///< logins
+    int m_nUserState[nSlots];           ///< 1 free, 2 used
+    int m_nUserCursor;                  ///< where the next search begins
+    tagResource m_stMedia[nSlots];      ///< media connections
+    int m_nMediaState[nSlots];          ///< 1 free, 2 used
+    int m_nMediaCursor;                 ///< where the next search begins
+    pthread_mutex_t m_mtxUser;          ///< held while a login is allocated or freed
+    pthread_mutex_t m_mtxMedia;         ///< held while a media connection is allocated or freed
+    CSequence m_tUserSequence[nSlots];  ///< each tells the readers of one record that its slot is being allocated
+    CSequence m_tMediaSequence[nSlots]; ///< the same for media connections
 
 private:
     static bool Find(tagResource const* atRecord, int const* anState, CSequence const* atSequence, int nID,
@@ -95,4 +103,5 @@ private:
 } // namespace Adapter_ApplicationLayer
 
 /// The library's one registry. It lives as long as the library; starting and stopping the service doesn't touch it.
+/// @ingroup classes
 extern TESSARO_API Adapter_ApplicationLayer::Client g_cClient;

@@ -15,6 +15,7 @@ namespace Adapter_ProtocolSet
 /// caller's and need not outlive the call. Every operation answers 0 or the plug-in's own result; 1 when the plug-in
 /// lacks the entry point. It runs on the caller's thread and blocks as long as the plug-in does. Operations that aren't
 /// pure succeed here without effect.
+/// @ingroup classes
 class TESSARO_API CClientProtocolBase
 {
 public:

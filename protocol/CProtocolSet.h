@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+/// The protocols behind the adapter, and the switch between them.
 namespace Adapter_ProtocolSet
 {
 /// The switchboard: owns at most one binding per protocol and routes every operation to the binding of the protocol
@@ -15,6 +16,13 @@ namespace Adapter_ProtocolSet
 ///
 /// Takes no lock. Operations only read and may run on any number of threads; InsertProtocol, RemoveProtocol and
 /// RemoveAllProtocol must not overlap with each other or with an operation on the same protocol.
+///
+/// Beside the members listed here it has one for each operation of CClientProtocolBase but SetProtocolInterface: the
+/// operation's parameters, then the protocol. One of them:
+///
+///     int DeviceControl(void* hLogin, eRemoteDeviceControl eControl, eProtocolType eType);
+///
+/// @ingroup classes
 class TESSARO_API CClientProtocolSet final : public IProtocol
 {
 public:
@@ -31,12 +39,13 @@ public:
     /// The same for every protocol that is inserted; always 0.
     int RemoveAllProtocol();
 
-    // One member per operation of CClientProtocolBase but SetProtocolInterface: the operation's parameters, then the
-    // protocol. Start, when the plug-in's Start answers 0, hands the plug-in this set as its IProtocol.
+    // Start, when the plug-in's Start answers 0, hands the plug-in this set as its IProtocol.
+    /// @cond
 #define ROUTED(name, ...)          PARAMETERS(&CClientProtocolBase::name, __VA_ARGS__) __VA_OPT__(,) eProtocolType eType
 #define OPERATION(line, name, ...) int name(ROUTED(name, __VA_ARGS__));
 #define UNROUTED_OPERATION(...)
 #include "protocol/operations.def"
+    /// @endcond
 
 private:
     CClientProtocolBase* Bound(eProtocolType eType) const;

@@ -1,4 +1,8 @@
-/// The plug-in interface: what applications and protocol plug-ins share.
+/// @file
+/// What applications and protocol plug-ins share: records, enumerations, callback types, result codes.
+
+/// @defgroup plugin The plug-in interface
+/// What applications and protocol plug-ins share: protocol/PluginInterface.h, and IProtocol for plug-ins in C++.
 ///
 /// Records, enumerations, callback types and result codes; C99 and C++, no code. An application gets it with
 /// adapter/ClientAdapter.h, a plug-in author includes it alone (C++ plug-ins also protocol/IProtocol.h).
@@ -6,6 +10,7 @@
 /// Enumerations are 32 bits wide on both sides: `enum eName : int` in C++, a typedef of int in C. Records that the
 /// library only hands on, and that nothing here fills yet, stay incomplete. Sizes are in bytes, times in microseconds,
 /// and words in the machine's byte order, unless a comment says otherwise.
+
 #ifndef TESSARO_PROTOCOL_PLUGININTERFACE_H
 #define TESSARO_PROTOCOL_PLUGININTERFACE_H
 
@@ -14,6 +19,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/// @cond
 // clang-format off
 #ifdef __cplusplus
 #define TESSARO_ENUM(name) enum name : int
@@ -29,23 +35,31 @@
 #endif
 #endif
 // clang-format on
+/// @endcond
 
 TESSARO_C_BEGIN
 
+/// @addtogroup plugin
+/// @{
+
 // --- Protocols and results -------------------------------------------------------------------------------------------
+
+/// @defgroup results Protocols and results
+/// Which plug-in answers, and what.
+/// @{
 
 /// The protocol behind a login or connection.
 TESSARO_ENUM(eProtocolType){
     eProtocolPrivate = 0, ///< the private device protocol; inserted by the application, never by the library
-    eProtocolOnvif = 1,
-    eProtocolRTSP = 2,
-    eProtocolVTQ = 3,
+    eProtocolOnvif = 1,   ///< ONVIF: libonvifclient.so
+    eProtocolRTSP = 2,    ///< RTSP: librtspclient.so
+    eProtocolVTQ = 3,     ///< VTQ: libVTQ.so
 };
 
 /// The codes of the library itself. A plug-in's own result passes through every layer unchanged, so any other
 /// number, and these too, may come from a plug-in.
 TESSARO_ENUM(eResult){
-    eResultOk = 0,
+    eResultOk = 0,               ///< done; or the protocol knows no such thing, and nothing was done
     eResultNoEntryPoint = 1,     ///< the plug-in lacks the entry point; from a trampoline: no callback is registered
     eResultUnknownLogin = 3,     ///< the login ID is not registered, or a login query came back negative
     eResultNoProtocol = 4,       ///< bad protocol type, no binding inserted for it, or a required pointer is null
@@ -65,21 +79,29 @@ TESSARO_ENUM(eRtspResult){
                            ///< can't be carried
 };
 
+/// @}
+
 // --- Frames ----------------------------------------------------------------------------------------------------------
+
+/// @defgroup frames Frames and buffers
+/// What the callbacks hand over.
+/// @{
 
 /// What a frame carries.
 TESSARO_ENUM(eMediaType){
-    eMediaVideo = 0, eMediaAudio = 1,
+    eMediaVideo = 0, ///< one access unit
+    eMediaAudio = 1, ///< one packet
     eMediaOther = 2, ///< metadata, subtitles, an application track
 };
 
 /// How a frame is coded. Codecs without a value of their own are passed on as eCodecOther and named in szCodecName.
 TESSARO_ENUM(eMediaCodec){
-    eCodecOther = 0,
-    eCodecH264 = 1, ///< Annex B byte stream
-    eCodecH265 = 2, ///< Annex B byte stream
-    eCodecAAC = 3,  ///< raw access units without ADTS header; tagStreamMediaFrame::pConfig describes them
-    eCodecG711A = 4, eCodecG711U = 5,
+    eCodecOther = 0, ///< see szCodecName
+    eCodecH264 = 1,  ///< Annex B byte stream
+    eCodecH265 = 2,  ///< Annex B byte stream
+    eCodecAAC = 3,   ///< raw access units without ADTS header; tagStreamMediaFrame::pConfig describes them
+    eCodecG711A = 4, ///< A-law
+    eCodecG711U = 5, ///< mu-law
 };
 
 /// Bits of tagStreamMediaFrame::dwFlags.
@@ -119,14 +141,14 @@ typedef struct tagStreamVoiceFrame
     uint32_t dwChannels;          ///< channels
     uint32_t dwLength;            ///< bytes at pData
     int64_t llPresentationTimeUs; ///< microseconds on the stream's own time line
-    const unsigned char* pData;
+    const unsigned char* pData;   ///< one packet
 } tagStreamVoiceFrame;
 
 /// A block of bytes. Who owns pData is told by the call that takes the record.
 typedef struct tagBuffer
 {
-    unsigned char* pData;
-    uint32_t dwLength; ///< bytes at pData
+    unsigned char* pData; ///< the bytes
+    uint32_t dwLength;    ///< bytes at pData
 } tagBuffer;
 
 /// How far a file upload has come; handed to the callback by value.
@@ -138,7 +160,13 @@ typedef struct tagFileUploadState
     uint64_t ullLength; ///< bytes of the whole file
 } tagFileUploadState;
 
+/// @}
+
 // --- Logging in and opening a stream ---------------------------------------------------------------------------------
+
+/// @defgroup opening Logging in and opening a stream
+/// Records that the application fills; zero what isn't used.
+/// @{
 
 /// What a login needs. Text is NUL-terminated; one that fills its field ends at the field. What is not used is
 /// zero.
@@ -170,9 +198,9 @@ TESSARO_ENUM(eStreamKind){
 
 /// How RTP travels: dwStreamPara[0] of a stream opened on an RTSP login.
 TESSARO_ENUM(eRtspTransport){
-    eRtspTcp = 0, ///< interleaved with RTSP in one TCP connection
-    eRtspUdp = 1,
-    eRtspMulticast = 2,
+    eRtspTcp = 0,       ///< interleaved with RTSP in one TCP connection
+    eRtspUdp = 1,       ///< to a port of this machine
+    eRtspMulticast = 2, ///< to a group that the device names
 };
 
 /// What to open as a live stream.
@@ -188,11 +216,11 @@ typedef struct tagRealStreamPara
 /// not outlive the call.
 typedef struct tagRTSPClientPara
 {
-    char szUrl[256];     ///< the stream's address; never with user name or password in it
-    uint32_t dwPort;     ///< the port that the login named for this stream; the address decides
-    uint32_t dwFlag;     ///< 1
-    char szUserName[32]; ///< empty: no authentication
-    char szPassword[32];
+    char szUrl[256];          ///< the stream's address; never with user name or password in it
+    uint32_t dwPort;          ///< the port that the login named for this stream; the address decides
+    uint32_t dwFlag;          ///< 1
+    char szUserName[32];      ///< empty: no authentication
+    char szPassword[32];      ///< at most 31 characters
     char szSubUrl[256];       ///< zero here; the sub stream's address inside a login record
     uint32_t dwSubPort;       ///< zero here; the sub stream's port inside a login record
     uint32_t dwStreamPara[7]; ///< as in tagRealStreamPara
@@ -202,11 +230,17 @@ typedef struct tagRTSPClientPara
 
 /// What to do with an open stream. The RTSP binding passes every code of 3 or more as 3.
 TESSARO_ENUM(eTaskControl){
-    eTaskPlay = 0,
-    eTaskPause = 1,
+    eTaskPlay = 0,  ///< frames come
+    eTaskPause = 1, ///< no frames come, the stream stays open
 };
 
+/// @}
+
 // --- The life of a connection ----------------------------------------------------------------------------------------
+
+/// @defgroup life The life of a connection
+/// How RTSP streams come and go; the RTSP plug-in's page tells when.
+/// @{
 
 /// Where an RTSP stream is in its life.
 TESSARO_ENUM(eConnectionState){
@@ -230,8 +264,13 @@ TESSARO_ENUM(eConnectionState){
 /// | eEventPaused        | 0                                      | 0                        | reconnects yet |
 /// | eEventClockJump     | size of the jump in milliseconds       | 0 forward, 1 backward    | eMediaType     |
 TESSARO_ENUM(eConnectionEvent){
-    eEventConnecting = 1, eEventLive = 2, eEventStalled = 3, eEventRefused = 4, eEventLost = 5, eEventPaused = 6,
-    eEventClockJump = 7, ///< the device's clock was set or its time stamps began again; the stream goes on
+    eEventConnecting = 1, ///< eConnectionConnecting
+    eEventLive = 2,       ///< eConnectionLive
+    eEventStalled = 3,    ///< eConnectionStalled
+    eEventRefused = 4,    ///< eConnectionRefused
+    eEventLost = 5,       ///< eConnectionLost
+    eEventPaused = 6,     ///< eConnectionPaused
+    eEventClockJump = 7,  ///< the device's clock was set or its time stamps began again; the stream goes on
 };
 
 /// What RTSPClient_GetPackageInfo fills in, given the record and its size. Counts run from the stream's creation on
@@ -254,7 +293,13 @@ TESSARO_ENUM(eClientSDKAttributeType){
     eAttributeOpenStreams = 1, ///< streams open now
 };
 
+/// @}
+
 // --- Configuration ---------------------------------------------------------------------------------------------------
+
+/// @defgroup blocks Configuration blocks
+/// The same contents in two layouts, both 262168 bytes.
+/// @{
 
 /// One configuration block, first layout.
 typedef struct tagConfigInformation
@@ -268,14 +313,26 @@ typedef struct tagConfigInformation
 /// The same block, second layout.
 typedef struct tagConfigInformationV2
 {
-    uint32_t type;
-    uint32_t index;
-    uint32_t extra[4];
-    unsigned char data[262144];
+    uint32_t type;              ///< configuration type code
+    uint32_t index;             ///< qualifier of the type
+    uint32_t extra[4];          ///< words for the plug-in, in and out
+    unsigned char data[262144]; ///< the contents
 } tagConfigInformationV2;
+
+/// @}
 
 // --- Handed on without a look ----------------------------------------------------------------------------------------
 
+/// @defgroup opaque Handed on without a look
+/// Enumerations and records of the device protocols. The library hands them on; their values and fields come with the
+/// plug-in for the device, in a header of its own. To an application without it the records are incomplete types: it
+/// can hold pointers to them, which somebody else made, but no objects.
+/// @{
+
+/// @name Enumerations
+/// @{
+
+/// The device protocol defines its values.
 TESSARO_OPAQUE_ENUM(eDecoderChannelStatus);
 TESSARO_OPAQUE_ENUM(eDeviceChannelControl);
 TESSARO_OPAQUE_ENUM(eDiskGroupOperation);
@@ -290,7 +347,12 @@ TESSARO_OPAQUE_ENUM(eOperationType);
 TESSARO_OPAQUE_ENUM(ePTZControlCmdCode);
 TESSARO_OPAQUE_ENUM(eRemoteDeviceControl);
 TESSARO_OPAQUE_ENUM(eVoiceStreamSource);
+/// @}
 
+/// @name Records
+/// @{
+
+/// The device protocol defines its fields.
 typedef struct tagDecoderChannelConfig tagDecoderChannelConfig;
 typedef struct tagDecoderChannelInformation tagDecoderChannelInformation;
 typedef struct tagDecoderChannelLoopConfig tagDecoderChannelLoopConfig;
@@ -333,25 +395,44 @@ typedef struct tagTransmitHistoryStreamQueryFactor tagTransmitHistoryStreamQuery
 typedef struct tagTransparentChannelPara tagTransparentChannelPara;
 typedef struct tagUploadLogoParameter tagUploadLogoParameter;
 typedef struct tagVoiceStreamPara tagVoiceStreamPara;
+/// @}
+
+/// @}
 
 // --- Callbacks -------------------------------------------------------------------------------------------------------
-//
-// A plug-in calls them on a thread of its own. First comes what the callback belongs to: the plug-in's handle
-// between plug-in and library, the application's own ID as a pointer-sized number between library and application.
-// Last comes the user data of the registration, unchanged.
 
+/// @defgroup callbacktypes Callback types
+/// A plug-in calls them on a thread of its own.
+///
+/// First comes what the callback belongs to: the plug-in's handle between plug-in and library, the application's own ID
+/// as a pointer-sized number between library and application. Last comes the user data of the registration, unchanged.
+/// What a pointer points at is the plug-in's and ends with the callback. Results are not used.
+/// @{
+
+/// A frame of a live or playback stream.
 typedef int (*StreamMediaCallback)(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwUser);
+/// A frame of voice from the device; eSource: where the device took it.
 typedef int (*StreamVoiceCallback)(void* hVoice, eVoiceStreamSource eSource, tagStreamVoiceFrame const* ptFrame,
                                    unsigned long dwUser);
-/// The four words are the plug-in's; for RTSP streams see eConnectionEvent.
+/// An event of a device or stream. The four words are the plug-in's; for RTSP streams see eConnectionEvent.
 typedef int (*DeviceEventCallback)(void* hSource, unsigned long dwEvent, unsigned long dwWord2, unsigned long dwWord3,
                                    unsigned long dwWord4, unsigned long dwUser);
+/// Bytes that came through a transparent channel.
 typedef int (*TransparentChannelCallback)(void* hChannel, tagBuffer* ptBuffer, unsigned long dwUser);
+/// How far an upload has come.
 typedef int (*FileUploadCallback)(void* hUpload, tagFileUploadState tState, unsigned long dwUser);
+/// A block of a downloaded file.
 typedef int (*FileDownloadCallback)(void* hDownload, tagBuffer tBuffer, unsigned long dwUser);
+/// A device that registers itself. Comes from the plug-in directly, without ID and user data.
 typedef int (*DeviceRegisterCallback)(tagDeviceRegisterInfo* ptInfo);
+/// A device that was found. Comes from the plug-in directly, without ID and user data.
 typedef void (*DeviceProbeCallback)(tagDeviceProbeConfig* ptConfig);
+/// A user that a device forced off. Comes from the plug-in directly: hLogin is its own handle, not a login ID.
 typedef int (*DeleteUserForceCallback)(void* hLogin, unsigned long dwUser);
+
+/// @}
+
+/// @}
 
 // --- Layouts that both sides rely on, on 32 and on 64 bits -----------------------------------------------------------
 

@@ -2,10 +2,12 @@
 
 #include "system/Export.h"
 
+/// The operating system behind small classes.
 namespace Adapter_System
 {
 /// One shared library opened at run time. Owns it: destroying the object closes the library; copies never share it.
 /// Not synchronised: one thread at a time. Results: 0 done, 1 failed (a diagnostic line says why).
+/// @ingroup classes
 class TESSARO_API CModule
 {
 public:
