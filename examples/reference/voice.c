@@ -1,0 +1,34 @@
+/* [voice] */
+#include "adapter/ClientAdapter.h"
+
+#include <stdio.h>
+
+/* Opens voice talk beside a live stream. ptPara is an incomplete type here: it comes from code that has the device
+   plug-in's own header. The new media ID, or -1. */
+int OpenVoice(int nStreamID, tagVoiceStreamPara* ptPara, StreamVoiceCallback pfnVoice, void* pUser)
+{
+    int nVoiceID = -1;
+    int nResult = ClientAdapter_VoiceStreamConnect(&nVoiceID, nStreamID, ptPara);
+    if (nResult == eResultOk)
+    {
+        nResult = ClientAdapter_VoiceStreamCB(nVoiceID, pfnVoice, (unsigned long)pUser);
+    }
+    if (nResult != eResultOk)
+    {
+        fprintf(stderr, "voice talk: %d\n", nResult);
+        if (nVoiceID != -1) /* also a connection that failed has taken an ID */
+        {
+            ClientAdapter_VoiceStreamDisconnect(nVoiceID);
+        }
+        return -1;
+    }
+    return nVoiceID;
+}
+
+/* Sends one packet of voice; pData is ours again afterwards. */
+int Say(int nVoiceID, unsigned char* pData, uint32_t dwLength)
+{
+    tagBuffer tBuffer = {.pData = pData, .dwLength = dwLength};
+    return ClientAdapter_VoiceStreamSend(nVoiceID, &tBuffer);
+}
+/* [voice] */
