@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <utility>
 
 namespace rtsp
@@ -99,7 +100,7 @@ std::int64_t WallClock(AVPacket const& tPacket)
 }
 } // namespace
 
-CTrack::CTrack(AVStream const& tStream) : m_tTimeBase(tStream.time_base)
+CTrack::CTrack(AVStream const& tStream) : m_eCodec(tStream.codecpar->codec_id), m_tTimeBase(tStream.time_base)
 {
     AVCodecParameters const& tCodec = *tStream.codecpar;
     m_tProperties.dwMediaType = static_cast<std::uint32_t>(MediaType(tCodec.codec_type));
@@ -116,12 +117,6 @@ CTrack::CTrack(AVStream const& tStream) : m_tTimeBase(tStream.time_base)
     m_bAlwaysKey = ptDescriptor && (ptDescriptor->props & AV_CODEC_PROP_INTRA_ONLY);
     if (IsAssembled())
     {
-        m_ptParser.reset(av_parser_init(tCodec.codec_id));
-        m_ptCodec.reset(avcodec_alloc_context3(nullptr));
-        if (m_ptParser)
-        {
-            m_ptParser->flags |= PARSER_FLAG_COMPLETE_FRAMES;
-        }
         ForEachUnit(tCodec.extradata, static_cast<std::size_t>(tCodec.extradata_size),
                     [this](unsigned char const* pby, std::size_t n) { Look(pby, n); });
         m_tUnit = {};
@@ -276,20 +271,38 @@ void CTrack::PutParameterSetsInFront()
     }
 }
 
+// Parsers keep a few hundred KiB, so one lives only for the key frames that may tell another size: those with another
+// sequence parameter set than before, or with several to choose from.
 void CTrack::FindSize()
 {
-    if (!m_ptParser || !m_ptCodec)
+    std::vector<unsigned char> const& abySets = m_aabyParameterSets[1];
+    std::size_t nSets = 0;
+    ForEachUnit(abySets.data(), abySets.size(), [&](unsigned char const*, std::size_t) { ++nSets; });
+    if (nSets == 1 && abySets == m_abySizedBy)
     {
         return;
     }
+    struct tagFree
+    {
+        void operator()(AVCodecParserContext* pt) const { av_parser_close(pt); }
+        void operator()(AVCodecContext* pt) const { avcodec_free_context(&pt); }
+    };
+    const std::unique_ptr<AVCodecParserContext, tagFree> ptParser(av_parser_init(m_eCodec));
+    const std::unique_ptr<AVCodecContext, tagFree> ptCodec(avcodec_alloc_context3(nullptr));
+    if (!ptParser || !ptCodec)
+    {
+        return;
+    }
+    ptParser->flags |= PARSER_FLAG_COMPLETE_FRAMES;
     unsigned char* pbyOut = nullptr;
     int nOut = 0;
-    av_parser_parse2(m_ptParser.get(), m_ptCodec.get(), &pbyOut, &nOut, m_tDone.abyData.data(),
+    av_parser_parse2(ptParser.get(), ptCodec.get(), &pbyOut, &nOut, m_tDone.abyData.data(),
                      static_cast<int>(m_tDone.abyData.size()), AV_NOPTS_VALUE, AV_NOPTS_VALUE, 0);
-    if (m_ptParser->width > 0 && m_ptParser->height > 0)
+    if (ptParser->width > 0 && ptParser->height > 0)
     {
-        m_tProperties.dwWidth = static_cast<std::uint32_t>(m_ptParser->width);
-        m_tProperties.dwHeight = static_cast<std::uint32_t>(m_ptParser->height);
+        m_tProperties.dwWidth = static_cast<std::uint32_t>(ptParser->width);
+        m_tProperties.dwHeight = static_cast<std::uint32_t>(ptParser->height);
+        m_abySizedBy = abySets;
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "protocol/PluginInterface.h"
 
-#include <memory>
+#include <cstdint>
 #include <vector>
 
 extern "C"
@@ -62,21 +62,15 @@ private:
     void PassOn(AVPacket const& tPacket, unsigned nMissedBefore, tagTrackFrame& tFrame);
     std::int64_t ToUs(std::int64_t llStamp) const;
 
-    struct tagFree
-    {
-        void operator()(AVCodecParserContext* pt) const { av_parser_close(pt); }
-        void operator()(AVCodecContext* pt) const { avcodec_free_context(&pt); }
-    };
-
+    const AVCodecID m_eCodec;
     AVRational m_tTimeBase;
     tagStreamMediaFrame m_tProperties{}; ///< what all frames of the track share
     std::vector<unsigned char> m_abyConfig;
     bool m_bAlwaysKey = false;
     std::int64_t m_llNextStamp = 0;                    ///< for packets that come without one
     std::vector<unsigned char> m_aabyParameterSets[3]; ///< the newest of each kind: video (H.265), sequence, picture
+    std::vector<unsigned char> m_abySizedBy;           ///< the sequence parameter set that told the picture size
     tagUnit m_tUnit;                                   ///< being put together
     tagUnit m_tDone;                                   ///< being handed out
-    std::unique_ptr<AVCodecParserContext, tagFree> m_ptParser; ///< reads the picture size
-    std::unique_ptr<AVCodecContext, tagFree> m_ptCodec;
 };
 } // namespace rtsp
