@@ -9,6 +9,7 @@ namespace Adapter_System
 {
 /// A buffered file. Opened by create and closed by destroy; the destructor closes nothing. One thread at a time for an
 /// object and all its copies.
+/// @ingroup classes
 class TESSARO_API CFile
 {
 public:

@@ -11,6 +11,7 @@ namespace Adapter_System
 /// Made by create and released by destroy; the destructor releases nothing. Results: 0 done; 1 not created, or the
 /// system refused (a diagnostic line says which); 9 busy. Any thread may call lock, trylock and unlock; create and
 /// destroy want the object for themselves.
+/// @ingroup classes
 class TESSARO_API CMutex
 {
 public:
@@ -34,10 +35,11 @@ private:
 
 /// Locks a mutex for as long as it lives. The mutex stays the caller's and must outlive it; a guard ends on the thread
 /// that made it.
+/// @ingroup classes
 class TESSARO_API CGuard
 {
 public:
-    explicit CGuard(CMutex* ptMutex);
+    explicit CGuard(CMutex* ptMutex); ///< blocks until it has the lock; a lock that fails isn't told
     /// Locks once more, and unlocks only what it locked: when that lock fails the copy guards nothing.
     CGuard(CGuard const& tOther);
     virtual ~CGuard();

@@ -12,6 +12,7 @@ namespace Adapter_System
 /// Made by create and released by destroy; the destructor releases nothing. Results: 0 done; 1 not created, or the
 /// system refused (a diagnostic line says which); 9 timed out. Any thread may call signal and wait; create and destroy
 /// want the object for themselves.
+/// @ingroup classes
 class TESSARO_API CSignal
 {
 public:
@@ -26,7 +27,7 @@ public:
     /// Creating it twice makes it anew, with a line of warning: nobody may be waiting.
     int create();
     int destroy(); ///< 0, also when it isn't created
-    int signal();
+    int signal();  ///< wakes at most one waiting thread
     /// Blocks until signalled, at most so many milliseconds; 9, without a line, when they are over. They are measured
     /// by the real-time clock: setting the system's time lengthens or shortens a wait that is under way.
     int wait(unsigned long dwMilliseconds);

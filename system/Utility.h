@@ -7,6 +7,7 @@
 namespace Adapter_System
 {
 /// A calendar time.
+/// @ingroup classes
 struct tagAbsoluteTime
 {
     std::uint16_t wYear;         ///< in full: 2024
@@ -21,6 +22,7 @@ struct tagAbsoluteTime
 
 /// What an application wants of the operating system. Static functions may be called from any thread, on any number of
 /// threads; they answer 0, or 1 for a failure, unless they say otherwise.
+/// @ingroup classes
 class TESSARO_API CUtility
 {
 public:
@@ -40,27 +42,30 @@ public:
     static int Sleep(unsigned long dwMilliseconds); ///< blocks; a signal ends it early
     static int GetSystemError();                    ///< the thread's errno
     static int GetCurrentThreadID();                ///< the process ID, on every thread
-    static int GetCurrentProcessID();
+    static int GetCurrentProcessID();               ///< as getpid
     /// Not offered: 1, and nothing is touched.
     static int GetHttpContent(char const* szUrl, char* pBuffer, unsigned long& dwLength);
 
-    // The same for one platform. The others call the _Linux forms; the _Windows forms do nothing and answer 0.
-    static int GetFileSize_Linux(char const* szPath, unsigned long long& ullSize);
-    static int GetFileSize_Window(char const* szPath, unsigned long long& ullSize);
-    static int GetSystemTime_Linux(tagAbsoluteTime& tTime);
-    static int GetSystemTime_Windows(tagAbsoluteTime& tTime);
-    static std::uint32_t GetTickCount_Linux();
-    static std::uint32_t GetTickCount_Windows();
-    static int Sleep_Linux(unsigned long dwMilliseconds);
-    static int Sleep_Windows(unsigned long dwMilliseconds);
-    static int GetSystemError_Linux();
-    static int GetSystemError_Windows();
-    static int GetCurrentThreadID_Linux();
-    static int GetCurrentThreadID_Windows();
-    static int GetCurrentProcessID_Linux();
-    static int GetCurrentProcessID_Windows();
-    static int GetHttpContent_Linux(char const* szUrl, char* pBuffer, unsigned long& dwLength);
-    static int GetHttpContent_Windows(char const* szUrl, char* pBuffer, unsigned long& dwLength);
+    /// @name Forms for one platform
+    /// @{
+    static int GetFileSize_Linux(char const* szPath, unsigned long long& ullSize);  ///< what GetFileSize calls
+    static int GetFileSize_Window(char const* szPath, unsigned long long& ullSize); ///< does nothing; 0
+    static int GetSystemTime_Linux(tagAbsoluteTime& tTime);                         ///< what GetSystemTime calls
+    static int GetSystemTime_Windows(tagAbsoluteTime& tTime);                       ///< does nothing; 0
+    static std::uint32_t GetTickCount_Linux();                                      ///< what GetTickCount calls
+    static std::uint32_t GetTickCount_Windows();                                    ///< does nothing; 0
+    static int Sleep_Linux(unsigned long dwMilliseconds);                           ///< what Sleep calls
+    static int Sleep_Windows(unsigned long dwMilliseconds);                         ///< does nothing; 0
+    static int GetSystemError_Linux();                                              ///< what GetSystemError calls
+    static int GetSystemError_Windows();                                            ///< does nothing; 0
+    static int GetCurrentThreadID_Linux();                                          ///< what GetCurrentThreadID calls
+    static int GetCurrentThreadID_Windows();                                        ///< does nothing; 0
+    static int GetCurrentProcessID_Linux();                                         ///< what GetCurrentProcessID calls
+    static int GetCurrentProcessID_Windows();                                       ///< does nothing; 0
+    static int GetHttpContent_Linux(char const* szUrl, char* pBuffer,
+                                    unsigned long& dwLength); ///< what GetHttpContent calls
+    static int GetHttpContent_Windows(char const* szUrl, char* pBuffer, unsigned long& dwLength); ///< does nothing; 0
+    /// @}
 
 private:
     std::uint32_t m_dwLastTick = 0;
