@@ -127,13 +127,19 @@ public:
     CReducedPlugin(tagProtocol const& tProtocol, Strings const& astrMissing)
         : m_strPath(testing::TempDir() + "reduced_" + std::to_string(getpid()) + "_" + tProtocol.szLibrary)
     {
-        std::ifstream tIn(tProtocol.Path(), std::ios::binary);
-        std::string strImage((std::istreambuf_iterator<char>(tIn)), {});
+        static std::map<std::string, tagImage> tImages;
+        tagImage& tOriginal = tImages[tProtocol.szLibrary];
+        if (tOriginal.strBytes.empty())
+        {
+            std::ifstream tIn(tProtocol.Path(), std::ios::binary);
+            tOriginal.strBytes.assign(std::istreambuf_iterator<char>(tIn), {});
+        }
+        std::string strImage = tOriginal.strBytes;
         for (std::string const& strName : astrMissing)
         {
-            const std::size_t nAt = strImage.find(std::string(1, '\0') + strName + '\0');
-            EXPECT_NE(nAt, std::string::npos) << strName;
-            strImage.at(nAt + 1) = '-';
+            std::size_t& nAt = tOriginal.tNames[strName];
+            nAt = nAt ? nAt : strImage.find(std::string(1, '\0') + strName + '\0') + 1;
+            strImage.at(nAt) = '-';
         }
         std::ofstream(m_strPath, std::ios::binary) << strImage;
     }
@@ -143,6 +149,12 @@ public:
     char const* Path() const { return m_strPath.c_str(); }
 
 private:
+    struct tagImage
+    {
+        std::string strBytes;
+        std::map<std::string, std::size_t> tNames; ///< where they begin
+    };
+
     std::string m_strPath;
 };
 
