@@ -12,6 +12,8 @@ namespace
 // up.
 constexpr std::int64_t g_llMostBackUs = 1'000'000;
 constexpr std::int64_t g_llMostAheadUs = 3'000'000;
+// The tracks of a session start together, or their time stamps have nothing to do with each other.
+constexpr std::int64_t g_llMostApartUs = 10'000'000;
 // A wall clock that drifts or is corrected moves by less; one that is reckoned anew, by rounding only.
 constexpr std::int64_t g_llLeastJumpUs = 1'000'000;
 constexpr std::int64_t g_llRoundingUs = 1'000;
@@ -39,11 +41,14 @@ CTimeline::tagMapped CTimeline::Map(unsigned iTrack, std::int64_t llStampUs, std
     tagMapped tMapped;
     if (!tTrack.bRunning)
     {
+        const std::int64_t llOffsetUs = Expected(llNowUs) - llStampUs;
         if (!m_llSessionOffsetUs)
         {
-            m_llSessionOffsetUs = Expected(llNowUs) - llStampUs;
+            m_llSessionOffsetUs = llOffsetUs;
         }
-        tTrack.llOffsetUs = *m_llSessionOffsetUs; // the tracks of a session share their zero
+        // The tracks of a session share their zero.
+        const bool bShared = std::abs(*m_llSessionOffsetUs - llOffsetUs) <= g_llMostApartUs;
+        tTrack.llOffsetUs = bShared ? *m_llSessionOffsetUs : llOffsetUs;
         tMapped.bDiscontinuity = tTrack.bSeen;
         tTrack.bRunning = tTrack.bSeen = true;
     }

@@ -41,6 +41,10 @@ constexpr unsigned char g_abyStartCode[] = {0, 0, 1};
 // Larger than any picture: what doesn't end must not fill the memory.
 constexpr std::size_t g_nLargestUnit = std::size_t{16} << 20;
 
+// Microseconds, either way. Beyond is what a device makes up, or what didn't fit when it was converted; up to here,
+// sums of a few time stamps fit too.
+constexpr std::int64_t g_llLastUs = std::int64_t{1} << 60;
+
 // How many bytes of start code a packet begins with; 0: it goes on with a NAL unit that another packet began.
 std::size_t StartCode(AVPacket const& tPacket)
 {
@@ -131,7 +135,7 @@ CTrack::CTrack(AVStream const& tStream) : m_eCodec(tStream.codecpar->codec_id), 
 
 std::int64_t CTrack::ToUs(std::int64_t llStamp) const
 {
-    return av_rescale_q(llStamp, m_tTimeBase, AVRational{1, 1000000});
+    return std::clamp(av_rescale_q(llStamp, m_tTimeBase, AVRational{1, 1000000}), -g_llLastUs, g_llLastUs);
 }
 
 bool CTrack::Take(AVPacket const& tPacket, unsigned nMissedBefore, tagTrackFrame& tFrame)
@@ -328,14 +332,18 @@ void CTrack::Finish(tagTrackFrame& tFrame)
     tFrame.tFrame.llWallClockUs = m_tDone.llWallClockUs;
     tFrame.tFrame.pData = m_tDone.abyData.data();
     tFrame.tFrame.dwLength = static_cast<std::uint32_t>(m_tDone.abyData.size());
-    tFrame.llStampUs = ToUs(m_tDone.llStamp);
+    if (m_tDone.llStamp != AV_NOPTS_VALUE) // libavformat takes RTP's 0xFFFFFFFF for none
+    {
+        m_llNextStamp = m_tDone.llStamp;
+    }
+    tFrame.llStampUs = ToUs(m_llNextStamp);
 }
 
 void CTrack::PassOn(AVPacket const& tPacket, unsigned nMissedBefore, tagTrackFrame& tFrame)
 {
     const std::int64_t llStamp = tPacket.pts != AV_NOPTS_VALUE ? tPacket.pts : m_llNextStamp;
     // Several AAC frames may share one RTP packet and its time stamp; each lasts 1024 samples.
-    m_llNextStamp = llStamp + (tPacket.duration > 0 ? tPacket.duration : 1024);
+    m_llNextStamp = av_sat_add64(llStamp, tPacket.duration > 0 ? tPacket.duration : 1024);
     tFrame.tFrame = m_tProperties;
     tFrame.tFrame.dwFlags = (m_bAlwaysKey || (tPacket.flags & AV_PKT_FLAG_KEY) ? unsigned{eFrameKey} : 0U) |
                             (tPacket.flags & AV_PKT_FLAG_CORRUPT ? unsigned{eFrameDamaged} : 0U);
