@@ -163,10 +163,19 @@ bool CTrack::Take(AVPacket const& tPacket, unsigned nMissedBefore, tagTrackFrame
 // frame.
 bool CTrack::BeginsPicture(AVPacket const& tPacket) const
 {
-    const std::size_t nStart = StartCode(tPacket);
-    return nStart > 0 &&
-           KindOf(m_tProperties.dwCodec, tPacket.data + nStart, static_cast<std::size_t>(tPacket.size) - nStart)
-               .bFirstSlice;
+    if (StartCode(tPacket) == 0)
+    {
+        return false;
+    }
+    // Parameter sets may come before it in the same packet.
+    tagNalKind tFirst{};
+    ForEachUnit(tPacket.data, static_cast<std::size_t>(tPacket.size),
+                [&](unsigned char const* pby, std::size_t n)
+                {
+                    constexpr std::size_t nStart = sizeof g_abyStartCode;
+                    tFirst = tFirst.bSlice ? tFirst : KindOf(m_tProperties.dwCodec, pby + nStart, n - nStart);
+                });
+    return tFirst.bFirstSlice;
 }
 
 // Time and damage are those of the picture's own packets, not of what came before it and was kept or dropped.
