@@ -35,7 +35,10 @@ void OnLine(void* pContext, int nLevel, char const* szFormat, va_list tArguments
     unsigned nMissed = 0;
     if (std::sscanf(szLine, "method %*s failed: %d", &nStatus) == 1)
     {
-        g_pListener->OnStatus(nStatus);
+        if (nStatus >= 400 && nStatus <= 999) // others are no RTSP statuses, but whatever stood there
+        {
+            g_pListener->OnStatus(nStatus);
+        }
     }
     else if (std::sscanf(szLine, "RTP: missed %u packets", &nMissed) == 1)
     {
