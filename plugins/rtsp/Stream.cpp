@@ -82,6 +82,8 @@ int ErrnoOf(int nError)
         return 0;
     case AVERROR_EXIT: // the watchdog gave up
         return ETIMEDOUT;
+    case AVERROR(EPERM): // libavformat's -1, of an answer that it can't make sense of
+        return EPROTO;
     default:
         return AVUNERROR(nError) > 0 && AVUNERROR(nError) < 4096 ? AVUNERROR(nError) : EPROTO;
     }
@@ -268,7 +270,11 @@ CStream::eOutcome CStream::RunSession()
     eOutcome eWhy;
     {
         CConnection tConnection(*this);
-        const int nResult = tConnection.Open(m_tAddress);
+        int nResult = tConnection.Open(m_tAddress);
+        if (nResult >= 0 && Clock::now() > m_tDeadline) // libavformat takes half an answer to the last request for one
+        {
+            nResult = AVERROR_EXIT;
+        }
         eWhy = nResult < 0 ? Failed(nResult) : Receive(tConnection);
         m_ePhase = ePhase::Closing;
         m_tDeadline = Clock::now() + g_tTeardownTime;
@@ -287,8 +293,11 @@ CStream::eOutcome CStream::Failed(int nError)
     {
         m_nStatus = StatusOf(nError);
     }
-    m_nError = ErrnoOf(nError);
-    const bool bRefused = m_ePhase == ePhase::Connecting && m_nStatus != 0 && nError != AVERROR_EXIT;
+    // libavformat doesn't say of each step that the watchdog gave up.
+    const Clock::time_point tNow = Clock::now();
+    const bool bLate = m_ePhase == ePhase::Connecting ? tNow > m_tDeadline : tNow - m_tLastPacket > g_tSilenceTime;
+    m_nError = bLate ? ETIMEDOUT : ErrnoOf(nError);
+    const bool bRefused = m_ePhase == ePhase::Connecting && m_nStatus != 0 && nError != AVERROR_EXIT && !bLate;
     const std::lock_guard tLock(m_tMutex);
     if (bRefused)
     {
