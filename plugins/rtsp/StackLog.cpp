@@ -25,7 +25,7 @@ void OnLine(void* pContext, int nLevel, char const* szFormat, va_list tArguments
         av_log_default_callback(pContext, nLevel, szFormat, tArguments);
         return;
     }
-    if (nLevel > AV_LOG_WARNING)
+    if (nLevel > AV_LOG_INFO)
     {
         return;
     }
@@ -43,6 +43,10 @@ void OnLine(void* pContext, int nLevel, char const* szFormat, va_list tArguments
     else if (std::sscanf(szLine, "RTP: missed %u packets", &nMissed) == 1)
     {
         g_pListener->OnMissed(nMissed);
+    }
+    else if (std::sscanf(szLine, "Status %d: Redirecting", &nStatus) == 1)
+    {
+        g_pListener->OnRedirect();
     }
 }
 } // namespace

@@ -8,6 +8,7 @@ class IStackListener
 public:
     virtual void OnStatus(int nStatus) = 0;       ///< a request was answered with this RTSP status, 400 or more
     virtual void OnMissed(unsigned nPackets) = 0; ///< so many RTP packets are missing at this point of the stream
+    virtual void OnRedirect() = 0;                ///< the device named another address, which is tried next
 
 protected:
     ~IStackListener() = default;

@@ -11,11 +11,12 @@ namespace
 {
 using namespace std::chrono_literals;
 
-constexpr auto g_tConnectTime = 10s;    // for all of connecting
-constexpr auto g_tStallTime = 5s;       // of silence, until it is told
-constexpr auto g_tSilenceTime = 15s;    // of silence, until the connection is given up
-constexpr auto g_tTeardownTime = 800ms; // for the last request
-constexpr auto g_tSettledTime = 10s;    // live for so long, a stream starts over with the shortest pause
+constexpr auto g_tConnectTime = 10s;     // for all of connecting
+constexpr unsigned g_nMostRedirects = 5; // libavformat would go round in circles for all of the time
+constexpr auto g_tStallTime = 5s;        // of silence, until it is told
+constexpr auto g_tSilenceTime = 15s;     // of silence, until the connection is given up
+constexpr auto g_tTeardownTime = 800ms;  // for the last request
+constexpr auto g_tSettledTime = 10s;     // live for so long, a stream starts over with the shortest pause
 constexpr std::chrono::seconds g_atPauses[] = {1s, 2s, 4s, 8s, 16s, 30s};
 constexpr std::chrono::seconds g_atBadLoginPauses[] = {10s, 30s, 60s}; // devices lock accounts after a few wrong logins
 
@@ -261,6 +262,7 @@ CStream::eOutcome CStream::RunSession()
 {
     m_nStatus = 0;
     m_nMissed = 0;
+    m_nRedirects = 0;
     m_tLiveSince = {};
     m_apTracks.clear();
     m_bGateOpen = false;
@@ -296,7 +298,7 @@ CStream::eOutcome CStream::Failed(int nError)
     // libavformat doesn't say of each step that the watchdog gave up.
     const Clock::time_point tNow = Clock::now();
     const bool bLate = m_ePhase == ePhase::Connecting ? tNow > m_tDeadline : tNow - m_tLastPacket > g_tSilenceTime;
-    m_nError = bLate ? ETIMEDOUT : ErrnoOf(nError);
+    m_nError = m_nRedirects > g_nMostRedirects ? ELOOP : bLate ? ETIMEDOUT : ErrnoOf(nError);
     const bool bRefused = m_ePhase == ePhase::Connecting && m_nStatus != 0 && nError != AVERROR_EXIT && !bLate;
     const std::lock_guard tLock(m_tMutex);
     if (bRefused)
@@ -448,7 +450,7 @@ bool CStream::GiveUp()
     }
     if (m_ePhase == ePhase::Connecting)
     {
-        return tNow > m_tDeadline;
+        return tNow > m_tDeadline || m_nRedirects > g_nMostRedirects;
     }
     const Clock::duration tSilence = tNow - m_tLastPacket;
     if (tSilence > g_tStallTime && m_adwState[0] != eEventStalled)

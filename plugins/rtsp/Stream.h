@@ -68,6 +68,7 @@ private:
     bool GiveUp() override;
     void OnStatus(int nStatus) override { m_nStatus = nStatus; }
     void OnMissed(unsigned nPackets) override;
+    void OnRedirect() override { ++m_nRedirects; }
 
     void Run();
     void Try();
@@ -111,10 +112,11 @@ private:
     Clock::time_point m_tLastPacket;
     Clock::time_point m_tLiveSince; ///< of this session; zero: not yet
     Clock::time_point m_tNextTry;
-    int m_nStatus = 0;        ///< the last RTSP status of 400 or more in this session
-    int m_nError = 0;         ///< errno of the last failure
-    unsigned m_nFailures = 0; ///< in a row
-    unsigned m_nMissed = 0;   ///< packets missing before the next one
+    int m_nStatus = 0;         ///< the last RTSP status of 400 or more in this session
+    int m_nError = 0;          ///< errno of the last failure
+    unsigned m_nRedirects = 0; ///< in this session
+    unsigned m_nFailures = 0;  ///< in a row
+    unsigned m_nMissed = 0;    ///< packets missing before the next one
     std::vector<std::unique_ptr<CTrack>> m_apTracks;
     std::vector<std::uint32_t> m_adwSequence; ///< of each track, over all sessions
     std::vector<bool> m_abHeldBreak;          ///< of each track: a discontinuity was at a frame that was held back
