@@ -10,7 +10,24 @@ namespace Adapter_System
 namespace
 {
 constexpr char g_szSource[] = "Module.cpp";
+
+// Opening a library runs its constructors. dlopen's declaration promises for them that they don't throw; called through
+// a pointer that makes no such promise, what they do throw can be caught. The dynamic loader isn't made for it: it
+// stays locked for all threads but this one.
+void* (*const volatile g_pfnOpen)(char const*, int) = dlopen;
+
+void* OpenLibrary(char const* szPath)
+{
+    try
+    {
+        return g_pfnOpen(szPath, RTLD_LAZY);
+    }
+    catch (...)
+    {
+        return nullptr;
+    }
 }
+} // namespace
 
 CModule::CModule()
 {
@@ -46,7 +63,7 @@ int CModule::Open(char const* szPath)
         return 1;
     }
     errno = 0; // a failure that sets no error number must not report an older one
-    m_hModule = dlopen(szPath, RTLD_LAZY);
+    m_hModule = OpenLibrary(szPath);
     if (!m_hModule)
     {
         SystemErrorLine(g_szSource, "Open", 60);
