@@ -20,49 +20,50 @@ namespace Adapter_ApplicationLayer
 class TESSARO_API CSetCallBack
 {
 public:
-    CSetCallBack();
+    /// A cleared record. A constant, so that a table of them costs nothing while the library is loaded.
+    [[gnu::used, gnu::visibility("default")]] constexpr CSetCallBack() noexcept {} // exported, though inline
     ~CSetCallBack();
 
     /// @name Functions
     /// @{
 
     /// The application's function; null: none.
-    DeviceEventCallback cbUserEvent;
-    StreamMediaCallback cbStreamMedia;
-    StreamMediaCallback cbStreamMediaRaw;
-    StreamVoiceCallback cbStreamVoice;
-    TransparentChannelCallback cbTransparentChannel;
-    FileUploadCallback cbFileUpload;
-    FileDownloadCallback cbFileDownload;
+    DeviceEventCallback cbUserEvent = nullptr;
+    StreamMediaCallback cbStreamMedia = nullptr;
+    StreamMediaCallback cbStreamMediaRaw = nullptr;
+    StreamVoiceCallback cbStreamVoice = nullptr;
+    TransparentChannelCallback cbTransparentChannel = nullptr;
+    FileUploadCallback cbFileUpload = nullptr;
+    FileDownloadCallback cbFileDownload = nullptr;
     /// @}
 
     /// @name IDs
     /// @{
 
     /// Handed back as a pointer-sized number.
-    int m_hUserEvent;
-    int m_hStreamMedia;
-    int m_hStreamMediaRaw;
-    int m_hStreamVoice;
-    int m_hTransparentChannel;
-    int m_hFileUpload;
-    int m_hFileDownload;
+    int m_hUserEvent = 0;
+    int m_hStreamMedia = 0;
+    int m_hStreamMediaRaw = 0;
+    int m_hStreamVoice = 0;
+    int m_hTransparentChannel = 0;
+    int m_hFileUpload = 0;
+    int m_hFileDownload = 0;
     /// @}
 
     /// @name User data
     /// @{
 
     /// Handed back unchanged.
-    unsigned long m_dwUserEvent;
-    unsigned long m_dwStreamMedia;
-    unsigned long m_dwStreamMediaRaw;
-    unsigned long m_dwStreamVoice;
-    unsigned long m_dwTransparentChannel;
-    unsigned long m_dwFileUpload;
-    unsigned long m_dwFileDownload;
+    unsigned long m_dwUserEvent = 0;
+    unsigned long m_dwStreamMedia = 0;
+    unsigned long m_dwStreamMediaRaw = 0;
+    unsigned long m_dwStreamVoice = 0;
+    unsigned long m_dwTransparentChannel = 0;
+    unsigned long m_dwFileUpload = 0;
+    unsigned long m_dwFileDownload = 0;
     /// @}
 
-    bool m_bUsed; ///< set by the first registration, never cleared
+    bool m_bUsed = false; ///< set by the first registration, never cleared
 
     CSequence m_tSequence; ///< guards all of the above
 };

@@ -10,7 +10,7 @@
 using Adapter_ApplicationLayer::CSetCallBack;
 
 CClientProtocolSet g_cProtocolSet;
-CSetCallBack g_SetCallBack[1000];
+constinit CSetCallBack g_SetCallBack[1000];
 std::map<int, CSetCallBack> g_SetUserCallBack;
 namespace
 {
