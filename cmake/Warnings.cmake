@@ -5,6 +5,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-ftrack-macro-expansion=0)
     # Texts that are too long for their record are cut on purpose.
     add_compile_options(-Wno-format-truncation)
+    # GCC 12 sees an overlap in every sum of a literal and a string that it inlines.
+    add_compile_options(-Wno-restrict)
     # Nothing of ours was built for ARM with a compiler that old.
     add_compile_options(-Wno-psabi)
 endif()

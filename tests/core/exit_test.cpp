@@ -118,7 +118,11 @@ int Child(tagWay const& tWay, bool bStop)
 
 int main()
 {
+#if defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__
+    constexpr int nRepetitions = 8; // their processes end slowly
+#else
     constexpr int nRepetitions = 15;
+#endif
     int nRuns = 0;
     for (tagWay const& tWay : g_atWays)
     {
