@@ -135,17 +135,18 @@ Client::Client() : m_nUserCursor(0), m_nMediaCursor(0)
     pthread_mutex_init(&m_mtxMedia, nullptr);
 }
 
-// A process may end while plug-in threads still look IDs up: they find every slot free.
+// A process may end while plug-in threads still look IDs up, open and close: they find every slot free. The mutexes
+// hold nothing that must be given back, and stay for those threads.
 Client::~Client()
 {
     for (tagTable const& tTable : {Users(*this), Media(*this)})
     {
+        const CLock tLock(tTable.tMutex);
         for (int nID = 0; nID < nSlots; ++nID)
         {
-            Free(tTable, nID);
+            CSequence::Store(tTable.anState[nID], g_nFree);
         }
         tTable.nCursor = 0;
-        pthread_mutex_destroy(&tTable.tMutex);
     }
 }
 
