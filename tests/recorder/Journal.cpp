@@ -53,6 +53,10 @@ void CJournal::Deliver(std::function<void()> fnDeliver)
 
 int CJournal::Called(tagCalled tCall, void** ppHandle)
 {
+    if (auto* const pfnObserver = m_pfnObserver.load(std::memory_order_relaxed))
+    {
+        return pfnObserver(tCall, ppHandle);
+    }
     Handler fnAnswer;
     {
         const std::lock_guard tLock(m_tMutex);

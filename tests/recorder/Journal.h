@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -36,10 +37,16 @@ public:
     /// Runs fnDeliver on a thread of the plug-in's own, and waits for it: how a plug-in calls back.
     static void Deliver(std::function<void()> fnDeliver);
 
+    /// From here on pfnObserver hears every call in place of the journal, without a lock: for tests whose threads the
+    /// journal's mutex must not put in order. Null ends it.
+    using Observer = int(tagCalled const& tCall, void** ppHandle);
+    void Observe(Observer* pfnObserver) { m_pfnObserver.store(pfnObserver, std::memory_order_relaxed); }
+
     /// For the plug-ins. ppHandle: the entry point's handle output, null where it has none.
     int Called(tagCalled tCall, void** ppHandle);
 
 private:
+    std::atomic<Observer*> m_pfnObserver = nullptr;
     std::mutex m_tMutex;
     std::vector<tagCalled> m_atCalls;
     std::map<std::string, Handler> m_tAnswers;
