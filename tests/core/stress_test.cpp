@@ -135,7 +135,10 @@ public:
         return nGiven < 0 || m_nBegun.load(g_eRelaxed) - nGiven >= 999 - g_nMostOpen;
     }
 
-    CIDs()
+    CIDs() { Forget(); }
+
+    // For after openings that didn't come through here.
+    void Forget()
     {
         for (auto& nGiven : m_anGiven)
         {
@@ -464,67 +467,73 @@ void CallFromInside()
               });
 }
 
-// The misuse: one thread uses an ID that another closes and opens again and again, so fast that it comes back.
-struct tagLife
-{
-    std::atomic<int> nID = -1;     // whose handle it was; -1: not yet known
-    std::atomic<int> nClosed = -1; // when it had ended for good; -1: it hasn't
-};
-
+// The misuse: threads use an ID that another closes and opens again and again, for one protocol and another. All other
+// slots are taken, so it is the same ID each time.
 void UseWhileAnotherCloses()
 {
-    constexpr int nRounds = 10000;
-    const tagLogin tLogin = Login(eProtocolVTQ);
+    constexpr int nRounds = 20000;
+    const tagLogin atLogins[] = {Login(eProtocolOnvif), Login(eProtocolVTQ)};
+    tagRealStreamPara tPara{};
+    std::vector<int> anTaken;
+    for (int nID = -1; ClientAdapter_RealStreamConnect(&nID, atLogins[0].nID, &tPara) == 0 && nID != -1;)
+    {
+        anTaken.push_back(nID);
+    }
+    Check(anTaken.size() == 1000, "a table has 1000 slots");
+    constexpr int nFree = 500;
+    ClientAdapter_RealStreamDisconnect(nFree);
     const std::uintptr_t uFirst = g_uHandles.load(g_eRelaxed);
-    std::vector<tagLife> atLives(nRounds);
-    std::atomic<int> nCurrent = -1;
-    std::atomic<int> nClock = 0; // orders "closed before the call"
+    std::vector<std::atomic<int>> anClosed(nRounds); // by handle: when its closing had returned; 0: not yet
+    std::atomic<int> nClock = 1;
     std::atomic<bool> bEnd = false;
     InThreads(4,
               [&](int nThread)
               {
                   if (nThread == 0)
                   {
-                      for (tagLife& tLife : atLives)
+                      for (int i = 0; i < nRounds; ++i)
                       {
-                          const tagStream tStream = Connect(tLogin.nID);
-                          tLife.nID = tStream.nID;
-                          nCurrent = tStream.nID;
-                          Use(tStream);
-                          Disconnect(tStream);
-                          tLife.nClosed = nClock++;
+                          int nID = -1;
+                          Check(ClientAdapter_RealStreamConnect(&nID, atLogins[i % 2].nID, &tPara) == 0 && nID == nFree,
+                                "the only free slot is given");
+                          Use(tagStream{nID, g_tHeard.uOpened});
+                          ClientAdapter_RealStreamDisconnect(nID);
+                          anClosed[static_cast<std::size_t>(i)] = nClock++;
                       }
                       bEnd = true;
                       return;
                   }
                   while (!bEnd)
                   {
-                      const int nID = nCurrent;
                       const int nBegin = nClock++;
                       g_tHeard.uHandle = 0;
-                      const int nResult = ClientAdapter_StreamMediaControl(nID, eTaskPlay);
+                      const int nResult = ClientAdapter_StreamMediaControl(nFree, eTaskPlay);
                       ++g_nCalls;
                       if (nResult != 0)
                       {
                           Check(nResult == -1 && g_tHeard.uHandle == 0, "a closed ID is unknown");
                           continue;
                       }
-                      const std::size_t iLife = g_tHeard.uHandle / 4 - uFirst;
-                      if (iLife >= atLives.size())
+                      const std::size_t i = g_tHeard.uHandle / 4 - uFirst;
+                      if (i >= anClosed.size())
                       {
                           Check(false, "a call reaches a handle that was given");
                           continue;
                       }
-                      while (atLives[iLife].nID < 0)
-                      {
-                          std::this_thread::yield();
-                      }
-                      const int nClosed = atLives[iLife].nClosed;
-                      Check(atLives[iLife].nID == nID, "a handle is one of its ID's");
-                      Check(nClosed < 0 || nClosed > nBegin, "a handle isn't used after its closing");
+                      const int nClosed = anClosed[i];
+                      Check(nClosed == 0 || nClosed > nBegin, "a handle isn't used after its closing");
                   }
               });
-    Logout(tLogin);
+    for (const int nID : anTaken)
+    {
+        if (nID != nFree)
+        {
+            ClientAdapter_RealStreamDisconnect(nID);
+        }
+    }
+    g_tMedia.Forget();
+    Logout(atLogins[0]);
+    Logout(atLogins[1]);
 }
 
 // Start and stop again and again; the stop comes when the plug-ins' threads have made their last call, not when they
