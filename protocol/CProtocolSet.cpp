@@ -4,6 +4,7 @@
 #include "system/OutputMessage.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace Adapter_ProtocolSet
 {
@@ -72,8 +73,8 @@ int CClientProtocolSet::RemoveProtocol(eProtocolType eType)
         return Failed("RemoveProtocol", 76);
     }
     m_dwState[eType] = g_dwEmpty;
-    delete m_pBinding[eType];
-    m_pBinding[eType] = nullptr;
+    // Out of the table first: a plug-in that calls in from its own end finds nothing, not what is being destroyed.
+    delete std::exchange(m_pBinding[eType], nullptr);
     return eResultOk;
 }
 

@@ -228,6 +228,14 @@ protected:
         Journal().Take();
     }
 
+    /// The trampoline that the last registration handed to the plug-in.
+    template <class Function>
+    Function Trampoline()
+    {
+        const auto auArguments = Journal().Take().back().auArguments;
+        return reinterpret_cast<Function>(auArguments.at(auArguments.size() - 2));
+    }
+
     CCapture m_tCapture;
     tagUserLoginPara m_tLogin{};
     tagRealStreamPara m_tStream{};

@@ -38,14 +38,6 @@ auto HeardAs(int (*)(A...))
 class Callbacks : public CSession
 {
 protected:
-    // The trampoline that the last registration handed to the plug-in.
-    template <class Function>
-    Function Trampoline()
-    {
-        const auto auArguments = Journal().Take().back().auArguments;
-        return reinterpret_cast<Function>(auArguments.at(auArguments.size() - 2));
-    }
-
     template <class Function, class... A>
     void Check(char const* szTrampoline, int nLine, int (*pfnRegister)(int, Function, unsigned long), A... tArguments)
     {

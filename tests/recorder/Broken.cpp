@@ -1,4 +1,10 @@
-// Plug-ins that the dynamic loader refuses, or that it would be better off refusing.
+// Plug-ins that the dynamic loader refuses, or that it would be better off refusing; and one that calls in at its end.
+
+#if defined BROKEN_CALLS
+#include "adapter/ClientAdapter.h"
+
+#include <dlfcn.h>
+#endif
 
 #if defined BROKEN_UNDEFINED
 extern int g_nNowhere; // data is looked up when the library is opened, functions when they are called
@@ -8,6 +14,15 @@ struct tagThrows
 {
     tagThrows() { throw 1; }
 } g_tThrows;
+#elif defined BROKEN_CALLS
+struct tagCalls
+{
+    ~tagCalls()
+    {
+        reinterpret_cast<decltype(&ClientAdapter_RTSPSetIsProductTest)>(
+            dlsym(RTLD_DEFAULT, "ClientAdapter_RTSPSetIsProductTest"))(0, nullptr, 0, eProtocolPrivate);
+    }
+} g_tCalls;
 #else
 int NeededElsewhere();
 #if defined BROKEN_NEEDS

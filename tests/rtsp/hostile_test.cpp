@@ -142,7 +142,7 @@ protected:
     ~HostileServer() override { RTSPClient_Stop(); }
     static void TearDownTestSuite()
     {
-        std::printf("hostile server: %zu behaviours, %d reboots\n", MakeCases().size(), g_nReboots);
+        std::printf("tried: hostile server, %zu behaviours, %d reboots\n", MakeCases().size(), g_nReboots);
     }
 
     const std::vector<tagCase> m_atCases = MakeCases();
@@ -256,7 +256,7 @@ TEST_F(HostileServer, DoesNotHoldUpClosing)
     {
         tLongest = std::max(tLongest, tClosed.get());
     }
-    std::printf("closing took at most %.3f s\n", Seconds(tLongest));
+    std::printf("tried: closing took at most %.3f s\n", Seconds(tLongest));
     EXPECT_LT(tLongest, g_tClosing);
 }
 
