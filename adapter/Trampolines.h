@@ -104,7 +104,7 @@ public:
         m_bClosed = true;
     }
 
-    /// False when memory runs out.
+    /// False when memory runs out or the lock can't be had.
     bool Register(int nLoginID, DeviceEventCallback pfnEvent, unsigned long dwUser)
     try
     {
@@ -120,8 +120,9 @@ public:
         return false;
     }
 
-    /// What is registered; a record that doesn't exist counts as a cleared one.
+    /// What is registered; a record that doesn't exist, or can't be looked at, counts as a cleared one.
     UserEventKind::tagRegistration Find(int nLoginID)
+    try
     {
         const std::lock_guard tLock(m_tMutex);
         if (m_bClosed)
@@ -135,6 +136,10 @@ public:
             [[maybe_unused]] const bool bWhole = UserEventKind::TryRead(itRecord->second, tFound);
         }
         return tFound;
+    }
+    catch (...)
+    {
+        return {};
     }
 
 private:

@@ -8,6 +8,7 @@
 #include "tests/core/Support.h"
 #include "tests/platform/Interposed.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -18,7 +19,8 @@
 #include <memory>
 #include <thread>
 
-// As without the sanitizers: a size that can't be had is answered by null, and a mutex may be unlocked by the wrong thread.
+// As without the sanitizers: a size that can't be had is answered by null, and a mutex may be unlocked by the wrong
+// thread.
 extern "C" TESSARO_API char const* __asan_default_options() // NOLINT(bugprone-reserved-identifier)
 {
     return "allocator_may_return_null=1";
@@ -51,6 +53,17 @@ class CCreated : public T
 public:
     CCreated() { EXPECT_EQ(this->create(), 0); }
     ~CCreated() override { EXPECT_EQ(this->destroy(), 0); }
+};
+
+class CTemporaryPath
+{
+public:
+    explicit CTemporaryPath(char const* szName) : m_strPath(testing::TempDir() + std::to_string(getpid()) + szName) {}
+    ~CTemporaryPath() { std::filesystem::remove(m_strPath); }
+    char const* Path() const { return m_strPath.c_str(); }
+
+private:
+    std::string m_strPath;
 };
 
 class Platform : public testing::Test
@@ -95,45 +108,232 @@ TEST_F(Platform, NotCreated)
     }
 }
 
+// Every call of every operation to the system fails once, in turn.
 TEST_F(Platform, TheSystemRefuses)
 {
+    const CTemporaryPath tPath("file");
     CMutex tNewMutex;
     CSignal tNewSignal;
+    CFile tNewFile;
     CCreated<CMutex> tMutex;
     CCreated<CSignal> tSignal;
-    struct tagRow
+    CFile tFile;
+    ASSERT_EQ(tFile.create(tPath.Path(), "w+"), 0);
+    ASSERT_EQ(tFile.flush(), 0);
+    char chByte = 'x';
+    unsigned long long ullSize = 0;
+    tagAbsoluteTime tTime{};
+    struct tagCall
     {
         char const* szCall;
-        int nError;
-        std::function<int()> fnOperation;
+        int nResult;
         std::string strLine;
     };
-    const auto Create = [](auto& tObject) { return [&tObject] { return tObject.create(); }; };
-    const tagRow atRows[] = {
-        {"pthread_mutexattr_init", ENOMEM, Create(tNewMutex), ErrorLine("Mutex", "create", 137, ENOMEM)},
-        {"pthread_mutexattr_settype", EINVAL, Create(tNewMutex), ErrorLine("Mutex", "create", 137, EINVAL)},
-        {"pthread_mutex_init", EAGAIN, Create(tNewMutex), ErrorLine("Mutex", "create", 137, EAGAIN)},
-        {"pthread_mutex_lock", EAGAIN, [&] { return tMutex.lock(); }, ErrorLine("Mutex", "lock", 164, EAGAIN)},
-        {"pthread_mutex_trylock", EINVAL, [&] { return tMutex.trylock(); }, ErrorLine("Mutex", "trylock", 187, EINVAL)},
-        {"pthread_mutex_init", EPERM, Create(tNewSignal), ErrorLine("Signal", "create", 107, EPERM)},
-        {"pthread_cond_init", ENOMEM, Create(tNewSignal), ErrorLine("Signal", "create", 113, ENOMEM)},
-        {"pthread_cond_wait", EPERM, [&] { return tSignal.wait(CSignal::Infinite); },
-         ErrorLine("Signal", "wait", 164, EPERM)},
-        {"pthread_cond_timedwait", EINVAL, [&] { return tSignal.wait(5); }, ErrorLine("Signal", "wait", 190, EINVAL)},
+    struct tagRow
+    {
+        std::function<void()> fnBefore;
+        std::function<int()> fnOperation;
+        int nGood;
+        std::vector<tagCall> atCalls; // all that it makes when none fails, and what comes of it when one does
     };
+    const auto Nothing = [] {};
+    const tagRow atRows[] = {
+        {[&] { tNewMutex.destroy(); },
+         [&] { return tNewMutex.create(); },
+         0,
+         {{"pthread_mutexattr_init", 1, ErrorLine("Mutex", "create", 137, ENOMEM)},
+          {"pthread_mutexattr_settype", 1, ErrorLine("Mutex", "create", 137, EINVAL)},
+          {"pthread_mutex_init", 1, ErrorLine("Mutex", "create", 137, EAGAIN)}}},
+        {Nothing,
+         [&] { return tMutex.lock(); },
+         0,
+         {{"pthread_mutex_lock", 1, ErrorLine("Mutex", "lock", 164, EAGAIN)}}},
+        {Nothing,
+         [&] { return tMutex.trylock(); },
+         0,
+         {{"pthread_mutex_trylock", 1, ErrorLine("Mutex", "trylock", 187, EINVAL)}}},
+        {Nothing,
+         [&] { return tMutex.unlock(); },
+         0,
+         {{"pthread_mutex_unlock", 1, ErrorLine("Mutex", "unlock", 201, EPERM)}}},
+        {[&] { tNewMutex.create(); },
+         [&] { return tNewMutex.destroy(); },
+         0,
+         {{"pthread_mutex_destroy", 0, ""}, {"pthread_mutexattr_destroy", 0, ""}}},
+        {[&] { tNewSignal.destroy(); },
+         [&] { return tNewSignal.create(); },
+         0,
+         {{"pthread_mutex_init", 1, ErrorLine("Signal", "create", 107, EAGAIN)},
+          {"pthread_cond_init", 1, ErrorLine("Signal", "create", 113, ENOMEM)}}},
+        {Nothing,
+         [&] { return tSignal.signal(); },
+         0,
+         {{"pthread_mutex_lock", 0, ""}, {"pthread_cond_signal", 0, ""}, {"pthread_mutex_unlock", 0, ""}}},
+        {[&] { tSignal.wait(0); }, // no longer signalled
+         [&] { return tSignal.wait(1); },
+         9,
+         {{"gettimeofday", 9, ""},
+          {"pthread_mutex_lock", 9, ""},
+          {"pthread_cond_timedwait", 1, ErrorLine("Signal", "wait", 190, EINVAL)},
+          {"pthread_mutex_unlock", 9, ""}}},
+        {[&] { tNewSignal.create(); },
+         [&] { return tNewSignal.destroy(); },
+         0,
+         {{"pthread_mutex_destroy", 0, ""}, {"pthread_cond_destroy", 0, ""}}},
+        {Nothing,
+         [&]
+         {
+             const int nResult = tNewFile.create(tPath.Path(), "r");
+             return nResult != 0 ? nResult : tNewFile.destroy();
+         },
+         0,
+         {{"fopen", 1, ErrorLine("File", "create", 35, EMFILE)}, {"fclose", 0, ""}}},
+        {Nothing, [&] { return tFile.write("x", 1, 1); }, 1, {{"fwrite", 0, ""}}},
+        {Nothing, [&] { return tFile.flush(); }, 0, {{"fflush", EOF, ""}}},
+        {Nothing, [&] { return tFile.seek(0, SEEK_SET); }, 0, {{"fseek", -1, ""}}},
+        {[&] { tFile.seek(0, SEEK_SET); }, [&] { return tFile.read(&chByte, 1, 1); }, 1, {{"fread", 0, ""}}},
+        {Nothing,
+         [&] { return CUtility::GetFileSize(tPath.Path(), ullSize); },
+         0,
+         {{"lstat", 1, ErrorLine("Utility", "GetFileSize_Linux", 126, EACCES)}}},
+        {[&] { std::ofstream{tPath.Path()}; },
+         [&] { return CUtility::RemoveFile(tPath.Path()); },
+         0,
+         {{"remove", 1, ErrorLine("Utility", "RemoveFile", 98, EACCES)}}},
+        {Nothing, [&] { return CUtility::GetSystemTime(tTime); }, 0, {{"gmtime_r", 1, ""}}},
+        {Nothing, [] { return CUtility::Sleep(0); }, 0, {{"select", 0, ""}}},
+        {Nothing, [] { return CUtility::GetTickCount() == 0 ? 0 : 1; }, 1, {{"gettimeofday", 0, ""}}},
+    };
+    int nFailed = 0;
     for (tagRow const& tRow : atRows)
     {
-        SCOPED_TRACE(tRow.szCall);
+        SCOPED_TRACE(tRow.atCalls[0].szCall);
+        for (int nFailing = -1; nFailing < static_cast<int>(tRow.atCalls.size()); ++nFailing)
         {
-            const CInterposed tFault(tRow.szCall, tRow.nError);
-            EXPECT_EQ(tRow.fnOperation(), 1);
+            tRow.fnBefore();
+            m_tCapture.Text();
+            int nResult = -1;
+            Strings astrSeen;
+            {
+                const CInterposed tFault(nFailing);
+                nResult = tRow.fnOperation();
+                astrSeen = tFault.Seen();
+            }
+            if (nFailing < 0)
+            {
+                Strings astrListed;
+                std::transform(tRow.atCalls.begin(), tRow.atCalls.end(), std::back_inserter(astrListed),
+                               [](tagCall const& tCall) { return tCall.szCall; });
+                EXPECT_EQ(astrSeen, astrListed);
+                EXPECT_EQ(nResult, tRow.nGood);
+                EXPECT_EQ(m_tCapture.Text(), "");
+                continue;
+            }
+            tagCall const& tCall = tRow.atCalls[static_cast<std::size_t>(nFailing)];
+            EXPECT_EQ(nResult, tCall.nResult) << tCall.szCall;
+            EXPECT_EQ(m_tCapture.Text(), tCall.strLine) << tCall.szCall;
+            ++nFailed;
         }
-        EXPECT_EQ(m_tCapture.Text(), tRow.strLine);
     }
-    EXPECT_EQ(tNewMutex.lock(), 1) << "a failed create leaves it not created";
-    EXPECT_EQ(tNewSignal.signal(), 1);
-    EXPECT_EQ(m_tCapture.Text(), Line("Mutex", "lock", 158) + Line("Signal", "signal", 138));
-    EXPECT_EQ(tSignal.wait(0), 9) << "its mutex was unlocked";
+    std::fprintf(stderr, "tried: %d system calls of the platform classes failed, each in turn\n", nFailed);
+
+    const CInterposed tFault("pthread_cond_wait", EPERM);
+    EXPECT_EQ(tSignal.wait(CSignal::Infinite), 1);
+    EXPECT_EQ(m_tCapture.Text(), ErrorLine("Signal", "wait", 164, EPERM));
+}
+
+// The same for a whole session: what could not be done is told, everything else works, and nothing is left behind.
+TEST_F(Platform, TheSystemRefusesASession)
+{
+    static DeviceEventCallback g_pfnEvent; // what the plug-in got to call
+    CJournal::Instance().Observe(
+        [](tagCalled const& tCall, void** ppHandle)
+        {
+            if (ppHandle)
+            {
+                *ppHandle = &g_pfnEvent;
+            }
+            if (tCall.strEntry.ends_with("SubscribeEvent") || tCall.strEntry.ends_with("EventCB"))
+            {
+                g_pfnEvent = reinterpret_cast<DeviceEventCallback>(tCall.auArguments.end()[-2]);
+            }
+            return 0;
+        });
+    constexpr std::size_t nResults = 6; // for each protocol
+    const auto fnSession = [](int nFailing)
+    {
+        const CInterposed tFault(nFailing);
+        std::vector<int> anResults;
+        ClientAdapter_Start(1);
+        for (const eProtocolType eType : {eProtocolOnvif, eProtocolRTSP, eProtocolVTQ})
+        {
+            int nLogin = -1;
+            int nStream = -1;
+            tagUserLoginPara tLogin{};
+            tagRealStreamPara tStream{};
+            tStream.dwStreamKind = eStreamMain;
+            g_pfnEvent = nullptr;
+            anResults.push_back(ClientAdapter_UserLogin(&nLogin, eType, &tLogin));
+            anResults.push_back(ClientAdapter_RealStreamConnect(&nStream, nLogin, &tStream));
+            anResults.push_back(ClientAdapter_SubscribeEvent(
+                nLogin, 1,
+                [](void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long) { return 0; }, 0));
+            anResults.push_back(g_pfnEvent ? g_pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(nLogin)) : 1);
+            anResults.push_back(ClientAdapter_RealStreamDisconnect(nStream));
+            anResults.push_back(ClientAdapter_UserLogout(nLogin));
+        }
+        ClientAdapter_Stop();
+        return std::pair(anResults, tFault.Seen());
+    };
+    const auto fnUsed = []
+    {
+        return std::count(std::begin(g_cClient.m_nUserState), std::end(g_cClient.m_nUserState), 2) +
+               std::count(std::begin(g_cClient.m_nMediaState), std::end(g_cClient.m_nMediaState), 2);
+    };
+    const auto nUsed = fnUsed();
+    fnSession(-1); // what is made once is made
+    const auto [anGood, astrCalls] = fnSession(-1);
+    EXPECT_EQ(std::count(anGood.begin(), anGood.end(), 0), static_cast<std::ptrdiff_t>(3 * nResults));
+    std::size_t nProtocol = 0;
+    for (std::size_t i = 0; i < astrCalls.size(); ++i)
+    {
+        SCOPED_TRACE(std::to_string(i) + ", " + astrCalls[i]);
+        m_tCapture.Text();
+        const auto anResults = fnSession(static_cast<int>(i)).first;
+        const std::string strText = m_tCapture.Text();
+        EXPECT_EQ(fnUsed(), nUsed);
+        std::vector<std::size_t> anWrong;
+        for (std::size_t n = 0; n < anResults.size(); ++n)
+        {
+            if (anResults[n] != 0)
+            {
+                anWrong.push_back(n);
+            }
+        }
+        if (astrCalls[i] == "dlopen")
+        {
+            EXPECT_NE(strText.find(ErrorLine("Module", "Open", 60, ENOMEM)), std::string::npos);
+            EXPECT_FALSE(anWrong.empty());
+            for (const std::size_t n : anWrong)
+            {
+                EXPECT_EQ(n / nResults, nProtocol) << "another protocol";
+            }
+            ++nProtocol;
+        }
+        else if (!anWrong.empty())
+        {
+            // A record of events can't be looked at without its lock; everything else goes on.
+            EXPECT_EQ(astrCalls[i], "pthread_mutex_lock");
+            EXPECT_EQ(anResults[anWrong[0]], anWrong[0] % nResults == 2 ? 3 : 1);
+            EXPECT_NE(strText.find(anWrong[0] % nResults == 2
+                                       ? Line("ClientAdapter", "ClientAdapter_SubscribeEvent", 295)
+                                       : Line("ClientAdapter", "SetUserEventCB", 3556)),
+                      std::string::npos);
+        }
+    }
+    EXPECT_EQ(nProtocol, 3U);
+    CJournal::Instance().Observe(nullptr);
+    std::fprintf(stderr, "tried: %zu system calls of a session failed, each in turn\n", astrCalls.size());
 }
 
 TEST_F(Platform, CreatedTwice)
@@ -260,17 +460,6 @@ TEST_F(Signal, Deadline)
 }
 
 // --- files -----------------------------------------------------------------------------------------------------------
-
-class CTemporaryPath
-{
-public:
-    explicit CTemporaryPath(char const* szName) : m_strPath(testing::TempDir() + std::to_string(getpid()) + szName) {}
-    ~CTemporaryPath() { std::filesystem::remove(m_strPath); }
-    char const* Path() const { return m_strPath.c_str(); }
-
-private:
-    std::string m_strPath;
-};
 
 TEST_F(File, WritesAndReads)
 {
