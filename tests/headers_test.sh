@@ -32,5 +32,5 @@ for header in "${applications[@]}" "${classes[@]}" "${modern[@]}"; do
     compile "$header" g++ c++ c++20
     compile "$header" clang++ c++ c++20
 done
-echo "headers: $count compilations, $failures failed"
+echo "tried: headers, $count compilations, $failures failed"
 [ $failures -eq 0 ]

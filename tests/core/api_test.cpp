@@ -234,7 +234,7 @@ TEST_F(Shape, EveryExportedFunction)
         std::istringstream(strRow) >> tRow.strFunction >> tRow.strShape >> tRow.nLine >> tRow.strOperation;
         Check(tRow, tFunctions.at(tRow.strFunction));
     }
-    std::fprintf(stderr, "%zu functions by their shapes, a full table at %d opening ones\n", tFunctions.size(),
+    std::fprintf(stderr, "tried: %zu functions by their shapes, a full table at %d opening ones\n", tFunctions.size(),
                  m_nFullTables);
 }
 

@@ -118,7 +118,7 @@ TEST_P(Broken, FilesAreRefusedWithTheirLine)
         CheckOthers();
         std::filesystem::remove(m_strPath);
     }
-    std::fprintf(stderr, "%s: %zu kinds of broken file\n", GetParam().szPrefix, std::size(g_atBroken) + 2);
+    std::fprintf(stderr, "tried: %s: %zu kinds of broken file\n", GetParam().szPrefix, std::size(g_atBroken) + 2);
 }
 
 // In a process of its own: the dynamic loader stays locked for other threads. The sanitizers' loaders aren't made for

@@ -231,6 +231,6 @@ int main()
             }
         }
     }
-    std::printf("ways to end: %d runs, library %s, %d failed\n", nRuns, g_szLibrary ? "loaded" : "linked", nFailed);
+    std::printf("tried: ways to end, %d runs, library %s, %d failed\n", nRuns, g_szLibrary ? "loaded" : "linked", nFailed);
     return nFailed ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -160,7 +160,7 @@ TEST_F(Faults, EveryAllocationFailsOnce)
         return nResult;
     };
     FailInTurn("buffer", fnBuffer, 1, Line("Buffer", "Create", 91));
-    std::fprintf(stderr, "%d allocations failed, each in turn\n", m_nFailed);
+    std::fprintf(stderr, "tried: %d allocations failed, each in turn\n", m_nFailed);
 }
 
 // A start with too little memory for one protocol starts the others.

@@ -155,7 +155,7 @@ TEST_P(Forward, EachEntryPointMayBeMissing)
                      [&](auto const&) { return tIsMissing(tRandom); });
         CheckWithout(astrMissing);
     }
-    std::fprintf(stderr, "%s: each of %zu entry points missing alone, all of them, and %d random subsets\n",
+    std::fprintf(stderr, "tried: %s: each of %zu entry points missing alone, all of them, and %d random subsets\n",
                  GetParam().szPrefix, astrLookUp.size(), nSubsets);
 }
 

@@ -126,7 +126,7 @@ TEST_P(Registry, AMillionOpensAndCloses)
         ASSERT_EQ(Get(nAny, tRecord), uExpected ? 0 : 1);
         ASSERT_TRUE(!uExpected || tRecord.hHandle == reinterpret_cast<void*>(uExpected));
     }
-    std::fprintf(stderr, "%s: %d opens and closes, %d opens\n", GetParam().szName, nRounds, nOpened);
+    std::fprintf(stderr, "tried: %s: %d opens and closes, %d opens\n", GetParam().szName, nRounds, nOpened);
 }
 
 // Handles carry their own check, so a mixture of two records would show.

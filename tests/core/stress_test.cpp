@@ -601,7 +601,7 @@ int main()
     }
     CJournal::Instance().Observe(&Plugin);
     ClientAdapter_Start(16);
-    std::fprintf(pResult, "races:");
+    std::fprintf(pResult, "tried: races:");
     for (auto const& tRace : g_atRaces)
     {
         const int nFailed = g_nFailed;
