@@ -25,7 +25,7 @@ std::string Escape(std::string_view strText)
     for (const char c : strText)
     {
         const auto by = static_cast<unsigned char>(c);
-        if (by <= ' ' || std::strchr("%@/?#:", c))
+        if (by <= ' ' || by == 127 || std::strchr("%@/?#:", c))
         {
             strEscaped += {'%', szHex[by >> 4], szHex[by & 15]};
         }
