@@ -32,18 +32,18 @@ struct tagTable
     int* anState;
     int& nCursor;
     pthread_mutex_t& tMutex;
-    CSequence* atSequence;
+    Client::tagLookUp* atLookUp;
 };
 
 tagTable Users(Client& tClient)
 {
-    return {tClient.m_stUser, tClient.m_nUserState, tClient.m_nUserCursor, tClient.m_mtxUser, tClient.m_tUserSequence};
+    return {tClient.m_stUser, tClient.m_nUserState, tClient.m_nUserCursor, tClient.m_mtxUser, tClient.m_tUserLookUp};
 }
 
 tagTable Media(Client& tClient)
 {
     return {tClient.m_stMedia, tClient.m_nMediaState, tClient.m_nMediaCursor, tClient.m_mtxMedia,
-            tClient.m_tMediaSequence};
+            tClient.m_tMediaLookUp};
 }
 
 // From the cursor up; then once more from slot 1: a search that doesn't begin at slot 0 never takes it.
@@ -69,10 +69,14 @@ int Allocate(tagTable const& tTable, int& nID, F fnStore)
     const int nFound = FirstFree(tTable);
     if (nFound >= 0)
     {
-        tTable.atSequence[nFound].BeginWrite();
+        tagResource& tRecord = tTable.atRecord[nFound];
+        Client::tagLookUp& tLookUp = tTable.atLookUp[nFound];
+        tLookUp.tSequence.BeginWrite();
         CSequence::Store(tTable.anState[nFound], g_nUsed);
-        fnStore(tTable.atRecord[nFound]);
-        tTable.atSequence[nFound].EndWrite();
+        fnStore(tRecord);
+        CSequence::Store(tLookUp.nType, static_cast<std::int32_t>(tRecord.eType));
+        CSequence::Store(tLookUp.hHandle, tRecord.hHandle);
+        tLookUp.tSequence.EndWrite();
         nID = nFound;
         tTable.nCursor = (nFound + 1) % Client::nSlots;
     }
@@ -97,7 +101,7 @@ int Copy(tagTable const& tTable, int nID, tagResource& tRecord)
     }
     int nState = g_nFree;
     tagResource tCopy;
-    const bool bWhole = tTable.atSequence[nID].TryRead(
+    const bool bWhole = tTable.atLookUp[nID].tSequence.TryRead(
         [&]
         {
             tagResource const& tSource = tTable.atRecord[nID];
@@ -116,12 +120,18 @@ int Copy(tagTable const& tTable, int nID, tagResource& tRecord)
     return 0;
 }
 
+void MarkFree(tagTable const& tTable, int nID)
+{
+    CSequence::Store(tTable.anState[nID], g_nFree);
+    CSequence::Store(tTable.atLookUp[nID].nType, Client::tagLookUp::nFree);
+}
+
 int Free(tagTable const& tTable, int nID)
 {
     const CLock tLock(tTable.tMutex);
     if (static_cast<unsigned>(nID) < Client::nSlots)
     {
-        CSequence::Store(tTable.anState[nID], g_nFree);
+        MarkFree(tTable, nID);
     }
     return 0;
 }
@@ -144,7 +154,7 @@ Client::~Client()
         const CLock tLock(tTable.tMutex);
         for (int nID = 0; nID < nSlots; ++nID)
         {
-            CSequence::Store(tTable.anState[nID], g_nFree);
+            MarkFree(tTable, nID);
         }
         tTable.nCursor = 0;
     }
@@ -202,6 +212,7 @@ void Client::UpdateUser(int nID, void* tagResource::*pField, void* hValue)
     if (static_cast<unsigned>(nID) < nSlots && tTable.anState[nID] == g_nUsed)
     {
         CSequence::Store(tTable.atRecord[nID].*pField, hValue);
+        CSequence::Store(tTable.atLookUp[nID].hHandle, tTable.atRecord[nID].hHandle);
     }
 }
 } // namespace Adapter_ApplicationLayer

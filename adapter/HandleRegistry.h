@@ -7,6 +7,8 @@
 #include "system/Export.h"
 #include "system/Sequence.h"
 
+#include <cstdint>
+#include <limits>
 #include <pthread.h>
 
 /// What the C API keeps: IDs and callbacks.
@@ -56,48 +58,53 @@ public:
         void* hHandle;       ///< the plug-in's
     };
     /// False, and tTarget is not to be used: not a used slot.
-    bool FindUser(int nID, tagTarget& tTarget) const
-    {
-        return Find(m_stUser, m_nUserState, m_tUserSequence, nID, tTarget);
-    }
+    bool FindUser(int nID, tagTarget& tTarget) const { return Find(m_tUserLookUp, nID, tTarget); }
     /// As FindUser, for media connections.
-    bool FindMedia(int nID, tagTarget& tTarget) const
+    bool FindMedia(int nID, tagTarget& tTarget) const { return Find(m_tMediaLookUp, nID, tTarget); }
+
+    /// What looking an ID up reads, in one place for each slot: the records are far apart, and their states so close
+    /// that opening and closing one would hold up many others.
+    struct alignas(16) tagLookUp
     {
-        return Find(m_stMedia, m_nMediaState, m_tMediaSequence, nID, tTarget);
-    }
+        static constexpr std::int32_t nFree = std::numeric_limits<std::int32_t>::min(); ///< no protocol
+
+        CSequence tSequence;        ///< tells readers of slot and record that it is being allocated
+        std::int32_t nType = nFree; ///< the record's eType, nFree while there is none
+        void* hHandle = nullptr;    ///< the record's
+    };
 
     /// Sets one pointer of a login record in place, as a whole; does nothing when the slot isn't used.
     void UpdateUser(int nID, void* tagResource::*pField, void* hValue);
 
-    tagResource m_stUser[nSlots];       ///< logins
-    int m_nUserState[nSlots];           ///< 1 free, 2 used
-    int m_nUserCursor;                  ///< where the next search begins
-    tagResource m_stMedia[nSlots];      ///< media connections
-    int m_nMediaState[nSlots];          ///< 1 free, 2 used
-    int m_nMediaCursor;                 ///< where the next search begins
-    pthread_mutex_t m_mtxUser;          ///< held while a login is allocated or freed
-    pthread_mutex_t m_mtxMedia;         ///< held while a media connection is allocated or freed
-    CSequence m_tUserSequence[nSlots];  ///< each tells the readers of one record that its slot is being allocated
-    CSequence m_tMediaSequence[nSlots]; ///< the same for media connections
+    tagResource m_stUser[nSlots];     ///< logins
+    int m_nUserState[nSlots];         ///< 1 free, 2 used
+    int m_nUserCursor;                ///< where the next search begins
+    tagResource m_stMedia[nSlots];    ///< media connections
+    int m_nMediaState[nSlots];        ///< 1 free, 2 used
+    int m_nMediaCursor;               ///< where the next search begins
+    pthread_mutex_t m_mtxUser;        ///< held while a login is allocated or freed
+    pthread_mutex_t m_mtxMedia;       ///< held while a media connection is allocated or freed
+    tagLookUp m_tUserLookUp[nSlots];  ///< kept with the logins
+    tagLookUp m_tMediaLookUp[nSlots]; ///< kept with the media connections
 
 private:
-    static bool Find(tagResource const* atRecord, int const* anState, CSequence const* atSequence, int nID,
-                     tagTarget& tTarget)
+    static bool Find(tagLookUp const (&atLookUp)[nSlots], int nID, tagTarget& tTarget)
     {
         if (static_cast<unsigned>(nID) >= nSlots)
         {
             return false;
         }
         // An allocation under way or just done: a moment ago the slot was free, and that is the answer.
-        int nState = 0;
-        const bool bWhole = atSequence[nID].TryRead(
+        tagLookUp const& tLookUp = atLookUp[nID];
+        std::int32_t nType = tagLookUp::nFree;
+        const bool bWhole = tLookUp.tSequence.TryRead(
             [&]
             {
-                nState = CSequence::Load(anState[nID]);
-                tTarget.eType = CSequence::Load(atRecord[nID].eType);
-                tTarget.hHandle = CSequence::Load(atRecord[nID].hHandle);
+                nType = CSequence::Load(tLookUp.nType);
+                tTarget.hHandle = CSequence::Load(tLookUp.hHandle);
             });
-        return bWhole && nState == 2;
+        tTarget.eType = static_cast<eProtocolType>(nType);
+        return bWhole && nType != tagLookUp::nFree;
     }
 };
 } // namespace Adapter_ApplicationLayer
