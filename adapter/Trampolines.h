@@ -63,12 +63,13 @@ template <class Kind, class... A>
     return Deliver<Kind>(tSite, tFound, tArguments...);
 }
 
-int SetStreamMediaCB(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
+// The two that run once a frame begin a cache line: their time depends on how many they are spread over.
+[[gnu::aligned(64)]] int SetStreamMediaCB(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
 {
     return Relay<Adapter_ApplicationLayer::StreamMediaKind>({"SetStreamMediaCB", 3573}, dwUser, ptFrame);
 }
 
-int SetStreamMediaRawCB(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
+[[gnu::aligned(64)]] int SetStreamMediaRawCB(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
 {
     return Relay<Adapter_ApplicationLayer::StreamMediaRawKind>({"SetStreamMediaRawCB", 3590}, dwUser, ptFrame);
 }
