@@ -2,10 +2,27 @@
 
 #include "system/OutputMessage.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <string_view>
 
 namespace Adapter_ProtocolSet
 {
+namespace
+{
+constexpr std::size_t g_nLongestPrefix = 16;
+constexpr std::size_t g_nLongestOperation = []
+{
+    std::size_t nLongest = 0;
+    for (const std::string_view strName : g_aszOperation)
+    {
+        nLongest = std::max(nLongest, strName.size());
+    }
+    return nLongest;
+}();
+} // namespace
+
 int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const& tProfile, char const* szPath)
 {
     if (!szPath)
@@ -26,13 +43,17 @@ int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const&
     {
         DiagnosticLine(tProfile.szSource, "Intialize", tProfile.nOpenedLine, tProfile.szOpened);
     }
+    char
+        szName[g_nLongestPrefix + g_nLongestOperation + 1]; // put together by hand: 400 times snprintf shows in a start
+    char* const szOperation = stpncpy(szName, tProfile.szPrefix, g_nLongestPrefix);
     for (tagLookUp const& tRow : tProfile.atLookUp)
     {
         const auto iOp = static_cast<std::size_t>(tRow.eOp);
-        char szName[80];
-        std::snprintf(szName, sizeof szName, "%s%s", tRow.szSymbol ? "" : tProfile.szPrefix,
-                      tRow.szSymbol ? tRow.szSymbol : g_aszOperation[iOp]);
-        tModule.Export(szName, m_apEntry[iOp]);
+        if (!tRow.szSymbol)
+        {
+            stpcpy(szOperation, g_aszOperation[iOp]);
+        }
+        tModule.Export(tRow.szSymbol ? tRow.szSymbol : szName, m_apEntry[iOp]);
     }
     return eResultOk;
 }
