@@ -1,63 +1,84 @@
-// What the library adds to a call and to a frame, against calling the plug-in (and being called by it) directly, in one
-// run. `bench_calls count NAME N` makes N calls and nothing else, for an instruction counter.
+// What the library adds to a call and to a frame, against calling the plug-in (and being called by it) directly.
+
+#include "bench/Contest.h"
 
 #include "adapter/ClientAdapter.h"
 
-#include <benchmark/benchmark.h>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <algorithm>
+#include <atomic>
 #include <dlfcn.h>
-#include <numeric>
 #include <random>
+#include <thread>
 #include <vector>
 
 namespace
 {
-using ControlEntry = int (*)(void*, eTaskControl);
-using RegisterEntry = int (*)(void*, StreamMediaCallback, unsigned long);
-using DeliverEntry = void (*)(unsigned long);
+constexpr std::size_t g_nMost = 992; // connections held; the tables have room for a few more
 
-constexpr int g_nStreams = 997;
-
-// The plug-in, the library started on it, and as many streams as the tables hold.
-struct tagHouse
+// The plug-in, the library started on it, and connections.
+class CHouse
 {
-    ControlEntry pfnControl;
-    RegisterEntry pfnRegister;
-    DeliverEntry pfnDeliver;
-    int nLogin = -1;
-    std::vector<int> anMedia = std::vector<int>(g_nStreams, -1);
-    std::vector<int> anShuffled;
-    tagUserLoginPara tLogin{};
-    tagRealStreamPara tStream{};
-
-    tagHouse()
+public:
+    CHouse()
     {
-        void* const hPlugin = dlopen("libVTQ.so", RTLD_LAZY);
-        if (!hPlugin)
+        m_hPlugin = dlopen("libVTQ.so", RTLD_LAZY);
+        if (!m_hPlugin)
         {
             std::fprintf(stderr, "libVTQ.so is not on the loader's path\n");
             std::exit(EXIT_FAILURE);
         }
-        pfnControl = reinterpret_cast<ControlEntry>(dlsym(hPlugin, "VTQClient_StreamMediaControl"));
-        pfnRegister = reinterpret_cast<RegisterEntry>(dlsym(hPlugin, "VTQClient_StreamMediaCB"));
-        pfnDeliver = reinterpret_cast<DeliverEntry>(dlsym(hPlugin, "Bench_Deliver"));
         ClientAdapter_Start(1);
-        ClientAdapter_UserLogin(&nLogin, eProtocolVTQ, &tLogin);
-        for (int& nMedia : anMedia)
+        ClientAdapter_UserLogin(&nLogin, eProtocolVTQ, &m_tLogin);
+    }
+
+    // The plug-in's own function.
+    template <class F>
+    F* Entry(char const* szName) const
+    {
+        return reinterpret_cast<F*>(dlsym(m_hPlugin, szName));
+    }
+
+    // From here on so many connections are open.
+    void Hold(std::size_t nConnections)
+    {
+        for (; anMedia.size() > nConnections; anMedia.pop_back())
         {
+            ClientAdapter_RealStreamDisconnect(anMedia.back());
+        }
+        while (anMedia.size() < nConnections)
+        {
+            int nMedia = -1;
             ClientAdapter_RealStreamConnect(&nMedia, nLogin, &tStream);
+            anMedia.push_back(nMedia);
         }
         anShuffled = anMedia;
         std::shuffle(anShuffled.begin(), anShuffled.end(), std::mt19937(1));
     }
+
+    int nLogin = -1;
+    tagRealStreamPara tStream{};
+    std::vector<int> anMedia;
+    std::vector<int> anShuffled;
+
+private:
+    void* m_hPlugin;
+    tagUserLoginPara m_tLogin{};
 };
 
-tagHouse& House()
+CHouse& House()
 {
-    static tagHouse g_tHouse;
+    static CHouse g_tHouse;
     return g_tHouse;
+}
+
+void HoldNone()
+{
+    House().Hold(0);
+}
+
+void HoldMany()
+{
+    House().Hold(g_nMost);
 }
 
 int OnFrame(void*, tagStreamMediaFrame const*, unsigned long)
@@ -67,10 +88,11 @@ int OnFrame(void*, tagStreamMediaFrame const*, unsigned long)
 
 void Direct(unsigned long nCalls)
 {
-    tagHouse& tHouse = House();
+    static auto* const g_pfnControl = House().Entry<int(void*, eTaskControl)>("VTQClient_StreamMediaControl");
+    auto* const pfnControl = g_pfnControl;
     for (; nCalls; --nCalls)
     {
-        benchmark::DoNotOptimize(tHouse.pfnControl(&tHouse, eTaskPlay));
+        benchmark::DoNotOptimize(pfnControl(&nCalls, eTaskPlay));
     }
 }
 
@@ -100,9 +122,22 @@ void Refused(unsigned long nCalls)
     }
 }
 
+void OpenedDirectly(unsigned long nCalls)
+{
+    static auto* const g_pfnOpen = House().Entry<int(void**, void*, tagRealStreamPara*)>("VTQClient_RealStreamConnect");
+    static auto* const g_pfnClose = House().Entry<int(void*)>("VTQClient_RealStreamDisconnect");
+    CHouse& tHouse = House();
+    for (; nCalls; --nCalls)
+    {
+        void* hStream = nullptr;
+        g_pfnOpen(&hStream, &tHouse, &tHouse.tStream);
+        benchmark::DoNotOptimize(g_pfnClose(hStream));
+    }
+}
+
 void OpenAndClose(unsigned long nCalls)
 {
-    tagHouse& tHouse = House();
+    CHouse& tHouse = House();
     for (; nCalls; --nCalls)
     {
         int nMedia = -1;
@@ -111,58 +146,66 @@ void OpenAndClose(unsigned long nCalls)
     }
 }
 
-void CalledBack(unsigned long nCalls)
+// Another thread that opens and closes without pause.
+std::atomic<bool> g_bEnd;
+std::thread g_tOpening;
+
+void BeginOpening()
 {
-    House().pfnRegister(nullptr, &OnFrame, 1);
-    House().pfnDeliver(nCalls);
+    HoldMany();
+    g_bEnd = false;
+    g_tOpening = std::thread(
+        []
+        {
+            while (!g_bEnd)
+            {
+                OpenAndClose(100);
+            }
+        });
 }
 
-void Relayed(unsigned long nCalls)
+void EndOpening()
 {
+    g_bEnd = true;
+    g_tOpening.join();
+}
+
+void RegisterDirectly()
+{
+    House().Entry<int(void*, StreamMediaCallback, unsigned long)>("VTQClient_StreamMediaCB")(nullptr, &OnFrame, 1);
+}
+
+void RegisterThroughLibrary()
+{
+    HoldMany();
     ClientAdapter_StreamMediaCB(House().anMedia[7], &OnFrame, 1);
-    House().pfnDeliver(nCalls);
 }
 
-constexpr struct
+void Deliver(unsigned long nFrames)
 {
-    char const* szName;
-    void (*pfn)(unsigned long);
-} g_atContestants[] = {
-    {"direct", &Direct},   {"forwarded", &Forwarded},         {"forwarded_among_many", &ForwardedAmongMany},
-    {"refused", &Refused}, {"open_and_close", &OpenAndClose}, {"called_back", &CalledBack},
-    {"relayed", &Relayed},
+    static auto* const g_pfnDeliver = House().Entry<void(unsigned long)>("Bench_Deliver");
+    g_pfnDeliver(nFrames);
+}
+
+constexpr tagContestant g_atContestants[] = {
+    {"direct", &HoldMany, &Direct},
+    {"forwarded", &HoldMany, &Forwarded},
+    {"forwarded_among_many", &HoldMany, &ForwardedAmongMany},
+    {"refused", &HoldMany, &Refused},
+    {"direct_2", &HoldMany, &Direct, 2},
+    {"forwarded_2", &HoldMany, &ForwardedAmongMany, 2},
+    {"forwarded_beside_opening", &BeginOpening, &ForwardedAmongMany, 1, &EndOpening},
+    {"called_back", &RegisterDirectly, &Deliver},
+    {"relayed", &RegisterThroughLibrary, &Deliver},
+    {"called_back_2", &RegisterDirectly, &Deliver, 2},
+    {"relayed_2", &RegisterThroughLibrary, &Deliver, 2},
+    {"opened_directly", &HoldNone, &OpenedDirectly},
+    {"open_and_close_at_0", &HoldNone, &OpenAndClose},
+    {"open_and_close_at_992", &HoldMany, &OpenAndClose},
 };
 } // namespace
 
 int main(int nArguments, char** aszArguments)
 {
-    if (nArguments == 4 && std::strcmp(aszArguments[1], "count") == 0)
-    {
-        House();
-        for (auto const& tContestant : g_atContestants)
-        {
-            if (std::strcmp(tContestant.szName, aszArguments[2]) == 0)
-            {
-                tContestant.pfn(std::strtoul(aszArguments[3], nullptr, 10));
-                return EXIT_SUCCESS;
-            }
-        }
-        return EXIT_FAILURE;
-    }
-    benchmark::Initialize(&nArguments, aszArguments);
-    for (auto const& tContestant : g_atContestants)
-    {
-        benchmark::RegisterBenchmark(tContestant.szName,
-                                     [pfn = tContestant.pfn](benchmark::State& tState)
-                                     {
-                                         constexpr unsigned long nBatch = 1000;
-                                         for ([[maybe_unused]] auto tStep : tState)
-                                         {
-                                             pfn(nBatch);
-                                         }
-                                         tState.SetItemsProcessed(tState.iterations() * static_cast<long>(nBatch));
-                                     });
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    return EXIT_SUCCESS;
+    return Contest(nArguments, aszArguments, g_atContestants);
 }
