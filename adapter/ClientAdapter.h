@@ -59,7 +59,7 @@ TESSARO_API int ClientAdapter_Start(unsigned int dwMaxChannel);
 
 /// Stops and unloads every plug-in, the application's private one too (which it stops itself, before). Always 0. Close
 /// streams and log out first: IDs that are still open stay registered, but what they stood for is gone. Not from inside
-/// a callback. Blocks while the plug-ins stop.
+/// a callback, and not beside any other call. Blocks while the plug-ins stop.
 TESSARO_API int ClientAdapter_Stop(void);
 
 /// @}
@@ -77,7 +77,8 @@ TESSARO_API int ClientAdapter_Stop(void);
 TESSARO_API int ClientAdapter_UserLogin(int* pnLoginID, eProtocolType eType, tagUserLoginPara* ptPara);
 
 /// Logs out and frees the login ID. When the plug-in answers anything but 0, the ID stays and may be logged out again.
-/// Streams opened under the login stay open.
+/// Streams opened under the login stay open. Not while another thread uses the ID: what it calls could reach a login
+/// that the plug-in has ended.
 TESSARO_API int ClientAdapter_UserLogout(int nLoginID);
 
 /// The access level of the login's user, into *pnLevel. 3 also when the plug-in answers a negative result; every other
@@ -108,7 +109,8 @@ TESSARO_API int ClientAdapter_GetLoginStatus(int nLoginID, int* pnStatus);
 TESSARO_API int ClientAdapter_RealStreamConnect(int* pnMediaID, int nLoginID, tagRealStreamPara* ptPara);
 
 /// Closes a live stream and frees its media ID, whatever the plug-in answers. For RTSP no callback of the stream runs
-/// once this has returned, which takes 2 s at most; from inside the stream's own callback it returns at once.
+/// once this has returned, which takes 2 s at most; from inside the stream's own callback it returns at once. Not while
+/// another thread uses the ID, as with every function that closes something.
 TESSARO_API int ClientAdapter_RealStreamDisconnect(int nMediaID);
 
 /// Plays, pauses and the like. RTSP: play and pause; 201 for every other code.
