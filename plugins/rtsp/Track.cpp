@@ -217,19 +217,24 @@ void CTrack::Add(AVPacket const& tPacket, unsigned nMissedBefore)
                 [&](unsigned char const* pby, std::size_t n)
                 {
                     const bool bBehindSlice = m_tUnit.bPicture;
-                    if (Look(pby, n) && bBehindSlice)
+                    const int iParameterSet = Look(pby, n);
+                    if (iParameterSet >= 0 && bBehindSlice)
                     {
                         fnTake(pby);
                         pbyFrom = pby + n;
+                    }
+                    else if (iParameterSet >= 0)
+                    {
+                        m_tUnit.uSetsWithin |= 1U << iParameterSet;
                     }
                 });
     fnTake(pbyEnd);
 }
 
-// A NAL unit with its start code; true: it is a parameter set. Of a fragmented one this is the beginning, which is all
-// that is needed of it; parameter sets are never fragmented. One that comes with a picture takes the place of all of
-// its kind that came before.
-bool CTrack::Look(unsigned char const* pbyUnit, std::size_t nLength)
+// A NAL unit with its start code; tells which kind of parameter set it is, or -1. Of a fragmented one this is the
+// beginning, which is all that is needed of it; parameter sets are never fragmented. One that comes with a picture
+// takes the place of all of its kind that came before.
+int CTrack::Look(unsigned char const* pbyUnit, std::size_t nLength)
 {
     constexpr std::size_t nStart = sizeof g_abyStartCode;
     const tagNalKind tKind = KindOf(m_tProperties.dwCodec, pbyUnit + nStart, nLength - nStart);
@@ -248,13 +253,12 @@ bool CTrack::Look(unsigned char const* pbyUnit, std::size_t nLength)
         abySets.push_back(0);
         abySets.insert(abySets.end(), pbyUnit, pbyUnit + nLength);
     }
-    return tKind.iParameterSet >= 0;
+    return tKind.iParameterSet;
 }
 
 bool CTrack::LacksParameterSets() const
 {
-    return (m_tDone.uParameterSets & 6U) != 6U ||
-           (m_tProperties.dwCodec == eCodecH265 && !(m_tDone.uParameterSets & 1U));
+    return (m_tDone.uSetsWithin & 6U) != 6U || (m_tProperties.dwCodec == eCodecH265 && !(m_tDone.uSetsWithin & 1U));
 }
 
 // Without them no decoder can start, whatever the picture is.

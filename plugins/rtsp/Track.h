@@ -46,7 +46,8 @@ private:
         bool bDamaged = false;
         bool bPicture = false; ///< has a slice, not only parameter sets
         bool bKey = false;
-        unsigned uParameterSets = 0; ///< the kinds of parameter sets it has, a bit each
+        unsigned uParameterSets = 0; ///< the kinds of parameter sets that came with it, a bit each
+        unsigned uSetsWithin = 0;    ///< those of them that are in abyData
     };
 
     bool BeginsPicture(AVPacket const& tPacket) const;
@@ -54,7 +55,7 @@ private:
     bool KnowsParameterSets() const;
     bool IsAssembled() const { return m_tProperties.dwCodec == eCodecH264 || m_tProperties.dwCodec == eCodecH265; }
     void Add(AVPacket const& tPacket, unsigned nMissedBefore);
-    bool Look(unsigned char const* pbyUnit, std::size_t nLength);
+    int Look(unsigned char const* pbyUnit, std::size_t nLength);
     bool LacksParameterSets() const;
     void PutParameterSetsInFront();
     void FindSize();

@@ -50,6 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
     tStream.dwStreamKind = tInput.Number<std::uint8_t>();
     tLogin.dwRtspMainPort = tInput.Number<std::int32_t>();
     tLogin.dwRtspSubPort = tInput.Number<std::int32_t>();
+    tLogin.dwPort = static_cast<std::uint32_t>(tLogin.dwRtspSubPort ^ 0x55);
     tInput.Line(tLogin.szAddress);
     tInput.Line(tLogin.szRtspMainPath);
     tInput.Line(tLogin.szRtspSubPath);
@@ -82,7 +83,12 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
         REQUIRE(g_tBlock.szUrl == Cut(strUrl, sizeof g_tBlock.szUrl)); // terminated, whatever came
         REQUIRE(g_tBlock.szUserName == Cut(FieldText(tLogin.szUserName), sizeof g_tBlock.szUserName));
         REQUIRE(g_tBlock.szPassword == Cut(FieldText(tLogin.szPassword), sizeof g_tBlock.szPassword));
-        REQUIRE(g_tBlock.szSubUrl[0] == '\0' && g_tBlock.dwFlag == 1);
+        REQUIRE(g_tBlock.szSubUrl[0] == '\0' && g_tBlock.dwFlag == 1 && g_tBlock.dwSubPort == 0);
+        const std::uint32_t dwSubPort =
+            tLogin.dwRtspUrlMode != 0 ? static_cast<std::uint32_t>(tLogin.dwRtspSubPort) : 0;
+        const std::uint32_t dwMainPort =
+            tLogin.dwRtspUrlMode != 0 ? static_cast<std::uint32_t>(tLogin.dwRtspMainPort) : tLogin.dwPort;
+        REQUIRE(g_tBlock.dwPort == (bMain ? dwMainPort : dwSubPort));
         REQUIRE(ClientAdapter_RealStreamDisconnect(nMedia) == 0);
     }
     REQUIRE(ClientAdapter_UserLogout(nLogin) == 0);

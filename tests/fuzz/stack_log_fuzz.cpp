@@ -19,11 +19,23 @@ public:
     {
         REQUIRE(nStatus >= 400 && nStatus <= 999);
         ++m_nHeard;
+        m_nStatus = nStatus;
     }
-    void OnMissed(unsigned) override { ++m_nHeard; }
-    void OnRedirect() override { ++m_nHeard; }
+    void OnMissed(unsigned nPackets) override
+    {
+        ++m_nHeard;
+        m_nMissed = nPackets;
+    }
+    void OnRedirect() override
+    {
+        ++m_nHeard;
+        ++m_nRedirects;
+    }
 
     int m_nHeard = 0;
+    int m_nStatus = 0;
+    unsigned m_nMissed = 0;
+    int m_nRedirects = 0;
 };
 } // namespace
 
@@ -38,5 +50,11 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
         av_log(nullptr, AV_LOG_ERROR, "%s\n", std::string(tInput.Line()).c_str());
     }
     REQUIRE(tListener.m_nHeard <= nLines);
+    // Whatever came, the stack's own words are still understood.
+    tListener.m_nRedirects = 0;
+    av_log(nullptr, AV_LOG_ERROR, "method %s failed: %d %s\n", "PLAY", 454, "Session Not Found");
+    av_log(nullptr, AV_LOG_WARNING, "RTP: missed %d packets\n", 3);
+    av_log(nullptr, AV_LOG_INFO, "Status %d: Redirecting to %s\n", 302, "rtsp://other/");
+    REQUIRE(tListener.m_nStatus == 454 && tListener.m_nMissed == 3 && tListener.m_nRedirects == 1);
     return 0;
 }

@@ -20,6 +20,26 @@ void SetExtradata(AVCodecParameters& tCodec, std::string_view strBytes)
     std::memcpy(tCodec.extradata, strBytes.data(), strBytes.size());
     tCodec.extradata_size = static_cast<int>(strBytes.size());
 }
+bool HasUnit(tagStreamMediaFrame const& tFrame, int nType)
+{
+    for (std::uint32_t i = 3; i < tFrame.dwLength; ++i)
+    {
+        unsigned char const* const pby = tFrame.pData + i;
+        const int nThis = tFrame.dwCodec == eCodecH264 ? *pby & 0x1F : *pby >> 1 & 0x3F;
+        if (pby[-3] == 0 && pby[-2] == 0 && pby[-1] == 1 && nThis == nType)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A decoder can start with it.
+bool HasParameterSets(tagStreamMediaFrame const& tFrame)
+{
+    return tFrame.dwCodec == eCodecH264 ? HasUnit(tFrame, 7) && HasUnit(tFrame, 8)
+                                        : HasUnit(tFrame, 32) && HasUnit(tFrame, 33) && HasUnit(tFrame, 34);
+}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t nLength)
@@ -65,9 +85,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
         {
             tagStreamMediaFrame const& t = tFrame.tFrame;
             const bool bVideo = t.dwCodec == eCodecH264 || t.dwCodec == eCodecH265;
-            REQUIRE(t.dwLength <= 2 * nTaken + static_cast<std::size_t>(tCodec.extradata_size) * 2);
+            REQUIRE(t.dwLength <= 3 * (nTaken + static_cast<std::size_t>(tCodec.extradata_size))); // sets come twice
             REQUIRE(t.dwLength > 0 || (bVideo && t.dwFlags & eFrameDamaged));
-            REQUIRE(!bVideo || !(t.dwFlags & eFrameKey) || t.dwLength > 4);
+            REQUIRE(!bVideo || !(t.dwFlags & eFrameKey) || HasParameterSets(t));
             REQUIRE(tFrame.llStampUs >= -(std::int64_t{1} << 60) && tFrame.llStampUs <= (std::int64_t{1} << 60));
             nTold += t.dwLostBefore;
             REQUIRE(nTold <= nMissed);
