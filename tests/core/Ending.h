@@ -16,7 +16,7 @@
 // The ways in which a process ends while plug-ins deliver and their callbacks call back in. With the library linked, or
 // loaded from TESSARO_LOADED.
 
-inline constexpr int g_nEnded = 7;           ///< the exit code of a child that came to its end
+inline constexpr int g_nEnded = 77;          ///< the exit code of a child that came to its end
 inline constexpr unsigned g_dwDeadline = 30; ///< seconds
 #ifdef TESSARO_LOADED
 inline constexpr char const* g_szLibrary = TESSARO_LOADED;
@@ -42,7 +42,7 @@ inline bool g_bStopped;
 inline void Delivered()
 {
     ++g_nDelivered;
-    if (g_bEndInside)
+    if (g_bEndInside.exchange(false)) // the others go on
     {
         std::exit(g_nEnded);
     }
@@ -81,24 +81,25 @@ struct tagWay
 {
     char const* szName;
     void (*pfnEnd)();     // what it returns from, main returns from
-    int nStatus;          ///< as waitid tells it: exit code or signal
+    int nSignal;          ///< that it ends with; 0: it exits with g_nEnded
     bool bAlsoStopped;    // also after ClientAdapter_Stop
     bool bLoaded = false; // only for a library that was loaded
 };
 inline constexpr tagWay g_atWays[] = {
-    {"return from main", [] {}, g_nEnded, true},
-    {"exit", [] { std::exit(g_nEnded); }, g_nEnded, true},
-    {"exit from a callback", &ExitInside, g_nEnded, false},
-    {"_exit", [] { _exit(g_nEnded); }, g_nEnded, true},
-    {"quick_exit", [] { std::quick_exit(g_nEnded); }, g_nEnded, true},
+    {"return from main", [] {}, 0, true},
+    {"exit", [] { std::exit(g_nEnded); }, 0, true},
+    {"exit from a callback", &ExitInside, 0, false},
+    {"_exit", [] { _exit(g_nEnded); }, 0, true},
+    {"quick_exit", [] { std::quick_exit(g_nEnded); }, 0, true},
     {"SIGTERM", [] { std::raise(SIGTERM); }, SIGTERM, true},
     {"abort", [] { std::abort(); }, SIGABRT, true},
-    {"dlclose", &Unload, g_nEnded, true, true},
+    {"dlclose", &Unload, 0, true, true},
 };
 
 /// pfnStart: starts the service, and returns once its callbacks are called.
 inline int Child(void (*pfnStart)(), tagWay const& tWay, bool bStop)
 {
+    alarm(g_dwDeadline); // what hangs ends with SIGALRM
     const rlimit tNoCore{0, 0};
     setrlimit(RLIMIT_CORE, &tNoCore);
     if (!std::freopen("/dev/null", "w", stdout))
@@ -120,39 +121,15 @@ inline int Child(void (*pfnStart)(), tagWay const& tWay, bool bStop)
     return g_nEnded; // the static objects are destroyed under the running thread
 }
 
-inline volatile pid_t g_nChild = 0;
-
-inline void OnDeadline(int)
+inline bool EndedAs(tagWay const& tWay, int nStatus)
 {
-    if (g_nChild > 0)
-    {
-        kill(g_nChild, SIGKILL);
-    }
-}
-
-/// How the child ended, as waitid tells it; SIGKILL: not in time.
-inline int AwaitEnd(pid_t nChild)
-{
-    siginfo_t tInfo{};
-    g_nChild = nChild;
-    alarm(g_dwDeadline);
-    while (waitid(P_PID, static_cast<id_t>(nChild), &tInfo, WEXITED | WNOWAIT) != 0) // interrupted by the alarm
-    {
-    }
-    alarm(0);
-    g_nChild = 0; // from here on its number may be another's
-    waitpid(nChild, nullptr, 0);
-    return tInfo.si_status;
+    return tWay.nSignal ? WIFSIGNALED(nStatus) && WTERMSIG(nStatus) == tWay.nSignal
+                        : WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == g_nEnded;
 }
 
 /// A program's main: every way nRuns times, nAtOnce at a time, with and without a stop before.
 inline int EndInEveryWay(char const* szWhat, void (*pfnStart)(), int nRuns, int nAtOnce)
 {
-    struct sigaction tAction
-    {
-    };
-    tAction.sa_handler = &OnDeadline;
-    sigaction(SIGALRM, &tAction, nullptr);
     int nEnded = 0;
     int nFailed = 0;
     for (tagWay const& tWay : g_atWays)
@@ -186,10 +163,12 @@ inline int EndInEveryWay(char const* szWhat, void (*pfnStart)(), int nRuns, int 
                     }
                 }
                 ++nEnded;
-                if (const int nStatus = AwaitEnd(anChildren.front()); nStatus != tWay.nStatus)
+                int nStatus = 0;
+                if (waitpid(anChildren.front(), &nStatus, 0) != anChildren.front() || !EndedAs(tWay, nStatus))
                 {
                     ++nFailed;
-                    std::printf("%s%s: ended with %d\n", tWay.szName, bStop ? " after a stop" : "", nStatus);
+                    std::printf("%s%s: ended with wait status %#x\n", tWay.szName, bStop ? " after a stop" : "",
+                                static_cast<unsigned>(nStatus));
                 }
                 anChildren.erase(anChildren.begin());
             }

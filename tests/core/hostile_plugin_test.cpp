@@ -215,15 +215,14 @@ TEST_F(HostilePlugin, ClosedAgainFromInsideItsClosing)
     EXPECT_EQ(ClientAdapter_UserLogout(m_nLogin), 3);
 }
 
-// Many threads at once, with user data that is no ID, and with IDs that nothing was ever registered for.
+// Many threads at once, with user data that is no ID.
 TEST_F(HostilePlugin, CallbacksWithUserDataThatIsNoID)
 {
     Trampolines afnTrampolines = RegisterAll();
     afnTrampolines.push_back(Subscribe());
     const auto dwMedia = static_cast<unsigned long>(m_nMedia);
     const auto dwLogin = static_cast<unsigned long>(m_nLogin);
-    std::vector<unsigned long> adwNoIDs{(dwMedia + 500) % 1000, 1000,     1001,     INT_MAX,
-                                        INT_MAX + 1UL,          UINT_MAX, ULONG_MAX};
+    std::vector<unsigned long> adwNoIDs{1000, 1001, INT_MAX, INT_MAX + 1UL, UINT_MAX, ULONG_MAX};
     for (unsigned nBit = 10; nBit < CHAR_BIT * sizeof(unsigned long); ++nBit)
     {
         adwNoIDs.push_back((1UL << nBit) + dwMedia);
@@ -298,6 +297,7 @@ TEST_F(HostilePlugin, CallbacksFromSeveralThreadsDuringAStop)
         const auto fnEvent = Subscribe();
         std::atomic<bool> bStopped = false;
         std::atomic<int> nLate = 0;
+        std::atomic<int> nWrong = 0;
         g_nDelivered = 0;
         const auto fnDeliver = [&]
         {
@@ -305,12 +305,12 @@ TEST_F(HostilePlugin, CallbacksFromSeveralThreadsDuringAStop)
             {
                 for (auto const& fnTrampoline : afnTrampolines)
                 {
-                    EXPECT_EQ(fnTrampoline(static_cast<unsigned long>(m_nMedia)), 0);
+                    nWrong += fnTrampoline(static_cast<unsigned long>(m_nMedia)) != 0;
                 }
-                EXPECT_EQ(fnEvent(static_cast<unsigned long>(m_nLogin)), 0);
+                nWrong += fnEvent(static_cast<unsigned long>(m_nLogin)) != 0;
                 if (bStopped)
                 {
-                    EXPECT_EQ(ClientAdapter_StreamMediaControl(m_nMedia, eTaskPlay), 4) << "no protocol";
+                    nWrong += ClientAdapter_StreamMediaControl(m_nMedia, eTaskPlay) != 4; // no protocol
                     ++nLate;
                 }
             }
@@ -320,7 +320,7 @@ TEST_F(HostilePlugin, CallbacksFromSeveralThreadsDuringAStop)
         {
             atThreads.emplace_back(fnDeliver);
         }
-        while (g_nDelivered < 100)
+        while (g_nDelivered < 100 && nWrong == 0)
         {
             std::this_thread::yield();
         }
@@ -330,6 +330,7 @@ TEST_F(HostilePlugin, CallbacksFromSeveralThreadsDuringAStop)
         {
             tThread.join();
         }
+        ASSERT_EQ(nWrong, 0);
         nDelivered += g_nDelivered;
         ClientAdapter_Start(16);
         m_tCapture.Text();

@@ -115,7 +115,7 @@ public:
         m_nEnded.fetch_add(nTaken, g_eRelaxed);
         ++g_nCalls;
         Check(!m_abOpen[Slot(nID)].exchange(true, g_eRelaxed), "no ID is given twice at once");
-        Check(WentRound(nID), "no ID comes back before the search has gone round");
+        Check(WentRound(GivenAt(nID)), "no ID comes back before the search has gone round");
         m_anGiven[Slot(nID)].store(nEnded, g_eRelaxed);
         return nID;
     }
@@ -128,11 +128,13 @@ public:
         ++g_nCalls;
     }
 
-    // Whether the search may have come by again since the ID was given.
-    bool WentRound(int nID) const
+    // When the ID was given, on the clock of all openings; -1: never.
+    int GivenAt(int nID) const { return m_anGiven[Slot(nID)].load(g_eRelaxed); }
+
+    // Whether the search may have come by again since.
+    bool WentRound(int nGivenAt) const
     {
-        const int nGiven = m_anGiven[Slot(nID)].load(g_eRelaxed);
-        return nGiven < 0 || m_nBegun.load(g_eRelaxed) - nGiven >= 999 - g_nMostOpen;
+        return nGivenAt < 0 || m_nBegun.load(g_eRelaxed) - nGivenAt >= 999 - g_nMostOpen;
     }
 
     CIDs() { Forget(); }
@@ -162,6 +164,7 @@ struct tagLogin
     int nID;
     eProtocolType eType;
     std::uintptr_t uHandle;
+    int nGivenAt;
 };
 
 tagLogin Login(eProtocolType eType, int nAddress = 0)
@@ -170,7 +173,7 @@ tagLogin Login(eProtocolType eType, int nAddress = 0)
     std::snprintf(tPara.szAddress, sizeof tPara.szAddress, "%d", nAddress);
     const int nID = g_tLogins.Open(eType == eProtocolRTSP ? 2 : 1,
                                    [&](int* pnID) { return ClientAdapter_UserLogin(pnID, eType, &tPara); });
-    return {nID, eType, g_tHeard.uOpened};
+    return {nID, eType, g_tHeard.uOpened, g_tLogins.GivenAt(nID)};
 }
 
 void Logout(tagLogin const& tLogin)
@@ -184,6 +187,7 @@ struct tagStream
 {
     int nID;
     std::uintptr_t uHandle;
+    int nGivenAt;
 };
 
 tagStream Connect(int nLogin)
@@ -191,7 +195,7 @@ tagStream Connect(int nLogin)
     tagRealStreamPara tPara{};
     tPara.dwStreamKind = eStreamMain;
     const int nID = g_tMedia.Open(1, [&](int* pnID) { return ClientAdapter_RealStreamConnect(pnID, nLogin, &tPara); });
-    return {nID, g_tHeard.uOpened};
+    return {nID, g_tHeard.uOpened, g_tMedia.GivenAt(nID)};
 }
 
 void Disconnect(tagStream const& tStream)
@@ -281,10 +285,10 @@ void OpenAndClose()
                       }
                       Disconnect(tStream);
                       Check(ClientAdapter_StreamMediaControl(tStream.nID, eTaskPlay) == -1 ||
-                                g_tMedia.WentRound(tStream.nID),
+                                g_tMedia.WentRound(tStream.nGivenAt),
                             "a closed media ID is unknown");
                       Logout(tLogin);
-                      Check(ClientAdapter_DeviceControl(tLogin.nID, {}) == 3 || g_tLogins.WentRound(tLogin.nID),
+                      Check(ClientAdapter_DeviceControl(tLogin.nID, {}) == 3 || g_tLogins.WentRound(tLogin.nGivenAt),
                             "a closed login ID is unknown");
                   }
               });
@@ -338,42 +342,44 @@ void RegisterWhileFramesArrive()
         apfnTrampoline[i] = g_tHeard.pfnCallback;
     }
     std::atomic<int> nRegistering = 2;
-    InThreads(4,
-              [&](int nThread)
-              {
-                  const auto fnEach = [&](auto fnRun)
-                  {
-                      for (std::size_t i = 0; i < std::size(g_atKinds); ++i)
-                      {
-                          for (tagStream const& tStream : atStreams)
-                          {
-                              fnRun(i, tStream);
-                          }
-                      }
-                  };
-                  if (nThread < 2)
-                  {
-                      while (nRegistering.load(g_eRelaxed))
-                      {
-                          fnEach([&](std::size_t i, tagStream const& tStream)
-                                 { g_atKinds[i].pfnDeliver(apfnTrampoline[i], tStream.nID); });
-                      }
-                      return;
-                  }
-                  for (int n = 0; n < 3000; ++n)
-                  {
-                      fnEach(
-                          [&](std::size_t i, tagStream const& tStream)
-                          {
-                              g_tHeard.uHandle = 0;
-                              Check(g_atKinds[i].pfnRegister(tStream.nID, n % 2) == 0 &&
-                                        g_tHeard.uHandle == tStream.uHandle,
-                                    "a registration reaches its own stream");
-                              ++g_nCalls;
-                          });
-                  }
-                  nRegistering.fetch_sub(1, g_eRelaxed);
-              });
+    InThreads(
+        4,
+        [&](int nThread)
+        {
+            const auto fnEach = [&](auto fnRun)
+            {
+                for (std::size_t i = 0; i < std::size(g_atKinds); ++i)
+                {
+                    for (tagStream const& tStream : atStreams)
+                    {
+                        fnRun(i, tStream);
+                    }
+                }
+            };
+            if (nThread < 2)
+            {
+                while (nRegistering.load(g_eRelaxed))
+                {
+                    fnEach(
+                        [&](std::size_t i, tagStream const& tStream) {
+                            Check(g_atKinds[i].pfnDeliver(apfnTrampoline[i], tStream.nID) == 0, "a frame is delivered");
+                        });
+                }
+                return;
+            }
+            for (int n = 0; n < 3000; ++n)
+            {
+                fnEach(
+                    [&](std::size_t i, tagStream const& tStream)
+                    {
+                        g_tHeard.uHandle = 0;
+                        Check(g_atKinds[i].pfnRegister(tStream.nID, n % 2) == 0 && g_tHeard.uHandle == tStream.uHandle,
+                              "a registration reaches its own stream");
+                        ++g_nCalls;
+                    });
+            }
+            nRegistering.fetch_sub(1, g_eRelaxed);
+        });
     Disconnect(atStreams[0]);
     Disconnect(atStreams[1]);
     Logout(tLogin);
@@ -422,6 +428,7 @@ void SubscribeWhileEventsArrive()
                   }
                   nSubscribing.fetch_sub(1, g_eRelaxed);
               });
+    Check(g_nDelivered > 0, "events are delivered");
     for (tagLogin const& tLogin : atLogins)
     {
         Logout(tLogin);
@@ -486,6 +493,7 @@ void UseWhileAnotherCloses()
     std::vector<std::atomic<int>> anClosed(nRounds); // by handle: when its closing had returned; 0: not yet
     std::atomic<int> nClock = 1;
     std::atomic<bool> bEnd = false;
+    std::atomic<int> nReached = 0;
     InThreads(4,
               [&](int nThread)
               {
@@ -496,7 +504,7 @@ void UseWhileAnotherCloses()
                           int nID = -1;
                           Check(ClientAdapter_RealStreamConnect(&nID, atLogins[i % 2].nID, &tPara) == 0 && nID == nFree,
                                 "the only free slot is given");
-                          Use(tagStream{nID, g_tHeard.uOpened});
+                          Use(tagStream{nID, g_tHeard.uOpened, 0});
                           ClientAdapter_RealStreamDisconnect(nID);
                           anClosed[static_cast<std::size_t>(i)] = nClock++;
                       }
@@ -514,6 +522,7 @@ void UseWhileAnotherCloses()
                           Check(nResult == -1 && g_tHeard.uHandle == 0, "a closed ID is unknown");
                           continue;
                       }
+                      ++nReached;
                       const std::size_t i = g_tHeard.uHandle / 4 - uFirst;
                       if (i >= anClosed.size())
                       {
@@ -524,6 +533,7 @@ void UseWhileAnotherCloses()
                       Check(nClosed == 0 || nClosed > nBegin, "a handle isn't used after its closing");
                   }
               });
+    Check(nReached > 0, "some calls come while the ID is used");
     for (const int nID : anTaken)
     {
         if (nID != nFree)
