@@ -16,10 +16,10 @@ namespace
 constexpr std::size_t g_nMost = 992; // connections held; the tables have room for a few more
 
 // The plug-in, the library started on it, and connections.
-class CHouse
+class CBench
 {
 public:
-    CHouse()
+    CBench()
     {
         m_hPlugin = dlopen("libVTQ.so", RTLD_LAZY);
         if (!m_hPlugin)
@@ -65,20 +65,20 @@ private:
     tagUserLoginPara m_tLogin{};
 };
 
-CHouse& House()
+CBench& Bench()
 {
-    static CHouse g_tHouse;
-    return g_tHouse;
+    static CBench g_tBench;
+    return g_tBench;
 }
 
 void HoldNone()
 {
-    House().Hold(0);
+    Bench().Hold(0);
 }
 
 void HoldMany()
 {
-    House().Hold(g_nMost);
+    Bench().Hold(g_nMost);
 }
 
 int OnFrame(void*, tagStreamMediaFrame const*, unsigned long)
@@ -88,7 +88,7 @@ int OnFrame(void*, tagStreamMediaFrame const*, unsigned long)
 
 void Direct(unsigned long nCalls)
 {
-    static auto* const g_pfnControl = House().Entry<int(void*, eTaskControl)>("VTQClient_StreamMediaControl");
+    static auto* const g_pfnControl = Bench().Entry<int(void*, eTaskControl)>("VTQClient_StreamMediaControl");
     auto* const pfnControl = g_pfnControl;
     for (; nCalls; --nCalls)
     {
@@ -98,7 +98,7 @@ void Direct(unsigned long nCalls)
 
 void Forwarded(unsigned long nCalls)
 {
-    const int nMedia = House().anMedia[7];
+    const int nMedia = Bench().anMedia[7];
     for (; nCalls; --nCalls)
     {
         benchmark::DoNotOptimize(ClientAdapter_StreamMediaControl(nMedia, eTaskPlay));
@@ -107,7 +107,7 @@ void Forwarded(unsigned long nCalls)
 
 void ForwardedAmongMany(unsigned long nCalls)
 {
-    std::vector<int> const& anMedia = House().anShuffled;
+    std::vector<int> const& anMedia = Bench().anShuffled;
     for (std::size_t i = 0; nCalls; --nCalls, i = i + 1 == anMedia.size() ? 0 : i + 1)
     {
         benchmark::DoNotOptimize(ClientAdapter_StreamMediaControl(anMedia[i], eTaskPlay));
@@ -124,24 +124,24 @@ void Refused(unsigned long nCalls)
 
 void OpenedDirectly(unsigned long nCalls)
 {
-    static auto* const g_pfnOpen = House().Entry<int(void**, void*, tagRealStreamPara*)>("VTQClient_RealStreamConnect");
-    static auto* const g_pfnClose = House().Entry<int(void*)>("VTQClient_RealStreamDisconnect");
-    CHouse& tHouse = House();
+    static auto* const g_pfnOpen = Bench().Entry<int(void**, void*, tagRealStreamPara*)>("VTQClient_RealStreamConnect");
+    static auto* const g_pfnClose = Bench().Entry<int(void*)>("VTQClient_RealStreamDisconnect");
+    CBench& tBench = Bench();
     for (; nCalls; --nCalls)
     {
         void* hStream = nullptr;
-        g_pfnOpen(&hStream, &tHouse, &tHouse.tStream);
+        g_pfnOpen(&hStream, &tBench, &tBench.tStream);
         benchmark::DoNotOptimize(g_pfnClose(hStream));
     }
 }
 
 void OpenAndClose(unsigned long nCalls)
 {
-    CHouse& tHouse = House();
+    CBench& tBench = Bench();
     for (; nCalls; --nCalls)
     {
         int nMedia = -1;
-        ClientAdapter_RealStreamConnect(&nMedia, tHouse.nLogin, &tHouse.tStream);
+        ClientAdapter_RealStreamConnect(&nMedia, tBench.nLogin, &tBench.tStream);
         ClientAdapter_RealStreamDisconnect(nMedia);
     }
 }
@@ -172,18 +172,18 @@ void EndOpening()
 
 void RegisterDirectly()
 {
-    House().Entry<int(void*, StreamMediaCallback, unsigned long)>("VTQClient_StreamMediaCB")(nullptr, &OnFrame, 1);
+    Bench().Entry<int(void*, StreamMediaCallback, unsigned long)>("VTQClient_StreamMediaCB")(nullptr, &OnFrame, 1);
 }
 
 void RegisterThroughLibrary()
 {
     HoldMany();
-    ClientAdapter_StreamMediaCB(House().anMedia[7], &OnFrame, 1);
+    ClientAdapter_StreamMediaCB(Bench().anMedia[7], &OnFrame, 1);
 }
 
 void Deliver(unsigned long nFrames)
 {
-    static auto* const g_pfnDeliver = House().Entry<void(unsigned long)>("Bench_Deliver");
+    static auto* const g_pfnDeliver = Bench().Entry<void(unsigned long)>("Bench_Deliver");
     g_pfnDeliver(nFrames);
 }
 

@@ -53,6 +53,11 @@ void LoadedBare(unsigned long nTimes)
         for (tagPlugin const& tPlugin : g_atPlugins)
         {
             void* const hPlugin = *phPlugin++ = dlopen(tPlugin.szLibrary, RTLD_LAZY);
+            if (!hPlugin)
+            {
+                std::fprintf(stderr, "%s is not on the loader's path\n", tPlugin.szLibrary);
+                std::exit(EXIT_FAILURE);
+            }
             for (std::string const& strName : tPlugin.astrNames)
             {
                 benchmark::DoNotOptimize(dlsym(hPlugin, strName.c_str()));

@@ -11,7 +11,6 @@ namespace Adapter_ProtocolSet
 {
 namespace
 {
-constexpr std::size_t g_nLongestPrefix = 16;
 constexpr std::size_t g_nLongestOperation = []
 {
     std::size_t nLongest = 0;
@@ -43,9 +42,9 @@ int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const&
     {
         DiagnosticLine(tProfile.szSource, "Intialize", tProfile.nOpenedLine, tProfile.szOpened);
     }
-    char
-        szName[g_nLongestPrefix + g_nLongestOperation + 1]; // put together by hand: 400 times snprintf shows in a start
-    char* const szOperation = stpncpy(szName, tProfile.szPrefix, g_nLongestPrefix);
+    // Put together by hand: 400 times snprintf shows in a start.
+    char szName[sizeof tProfile.szPrefix + g_nLongestOperation];
+    char* const szOperation = stpcpy(szName, tProfile.szPrefix);
     for (tagLookUp const& tRow : tProfile.atLookUp)
     {
         const auto iOp = static_cast<std::size_t>(tRow.eOp);

@@ -20,7 +20,7 @@ struct tagBindingProfile
 {
     char const* szSource;                ///< source file named in the binding's own lines
     int nNullPathLine;                   ///< line of "Failed" for a null path
-    char const* szPrefix;                ///< of the entry points' names
+    char szPrefix[16];                   ///< of the entry points' names
     std::span<tagLookUp const> atLookUp; ///< the entry points, in look-up order
     int nOpenedLine = 0;                 ///< line of szOpened
     char const* szOpened = nullptr;      ///< written once the plug-in is open, null: nothing
