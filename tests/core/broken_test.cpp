@@ -3,6 +3,7 @@
 #include "tests/core/Support.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <elf.h>
@@ -78,6 +79,7 @@ protected:
         std::string strText = m_tCapture.Text();
         strText.erase(0, strText.find("\n.\n") + 3);
         EXPECT_TRUE(strText.starts_with("[Tessaro] Module.cpp Open 60 Failed syserr:")) << strText;
+        EXPECT_EQ(strText.find(std::strerror(EPERM)), std::string::npos) << "an older error isn't this one's";
         strText.erase(0, strText.find('\n') + 1);
         EXPECT_EQ(strText, GetParam().eType == eProtocolVTQ ? "open vtq client fail \n" : "");
     }
@@ -111,6 +113,7 @@ TEST_P(Broken, FilesAreRefusedWithTheirLine)
         const uid_t nUser = geteuid();
         const bool bDropped = nUser == 0 && strcmp(tBroken.szName, "unreadable") == 0 && seteuid(65534) == 0;
         m_tCapture.Text();
+        errno = EPERM;
         EXPECT_EQ(m_tSet.InsertProtocol(GetParam().eType, m_strPath.c_str()), 0);
         CheckOpenFailed();
         EXPECT_EQ(!bDropped || seteuid(nUser) == 0, true);
@@ -132,6 +135,7 @@ TEST_P(Broken, AConstructorMayThrow)
     {
         m_strPath = std::string(TESSARO_BROKEN) + "/libbroken_throws.so";
         m_tCapture.Text();
+        errno = EPERM;
         EXPECT_EQ(m_tSet.InsertProtocol(GetParam().eType, m_strPath.c_str()), 0);
         CheckOpenFailed();
         EXPECT_EQ(m_tSet.Start(GetParam().eType), 1);

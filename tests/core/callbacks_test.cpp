@@ -2,8 +2,6 @@
 
 #include "tests/core/Support.h"
 
-#include <atomic>
-#include <thread>
 
 namespace
 {
@@ -132,46 +130,6 @@ TEST_F(Callbacks, ProbeStartPrintsItsThreeLines)
     EXPECT_EQ(ClientAdapter_DeviceProbeStart(nullptr, nullptr), 0);
     EXPECT_EQ(m_tCapture.Text(), "[ClientAdapter.cpp][2377]\n" + strFailed + "[ClientAdapter.cpp][2379]\n" + strFailed +
                                      "[ClientAdapter.cpp][2381]\n");
-}
-
-// Two callbacks, each with user data of its own: never one with the other's, while frames arrive without pause.
-std::atomic<int> g_nHeard[2];
-template <int n>
-int Paired(void*, tagStreamMediaFrame const*, unsigned long dwUser)
-{
-    EXPECT_EQ(dwUser, static_cast<unsigned long>(n));
-    ++g_nHeard[n];
-    return 0;
-}
-
-TEST_F(Callbacks, NoRegistrationIsMixedWithAnother)
-{
-    ClientAdapter_StreamMediaCB(m_nMedia, &Paired<0>, 0);
-    const auto pfnTrampoline = Trampoline<StreamMediaCallback>();
-    std::atomic<bool> bEnd = false;
-    std::thread tPlugin(
-        [&]
-        {
-            while (!bEnd)
-            {
-                EXPECT_EQ(pfnTrampoline(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0);
-            }
-        });
-    std::thread tOther(
-        [&]
-        {
-            for (int i = 0; i < 20000; ++i)
-            {
-                ClientAdapter_StreamMediaCB(m_nMedia, &Paired<1>, 1);
-            }
-        });
-    for (int i = 0; i < 20000 || g_nHeard[0] < 10 || g_nHeard[1] < 10; ++i)
-    {
-        ClientAdapter_StreamMediaCB(m_nMedia, i % 2 ? &Paired<1> : &Paired<0>, i % 2);
-    }
-    tOther.join();
-    bEnd = true;
-    tPlugin.join();
 }
 
 // Everything but start and stop may be called from inside every callback; here the stream is closed and a new one

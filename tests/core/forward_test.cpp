@@ -3,7 +3,6 @@
 #include "tests/core/Support.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <random>
 #include <set>
@@ -157,19 +156,6 @@ TEST_P(Forward, EachEntryPointMayBeMissing)
     }
     std::fprintf(stderr, "tried: %s: each of %zu entry points missing alone, all of them, and %d random subsets\n",
                  GetParam().szPrefix, astrLookUp.size(), nSubsets);
-}
-
-TEST_P(Forward, APluginThatCannotBeOpened)
-{
-    m_tCapture.Text();
-    errno = EPERM;
-    m_tSet.InsertProtocol(GetParam().eType, "/nowhere/libnothing.so");
-    std::string strText = m_tCapture.Text();
-    strText.erase(0, strText.find("\n.\n") + 3);
-    const std::string strLine = strText.substr(0, strText.find('\n') + 1);
-    EXPECT_TRUE(strLine.starts_with("[Tessaro] Module.cpp Open 60 Failed syserr:")) << strLine;
-    EXPECT_EQ(strLine.find(strerror(EPERM)), std::string::npos) << "an older error isn't this one's: " << strLine;
-    EXPECT_EQ(strText.substr(strLine.size()), GetParam().eType == eProtocolVTQ ? "open vtq client fail \n" : "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Bindings, Forward, testing::ValuesIn(g_atProtocols), NameOf);

@@ -2,10 +2,8 @@
 
 #include "tests/core/Support.h"
 
-#include <atomic>
 #include <memory>
 #include <random>
-#include <thread>
 
 namespace
 {
@@ -127,44 +125,6 @@ TEST_P(Registry, AMillionOpensAndCloses)
         ASSERT_TRUE(!uExpected || tRecord.hHandle == reinterpret_cast<void*>(uExpected));
     }
     std::fprintf(stderr, "tried: %s: %d opens and closes, %d opens\n", GetParam().szName, nRounds, nOpened);
-}
-
-// Handles carry their own check, so a mixture of two records would show.
-TEST_P(Registry, LookUpsSeeWholeRecordsWhileOthersOpenAndClose)
-{
-    std::atomic<bool> bEnd = false;
-    std::atomic<int> nFound = 0;
-    std::thread tReader(
-        [&]
-        {
-            tagResource tRecord;
-            while (!bEnd)
-            {
-                for (int nID = 0; nID < 1000; nID += 7)
-                {
-                    if (Get(nID, tRecord) == 0)
-                    {
-                        const auto u = reinterpret_cast<std::uintptr_t>(tRecord.hHandle);
-                        EXPECT_EQ(static_cast<std::uintptr_t>(tRecord.eType), u % 4);
-                        ++nFound;
-                    }
-                }
-            }
-        });
-    const auto fnOpenAndClose = [&](std::uintptr_t uFirst)
-    {
-        for (std::uintptr_t u = uFirst; u < 40000 || nFound < 100; u += 2)
-        {
-            const int nID = Allocate(u, static_cast<eProtocolType>(u % 4));
-            EXPECT_NE(nID, -1);
-            Free(nID);
-        }
-    };
-    std::thread tOther(fnOpenAndClose, 1);
-    fnOpenAndClose(2);
-    tOther.join();
-    bEnd = true;
-    tReader.join();
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, Registry, testing::ValuesIn(g_atTables),

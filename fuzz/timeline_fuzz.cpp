@@ -2,7 +2,7 @@
 // for a frame its stamp, the time that passed, and its wall clock.
 
 #include "plugins/rtsp/Timeline.h"
-#include "tests/fuzz/Input.h"
+#include "fuzz/Input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t nLength)
 {

@@ -3,7 +3,7 @@
 // name, password, second host.
 
 #include "adapter/ClientAdapter.h"
-#include "tests/fuzz/Input.h"
+#include "fuzz/Input.h"
 #include "tests/recorder/Journal.h"
 
 #include <string>

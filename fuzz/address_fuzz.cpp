@@ -1,7 +1,7 @@
 // Connect blocks: three lines, for address, user name and password.
 
 #include "plugins/rtsp/Address.h"
-#include "tests/fuzz/Input.h"
+#include "fuzz/Input.h"
 
 #include <string>
 

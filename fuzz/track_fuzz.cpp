@@ -2,7 +2,7 @@
 // a length begins with it, in two bytes.
 
 #include "plugins/rtsp/Track.h"
-#include "tests/fuzz/Input.h"
+#include "fuzz/Input.h"
 
 #include <memory>
 
