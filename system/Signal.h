@@ -17,7 +17,7 @@ class TESSARO_API CSignal
 {
 public:
     /// wait's "no time-out".
-    static constexpr unsigned long Infinite = 4294967295UL;
+    static constexpr unsigned long Infinite = 4294967295UL; // NOLINT(readability-identifier-naming): what callers write
 
     CSignal();
     CSignal(CSignal const& tOther); ///< isn't created; takes over whether tOther was signalled
