@@ -80,10 +80,10 @@ inline void Unload()
 struct tagWay
 {
     char const* szName;
-    void (*pfnEnd)();     // what it returns from, main returns from
+    void (*pfnEnd)();     ///< when it returns, main returns
     int nSignal;          ///< that it ends with; 0: it exits with g_nEnded
-    bool bAlsoStopped;    // also after ClientAdapter_Stop
-    bool bLoaded = false; // only for a library that was loaded
+    bool bAlsoStopped;    ///< also after ClientAdapter_Stop
+    bool bLoaded = false; ///< only for a library that was loaded
 };
 inline constexpr tagWay g_atWays[] = {
     {"return from main", [] {}, 0, true},
@@ -121,10 +121,19 @@ inline int Child(void (*pfnStart)(), tagWay const& tWay, bool bStop)
     return g_nEnded; // the static objects are destroyed under the running thread
 }
 
-inline bool EndedAs(tagWay const& tWay, int nStatus)
+/// Waits for the child's end; false, and a line: it wasn't the way's.
+inline bool EndsAs(tagWay const& tWay, bool bStop, pid_t nChild)
 {
-    return tWay.nSignal ? WIFSIGNALED(nStatus) && WTERMSIG(nStatus) == tWay.nSignal
-                        : WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == g_nEnded;
+    int nStatus = 0;
+    const bool bWaited = waitpid(nChild, &nStatus, 0) == nChild;
+    const bool bAs = tWay.nSignal ? WIFSIGNALED(nStatus) && WTERMSIG(nStatus) == tWay.nSignal
+                                  : WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == g_nEnded;
+    if (!bWaited || !bAs)
+    {
+        std::printf("%s%s: ended with wait status %#x\n", tWay.szName, bStop ? " after a stop" : "",
+                    static_cast<unsigned>(nStatus));
+    }
+    return bWaited && bAs;
 }
 
 /// A program's main: every way nRuns times, nAtOnce at a time, with and without a stop before.
@@ -163,13 +172,7 @@ inline int EndInEveryWay(char const* szWhat, void (*pfnStart)(), int nRuns, int 
                     }
                 }
                 ++nEnded;
-                int nStatus = 0;
-                if (waitpid(anChildren.front(), &nStatus, 0) != anChildren.front() || !EndedAs(tWay, nStatus))
-                {
-                    ++nFailed;
-                    std::printf("%s%s: ended with wait status %#x\n", tWay.szName, bStop ? " after a stop" : "",
-                                static_cast<unsigned>(nStatus));
-                }
+                nFailed += !EndsAs(tWay, bStop, anChildren.front());
                 anChildren.erase(anChildren.begin());
             }
         }

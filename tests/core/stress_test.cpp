@@ -34,6 +34,11 @@ void Check(bool bHolds, char const* szInvariant)
     }
 }
 
+void Called()
+{
+    g_nCalls.fetch_add(1, g_eRelaxed);
+}
+
 template <class F>
 void InThreads(int nThreads, F fnRun)
 {
@@ -113,7 +118,7 @@ public:
         int nID = -1;
         Check(fnOpen(&nID) == 0 && nID >= 0 && nID < 1000, "an opening succeeds");
         m_nEnded.fetch_add(nTaken, g_eRelaxed);
-        ++g_nCalls;
+        Called();
         Check(!m_abOpen[Slot(nID)].exchange(true, g_eRelaxed), "no ID is given twice at once");
         Check(WentRound(GivenAt(nID)), "no ID comes back before the search has gone round");
         m_anGiven[Slot(nID)].store(nEnded, g_eRelaxed);
@@ -125,7 +130,7 @@ public:
     {
         m_abOpen[Slot(nID)].store(false, g_eRelaxed);
         Check(fnClose(nID) == 0, "a closing succeeds");
-        ++g_nCalls;
+        Called();
     }
 
     // When the ID was given, on the clock of all openings; -1: never.
@@ -210,7 +215,7 @@ void Use(tagStream const& tStream)
     g_tHeard.uHandle = 0;
     Check(ClientAdapter_StreamMediaControl(tStream.nID, eTaskPlay) == 0 && g_tHeard.uHandle == tStream.uHandle,
           "a call reaches its own stream");
-    ++g_nCalls;
+    Called();
 }
 
 void Use(tagLogin const& tLogin)
@@ -219,7 +224,7 @@ void Use(tagLogin const& tLogin)
     Check(ClientAdapter_DeviceControl(tLogin.nID, {}) == 0 &&
               (tLogin.eType == eProtocolRTSP || g_tHeard.uHandle == tLogin.uHandle),
           "a call reaches its own login");
-    ++g_nCalls;
+    Called();
 }
 
 // What a plug-in was given by the calling thread's last registration.
@@ -375,7 +380,7 @@ void RegisterWhileFramesArrive()
                         g_tHeard.uHandle = 0;
                         Check(g_atKinds[i].pfnRegister(tStream.nID, n % 2) == 0 && g_tHeard.uHandle == tStream.uHandle,
                               "a registration reaches its own stream");
-                        ++g_nCalls;
+                        Called();
                     });
             }
             nRegistering.fetch_sub(1, g_eRelaxed);
@@ -423,7 +428,7 @@ void SubscribeWhileEventsArrive()
                                                              UserData(tLogin.nID, n % 2)) == 0 &&
                                     g_tHeard.uHandle == tLogin.uHandle,
                                 "a subscription reaches its own login");
-                          ++g_nCalls;
+                          Called();
                       }
                   }
                   nSubscribing.fetch_sub(1, g_eRelaxed);
@@ -475,7 +480,7 @@ void CallFromInside()
 }
 
 // The misuse: threads use an ID that another closes and opens again and again, for one protocol and another. All other
-// slots are taken, so it is the same ID each time.
+// slots are taken, so it is the same ID each time. Here the order of things is what is checked, so the words keep it.
 void UseWhileAnotherCloses()
 {
     constexpr int nRounds = 20000;
@@ -523,7 +528,7 @@ void UseWhileAnotherCloses()
                       const int nBegin = nClock++;
                       g_tHeard.uHandle = 0;
                       const int nResult = ClientAdapter_StreamMediaControl(nFree, eTaskPlay);
-                      ++g_nCalls;
+                      Called();
                       if (nResult != 0)
                       {
                           Check(nResult == -1 && g_tHeard.uHandle == 0, "a closed ID is unknown");

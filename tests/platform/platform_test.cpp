@@ -295,6 +295,7 @@ TEST_F(Platform, TheSystemRefusesASession)
     const auto [anGood, astrCalls] = fnSession(-1);
     EXPECT_EQ(std::count(anGood.begin(), anGood.end(), 0), static_cast<std::ptrdiff_t>(3 * nResults));
     std::size_t nProtocol = 0;
+    int nUnlocked = 0;
     for (std::size_t i = 0; i < astrCalls.size(); ++i)
     {
         SCOPED_TRACE(std::to_string(i) + ", " + astrCalls[i]);
@@ -324,6 +325,7 @@ TEST_F(Platform, TheSystemRefusesASession)
         {
             // A record of events can't be looked at without its lock: not subscribed, then no event; else no event.
             EXPECT_EQ(astrCalls[i], "pthread_mutex_lock");
+            ++nUnlocked;
             const std::size_t nSubscription = anWrong[0] / nResults * nResults + 2;
             EXPECT_TRUE(anWrong == (std::vector{nSubscription, nSubscription + 1}) ||
                         anWrong == std::vector{nSubscription + 1});
@@ -335,6 +337,7 @@ TEST_F(Platform, TheSystemRefusesASession)
         }
     }
     EXPECT_EQ(nProtocol, 3U);
+    EXPECT_EQ(nUnlocked, 2 * 3) << "a subscription and an event of each protocol";
     CJournal::Instance().Observe(nullptr);
     std::fprintf(stderr, "tried: %zu system calls of a session failed, each in turn\n", astrCalls.size());
 }

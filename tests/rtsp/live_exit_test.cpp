@@ -1,4 +1,4 @@
-// The ways to end with live streams of the RTSP plug-in, some of them encrypted.
+// The ways to end with two live streams of the RTSP plug-in, one of them encrypted.
 
 #include "tests/core/Ending.h"
 #include "tests/rtsp/Support.h"
