@@ -67,16 +67,28 @@ TESSARO_ENUM(eResult){
     eResultUnknownMedia = -1,    ///< the media ID is not registered; at login: a required pointer is null
 };
 
-/// The RTSP plug-in's own codes. Where a record or handle is refused, nothing was changed.
-TESSARO_ENUM(eRtspResult){
-    eRtspNotSupported = 201,   ///< RTSP has no word for the request (a forced key frame, say)
-    eRtspBadHandle = 202,      ///< no open stream has this handle (null and closed ones included)
-    eRtspBadArgument = 203,    ///< a required pointer is null, or a record is too small
-    eRtspTooManyStreams = 204, ///< as many streams are open as RTSPClient_SetMaxChannel allows
-    eRtspNotStarted = 205,     ///< RTSPClient_Start has not been called, or RTSPClient_Stop has
-    eRtspNoResources = 206,    ///< no memory or no thread could be had
-    eRtspBadAddress = 207, ///< no rtsp:// or rtsps:// URL, control characters or credentials in it, or credentials that
-                           ///< can't be carried
+/// The results of our plug-ins, the same for every protocol, so that an application handles them once. Where something
+/// is refused, nothing was changed.
+TESSARO_ENUM(ePluginResult){
+    eResultNotSupported = 201,   ///< the protocol or this device has no such function
+    eResultBadHandle = 202,      ///< nothing open has this handle (null and closed ones included)
+    eResultBadArgument = 203,    ///< a required pointer is null, a record too small, or a value out of its range
+    eResultTooManyStreams = 204, ///< as many streams are open as the application allowed
+    eResultNotStarted = 205,     ///< the plug-in has not been started, or has been stopped
+    eResultNoResources = 206,    ///< no memory or no thread was left
+    eResultBadAddress = 207,     ///< the address is no address of this protocol, or holds a user name or password
+    eResultWrongLogin = 208,     ///< wrong user name or password, or the user may not do this
+    eResultLocked = 209,         ///< the device has locked the account for a while
+    eResultUnreachable = 210,    ///< nobody answers at the address
+    eResultTimeOut = 211,        ///< the device did not answer in time
+    eResultConnectionLost = 212, ///< the connection broke while the call was waiting
+    eResultBusy = 213,           ///< the device is occupied; the same call may succeed later
+    eResultNoChannel = 214,      ///< the device has no such channel, input, output or window
+    eResultRefused = 215,        ///< the device answered that it will not do it
+    eResultNotFound = 216,       ///< no such file, recording, preset, user or block
+    eResultNoMoreEntries = 217,  ///< a query has given its last entry
+    eResultDeviceFull = 218,     ///< the device has no room left
+    eResultStillRunning = 219,   ///< closed; a callback that began before is still running, and is the last
 };
 
 /// @}
@@ -96,12 +108,18 @@ TESSARO_ENUM(eMediaType){
 
 /// How a frame is coded. Codecs without a value of their own are passed on as eCodecOther and named in szCodecName.
 TESSARO_ENUM(eMediaCodec){
-    eCodecOther = 0, ///< see szCodecName
-    eCodecH264 = 1,  ///< Annex B byte stream
-    eCodecH265 = 2,  ///< Annex B byte stream
-    eCodecAAC = 3,   ///< raw access units without ADTS header; tagStreamMediaFrame::pConfig describes them
-    eCodecG711A = 4, ///< A-law
-    eCodecG711U = 5, ///< mu-law
+    eCodecOther = 0,     ///< see szCodecName
+    eCodecH264 = 1,      ///< Annex B byte stream
+    eCodecH265 = 2,      ///< Annex B byte stream
+    eCodecAAC = 3,       ///< raw access units without ADTS header; tagStreamMediaFrame::pConfig describes them
+    eCodecG711A = 4,     ///< A-law
+    eCodecG711U = 5,     ///< mu-law
+    eCodecG726 = 6,      ///< ADPCM; szCodecName ends in the bit rate: "g726-32"
+    eCodecOpus = 7,      ///< one packet
+    eCodecMJPEG = 8,     ///< one whole JPEG file
+    eCodecMPEG4 = 9,     ///< MPEG-4 Part 2; one access unit
+    eCodecMPEGTS = 10,   ///< whole transport stream packets of 188 bytes
+    eCodecMetadata = 11, ///< one XML document of ONVIF metadata
 };
 
 /// Bits of tagStreamMediaFrame::dwFlags.
@@ -201,6 +219,7 @@ TESSARO_ENUM(eRtspTransport){
     eRtspTcp = 0,       ///< interleaved with RTSP in one TCP connection
     eRtspUdp = 1,       ///< to a port of this machine
     eRtspMulticast = 2, ///< to a group that the device names
+    eRtspAutomatic = 3, ///< UDP first; TCP when nothing has come within 3 s, which eEventTransport reports
 };
 
 /// What to open as a live stream.
@@ -263,6 +282,7 @@ TESSARO_ENUM(eConnectionState){
 /// | eEventLost          | errno of the failure, 0: stream's end  | milliseconds to next try | reconnects yet |
 /// | eEventPaused        | 0                                      | 0                        | reconnects yet |
 /// | eEventClockJump     | size of the jump in milliseconds       | 0 forward, 1 backward    | eMediaType     |
+/// | eEventTransport     | the eRtspTransport that is used now    | the one that was tried   | reconnects yet |
 TESSARO_ENUM(eConnectionEvent){
     eEventConnecting = 1, ///< eConnectionConnecting
     eEventLive = 2,       ///< eConnectionLive
@@ -271,6 +291,7 @@ TESSARO_ENUM(eConnectionEvent){
     eEventLost = 5,       ///< eConnectionLost
     eEventPaused = 6,     ///< eConnectionPaused
     eEventClockJump = 7,  ///< the device's clock was set or its time stamps began again; the stream goes on
+    eEventTransport = 8,  ///< another transport than the one asked for is used
 };
 
 /// What RTSPClient_GetPackageInfo fills in, given the record and its size. Counts run from the stream's creation on

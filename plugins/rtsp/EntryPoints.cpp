@@ -16,7 +16,7 @@ try
 }
 catch (...)
 {
-    return eRtspNoResources;
+    return eResultNoResources;
 }
 
 template <class F>
@@ -26,7 +26,7 @@ int OnStream(void* hStream, F fnEntry)
         [&]() -> int
         {
             const std::shared_ptr<CStream> pStream = CStreams::Instance().Find(hStream);
-            return pStream ? static_cast<int>(fnEntry(*pStream)) : static_cast<int>(eRtspBadHandle);
+            return pStream ? static_cast<int>(fnEntry(*pStream)) : static_cast<int>(eResultBadHandle);
         });
 }
 
@@ -63,7 +63,7 @@ int RTSPClient_Create(void** phStream, tagRTSPClientPara* ptPara, unsigned int)
 {
     if (!phStream || !ptPara)
     {
-        return eRtspBadArgument;
+        return eResultBadArgument;
     }
     return Guarded([&] { return CStreams::Instance().Create(phStream, *ptPara); });
 }
@@ -100,7 +100,7 @@ int RTSPClient_Control(void* hStream, eTaskControl eControl)
                     {
                         if (eControl != eTaskPlay && eControl != eTaskPause)
                         {
-                            return eRtspNotSupported;
+                            return eResultNotSupported;
                         }
                         tStream.SetPaused(eControl == eTaskPause);
                         return eResultOk;
@@ -114,7 +114,7 @@ int RTSPClient_GetPackageInfo(void* hStream, void* pInfo, int nLength, int)
                     {
                         if (!pInfo || nLength < static_cast<int>(sizeof(tagRTSPPackageInfo)))
                         {
-                            return eRtspBadArgument;
+                            return eResultBadArgument;
                         }
                         *static_cast<tagRTSPPackageInfo*>(pInfo) = tStream.Info();
                         return eResultOk;
@@ -138,11 +138,11 @@ int RTSP_GetAttribute(eClientSDKAttributeType eAttribute, unsigned long* pdwValu
         {
             if (eAttribute != eAttributeMaxChannel && eAttribute != eAttributeOpenStreams)
             {
-                return eRtspNotSupported;
+                return eResultNotSupported;
             }
             if (!pdwValue)
             {
-                return eRtspBadArgument;
+                return eResultBadArgument;
             }
             *pdwValue = eAttribute == eAttributeMaxChannel ? CStreams::Instance().Most() : CStreams::Instance().Open();
             return eResultOk;
@@ -154,7 +154,7 @@ int RTSP_GetAttribute(eClientSDKAttributeType eAttribute, unsigned long* pdwValu
 
 int RTSP_ForceIFrame(void*, unsigned long)
 {
-    return eRtspNotSupported;
+    return eResultNotSupported;
 }
 
 int RTSPClient_SetProtocolInterface(IProtocol*)
@@ -164,12 +164,12 @@ int RTSPClient_SetProtocolInterface(IProtocol*)
 
 int RTSPClient_SetProductMode(void*, unsigned long)
 {
-    return eRtspNotSupported;
+    return eResultNotSupported;
 }
 
 int RTSPClient_SetCallbackFunc(unsigned long, void*)
 {
-    return eRtspNotSupported;
+    return eResultNotSupported;
 }
 
 TESSARO_C_END

@@ -1,6 +1,6 @@
 /// The RTSP plug-in's entry points, as the RTSP binding looks them up by name. C99 and C++; for tests and tools that
 /// drive the plug-in without the library. Any thread may call any of them, from inside callbacks too. Besides 0 they
-/// answer the codes of eRtspResult; eRtspBadHandle from each that takes a stream.
+/// answer the codes of ePluginResult; eResultBadHandle from each that takes a stream.
 #ifndef TESSARO_PLUGINS_RTSP_ENTRYPOINTS_H
 #define TESSARO_PLUGINS_RTSP_ENTRYPOINTS_H
 
@@ -39,7 +39,7 @@ TESSARO_API int RTSP_GetAttribute(eClientSDKAttributeType eAttribute, unsigned l
 
 /// Accepted; this plug-in has no use for the other protocols.
 TESSARO_API int RTSPClient_SetProtocolInterface(IProtocol* pProtocols);
-/// Always eRtspNotSupported: RTSP has no word for a forced key frame, and there are no product modes or functions of
+/// Always eResultNotSupported: RTSP has no word for a forced key frame, and there are no product modes or functions of
 /// the plug-in's own kinds.
 TESSARO_API int RTSP_ForceIFrame(void* hStream, unsigned long dwValue);
 TESSARO_API int RTSPClient_SetProductMode(void* hStream, unsigned long dwMode);

@@ -36,7 +36,7 @@ int CStreams::Stop()
         const std::lock_guard tLock(m_tMutex);
         if (!m_bStarted)
         {
-            return eRtspNotStarted;
+            return eResultNotStarted;
         }
         m_bStarted = false;
         apStreams = std::exchange(m_apEnding, {});
@@ -57,16 +57,16 @@ int CStreams::Create(void** phStream, tagRTSPClientPara const& tPara)
     const std::lock_guard tLock(m_tMutex);
     if (!m_bStarted)
     {
-        return eRtspNotStarted;
+        return eResultNotStarted;
     }
     if (m_apOpen.size() >= m_nMost)
     {
-        return eRtspTooManyStreams;
+        return eResultTooManyStreams;
     }
     std::optional<tagAddress> tAddress = MakeAddress(tPara);
     if (!tAddress)
     {
-        return eRtspBadAddress;
+        return eResultBadAddress;
     }
     const std::uintptr_t uHandle = m_uLastHandle + 1;
     auto& pStream = m_apOpen[uHandle]; // first, so that nothing can fail once the thread runs
@@ -92,7 +92,7 @@ int CStreams::Destroy(void* hStream)
         const auto itStream = m_apOpen.find(reinterpret_cast<std::uintptr_t>(hStream));
         if (itStream == m_apOpen.end())
         {
-            return m_bStarted ? eRtspBadHandle : eRtspNotStarted;
+            return m_bStarted ? eResultBadHandle : eResultNotStarted;
         }
         apStreams.push_back(itStream->second);
         m_apOpen.erase(itStream);

@@ -220,37 +220,37 @@ TEST_F(RtspPlugin, BadCallsAreRefused)
     for (char const* const szUrl : {"", "http://127.0.0.1/x", "rtsp://", "rtsp:///x", "rtsp://u:p@127.0.0.1/x",
                                     "rtsp://127.0.0.1/x\r\nX-Injected: y"})
     {
-        EXPECT_EQ(TryCreate(&hStream, szUrl), eRtspBadAddress) << szUrl;
+        EXPECT_EQ(TryCreate(&hStream, szUrl), eResultBadAddress) << szUrl;
     }
-    EXPECT_EQ(TryCreate(&hStream, strNobody, "a:b"), eRtspBadAddress);
+    EXPECT_EQ(TryCreate(&hStream, strNobody, "a:b"), eResultBadAddress);
     EXPECT_EQ(TryCreate(&hStream, strNobody, std::string(31, '@').c_str(), std::string(31, '@').c_str()),
-              eRtspBadAddress);
+              eResultBadAddress);
     EXPECT_EQ(hStream, nullptr);
-    EXPECT_EQ(RTSPClient_Create(nullptr, nullptr, 0), eRtspBadArgument);
+    EXPECT_EQ(RTSPClient_Create(nullptr, nullptr, 0), eResultBadArgument);
     EXPECT_EQ(RTSPClient_SetMaxChannel(2), 0);
     EXPECT_EQ(TryCreate(&hStream, strNobody) + TryCreate(&hStream, strNobody), 0);
-    EXPECT_EQ(TryCreate(&hStream, strNobody), eRtspTooManyStreams);
+    EXPECT_EQ(TryCreate(&hStream, strNobody), eResultTooManyStreams);
     EXPECT_EQ(RTSP_GetAttribute(eAttributeOpenStreams, &dwValue), 0);
     EXPECT_EQ(dwValue, 2U);
     EXPECT_EQ(RTSP_GetAttribute(eAttributeMaxChannel, &dwValue), 0);
     EXPECT_EQ(dwValue, 2U);
-    EXPECT_EQ(RTSP_GetAttribute(static_cast<eClientSDKAttributeType>(9), &dwValue), eRtspNotSupported);
+    EXPECT_EQ(RTSP_GetAttribute(static_cast<eClientSDKAttributeType>(9), &dwValue), eResultNotSupported);
     EXPECT_EQ(RTSPClient_SetMaxChannel(0), 0);
-    EXPECT_EQ(RTSP_ForceIFrame(hStream, 0), eRtspNotSupported);
-    EXPECT_EQ(RTSPClient_Control(hStream, static_cast<eTaskControl>(3)), eRtspNotSupported);
-    EXPECT_EQ(RTSPClient_GetPackageInfo(hStream, &tInfo, sizeof tInfo - 1, 0), eRtspBadArgument);
-    EXPECT_EQ(RTSPClient_GetPackageInfo(hStream, nullptr, sizeof tInfo, 0), eRtspBadArgument);
+    EXPECT_EQ(RTSP_ForceIFrame(hStream, 0), eResultNotSupported);
+    EXPECT_EQ(RTSPClient_Control(hStream, static_cast<eTaskControl>(3)), eResultNotSupported);
+    EXPECT_EQ(RTSPClient_GetPackageInfo(hStream, &tInfo, sizeof tInfo - 1, 0), eResultBadArgument);
+    EXPECT_EQ(RTSPClient_GetPackageInfo(hStream, nullptr, sizeof tInfo, 0), eResultBadArgument);
     EXPECT_EQ(RTSPClient_Destroy(hStream), 0);
     for (void* const hBad : {hStream, static_cast<void*>(nullptr), reinterpret_cast<void*>(-1)})
     {
-        EXPECT_EQ(RTSPClient_Destroy(hBad), eRtspBadHandle);
-        EXPECT_EQ(RTSPClient_StreamCB(hBad, nullptr, 0), eRtspBadHandle);
-        EXPECT_EQ(RTSPClient_EventCB(hBad, nullptr, 0), eRtspBadHandle);
-        EXPECT_EQ(RTSPClient_Control(hBad, eTaskPlay), eRtspBadHandle);
-        EXPECT_EQ(RTSPClient_GetPackageInfo(hBad, &tInfo, sizeof tInfo, 0), eRtspBadHandle);
+        EXPECT_EQ(RTSPClient_Destroy(hBad), eResultBadHandle);
+        EXPECT_EQ(RTSPClient_StreamCB(hBad, nullptr, 0), eResultBadHandle);
+        EXPECT_EQ(RTSPClient_EventCB(hBad, nullptr, 0), eResultBadHandle);
+        EXPECT_EQ(RTSPClient_Control(hBad, eTaskPlay), eResultBadHandle);
+        EXPECT_EQ(RTSPClient_GetPackageInfo(hBad, &tInfo, sizeof tInfo, 0), eResultBadHandle);
     }
     RTSPClient_Stop();
-    EXPECT_EQ(TryCreate(&hStream, strNobody), eRtspNotStarted);
+    EXPECT_EQ(TryCreate(&hStream, strNobody), eResultNotStarted);
 }
 
 // --- a life that heals -----------------------------------------------------------------------------------------------
