@@ -355,14 +355,10 @@ std::size_t CMessageReader::ReadMessage(Bytes abyData, IMessageSink& tSink)
         // A packet begins in the middle of it.
         const auto itAlien =
             std::find_if(strLine.begin(), strLine.end(), [](char c) { return IsControl(c) && c != '\t' && c != '\r'; });
-        std::size_t nAlien = itAlien == strLine.end()
-                                 ? std::string_view::npos
-                                 : std::min(strData.find('$', std::max<std::size_t>(nLine, 1)),
-                                            nLine + static_cast<std::size_t>(itAlien - strLine.begin()));
-        if (nLine > 0 && strLine.starts_with('$'))
-        {
-            nAlien = nLine;
-        }
+        const std::size_t nAlien = itAlien == strLine.end()
+                                       ? std::string_view::npos
+                                       : std::min(strData.find('$', std::max<std::size_t>(nLine, 1)),
+                                                  nLine + static_cast<std::size_t>(itAlien - strLine.begin()));
         if (std::min(nStart, nAlien) != std::string_view::npos)
         {
             m_bLost = nAlien < nStart;
