@@ -87,7 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
         bool bGood = true;
         REQUIRE(TakeInPieces(tWhole.m_strLast, 1000, 0, bGood).m_strLast == tWhole.m_strLast);
     }
-    if (bWhole)
+    if (bWhole && nLength % 4 == 0) // it takes long
     {
         // Whatever came, what is well formed is found again within a message and the longest packet.
         static const std::string strPacket = std::string("$\0\x03\xe8\x80", 5) + std::string(999, 'x');

@@ -71,6 +71,10 @@ private:
     eMatch m_eResult = eMatch::Yes;
 };
 
+bool IsOfMethod(char c)
+{
+    return (c >= 'A' && c <= 'Z') || c == '_';
+}
 bool EndsWord(char c)
 {
     return IsBlank(c) || c == '\r' || c == '\n';
@@ -92,7 +96,7 @@ eMatch MatchStatus(std::string_view strText)
 eMatch MatchRequest(std::string_view strText)
 {
     return CMatcher(strText)
-        .Some(2, g_nLongestMethod, [](char c) { return (c >= 'A' && c <= 'Z') || c == '_'; })
+        .Some(2, g_nLongestMethod, &IsOfMethod)
         .Some(1, g_nMostBlanks, &IsBlank)
         .Some(1, g_nLongestUri, [](char c) { return c != ' ' && !IsControl(c); })
         .Some(1, g_nMostBlanks, &IsBlank)
@@ -103,6 +107,10 @@ eMatch MatchRequest(std::string_view strText)
 
 eMatch MatchStart(std::string_view strText)
 {
+    if (!strText.empty() && !IsOfMethod(strText.front())) // as most of what junk is made of
+    {
+        return eMatch::No;
+    }
     const eMatch eStatus = MatchStatus(strText);
     return eStatus == eMatch::Yes ? eStatus : std::max(eStatus, MatchRequest(strText));
 }
