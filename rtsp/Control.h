@@ -47,6 +47,8 @@ public:
     /// Looks the host up and connects, to one address after the other. 0, or an errno.
     CTask<int> Connect(tagPeer tPeer, Clock::time_point tUntil);
     void Close();
+    /// It is of no use any more: nError is how it ended.
+    void Fail(int nError);
     bool IsOpen() const { return m_pConnection != nullptr && !m_nEnd; }
     /// How the connection ended: an errno, 0: the server closed it. Nothing: it hasn't.
     std::optional<int> End() const { return m_nEnd; }
@@ -68,7 +70,8 @@ public:
     /// What the loop told. False: the tag is another's.
     bool OnReadable(std::uint32_t dwTag);
     bool OnWritable(std::uint32_t dwTag);
-    /// Reads on where a full share was read; nothing otherwise.
+    /// A full share was read, and no readability tells that there is more.
+    bool WantsReadOn() const { return m_bReadOn; }
     void ReadOn();
 
     tagEndpoint const& Peer() const { return m_tPeerAddress; }
@@ -87,7 +90,6 @@ private:
     CTask<int> ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoint, Clock::time_point tUntil);
     unsigned Put(tagMessage const& tRequest);
     void Write(std::string_view strBytes);
-    void Fail(int nError);
     void Read();
     void AnswerServer(tagMessage const& tRequest);
 

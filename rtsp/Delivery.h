@@ -1,6 +1,7 @@
 #pragma once
 
 #include "protocol/PluginInterface.h"
+#include "rtsp/Callback.h"
 #include "rtsp/Loop.h"
 #include "rtsp/Track.h"
 
@@ -13,21 +14,6 @@
 
 namespace rtsp
 {
-/// A function with its user data, replaced and read as a pair.
-template <class Function>
-struct tagCallback
-{
-    Function pfn = nullptr;
-    unsigned long dwUser = 0;
-};
-
-/// Which of a stream's two registrations for events.
-enum class eListener
-{
-    EventCB,
-    SetRtspEvenCb,
-};
-
 /// Who sees to it that CDelivery::Run is called.
 class IDeliverer
 {

@@ -40,7 +40,7 @@ void CMedia::Clear()
 {
     m_atTracks.clear();
     m_ullPackets = 0;
-    m_bRecordingEnded = false;
+    m_bTaking = false;
 }
 
 std::size_t CMedia::Add(tagMediaDescription const& tDescription, eRtspTransport eTransport)
@@ -161,7 +161,7 @@ void CMedia::Watch(tagTrack& tTrack)
 void CMedia::Begin(CTimeline::ePace ePace)
 {
     m_tTimeline.Restart(ePace);
-    m_bRecordingEnded = false;
+    m_bTaking = true;
     bool bHasVideo = false;
     for (tagTrack const& tTrack : m_atTracks)
     {
@@ -173,14 +173,8 @@ void CMedia::Begin(CTimeline::ePace ePace)
 
 bool CMedia::HaveEnded() const
 {
-    return m_bRecordingEnded || (!m_atTracks.empty() && std::all_of(m_atTracks.begin(), m_atTracks.end(),
-                                                                    [](tagTrack const& t)
-                                                                    { return t.pTrack->HasEnded(); }));
-}
-
-bool CMedia::IsAllUdp() const
-{
-    return std::all_of(m_atTracks.begin(), m_atTracks.end(), [](tagTrack const& t) { return t.eTransport != eRtspTcp; });
+    return !m_atTracks.empty() && std::all_of(m_atTracks.begin(), m_atTracks.end(),
+                                              [](tagTrack const& t) { return t.pTrack->HasEnded(); });
 }
 
 // --- packets ---------------------------------------------------------------------------------------------------------
@@ -237,6 +231,10 @@ void CMedia::Receive(tagTrack& tTrack, CDescriptor& tDescriptor, Clock::time_poi
 
 void CMedia::Take(tagTrack& tTrack, bool bRtcp, Bytes abyPacket, Clock::time_point tNow)
 {
+    if (!m_bTaking)
+    {
+        return;
+    }
     m_tNow = tNow;
     CTrack& tReceiver = *tTrack.pTrack;
     if (bRtcp)

@@ -41,8 +41,10 @@ public:
     void DropLast() { m_atTracks.pop_back(); }
     std::size_t Count() const { return m_atTracks.size(); }
 
-    /// From here on frames may come, which have nothing to do with those before.
+    /// From here on packets are taken; what comes has nothing to do with what came before.
     void Begin(CTimeline::ePace ePace);
+    /// No packet is taken any more.
+    void Hold() { m_bTaking = false; }
 
     // --- packets ---
 
@@ -57,8 +59,7 @@ public:
     /// RTP packets that came in this session.
     std::uint64_t Packets() const { return m_ullPackets; }
     Clock::time_point LastPacket() const { return m_tLastPacket; }
-    bool HaveEnded() const; ///< every track said good-bye, or a recording came to its end
-    bool IsAllUdp() const;
+    bool HaveEnded() const; ///< every track said good-bye
 
 private:
     struct tagTrack
@@ -98,6 +99,6 @@ private:
     std::uint64_t m_ullPackets = 0;
     Clock::time_point m_tLastPacket;
     Clock::time_point m_tNow; ///< when what is being taken came
-    bool m_bRecordingEnded = false;
+    bool m_bTaking = false;
 };
 } // namespace rtsp

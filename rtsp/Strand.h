@@ -27,21 +27,22 @@ public:
         fn();
         GoOn();
     }
-    /// The client's OnWake: something happened.
-    void Wake()
-    {
-        Enter(
-            [this]
-            {
-                m_tAlarmAt = Clock::time_point::max();
-                m_bHappened = true;
-            });
-    }
-
     // --- inside the strand ---
 
     /// Something happened that the coroutine must look at.
     void Notify() { m_bHappened = true; }
+    /// The client's OnWake: the alarm's time may have come, or somebody raised the waker.
+    void OnWake()
+    {
+        m_tAlarmAt = Clock::time_point::max();
+        m_bHappened = true;
+    }
+    /// The coroutine isn't run any more.
+    void Forget()
+    {
+        m_tWaiting = nullptr;
+        CancelAlarm();
+    }
     /// Waits until something happened, or until tUntil. Look what it was: it may be nothing.
     auto Next(Clock::time_point tUntil)
     {
