@@ -27,5 +27,6 @@ std::optional<tagUrl> ParseUrl(std::string_view strUrl);
 /// A control address as an SDP gives it, absolute or relative to strBase ("*" and empty: strBase itself). A relative
 /// one is put behind the base, a query included: that is what devices expect. They differ in whether the base ends in a
 /// slash: one is put in between where there is none. A path that goes on from the base's own path is taken as absolute.
-std::string ResolveControl(std::string_view strBase, std::string_view strControl);
+/// Blanks and control characters become escapes.
+std::string ResolveControl(std::string_view strBase, std::string_view strControlText);
 } // namespace rtsp

@@ -43,12 +43,15 @@ public:
     std::string Authorization(std::string_view strMethod, std::string_view strUri);
 
 private:
+    bool WasRefused(tagChallenge const& tChallenge) const;
+    bool Prepare(tagChallenge const& tChallenge);
+
     std::string m_strUser;
     std::string m_strPassword;
     std::optional<tagChallenge> m_tChallenge; ///< the one that is answered
     std::string m_strClientNonce;
-    std::string m_strSecret; ///< the digest of user, realm and password
+    std::string m_strSecret; ///< the digest of user, realm and password; Basic: both of them
     unsigned m_nUsed = 0;    ///< requests that carried an answer to it
-    unsigned m_nStale = 0;   ///< nonces in a row that were stale at their first use
+    unsigned m_nStale = 0;   ///< nonces in a row that were refused at their first use
 };
 } // namespace rtsp

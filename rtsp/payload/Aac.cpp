@@ -2,12 +2,12 @@
 
 #include "rtsp/BigEndian.h"
 #include "rtsp/BitReader.h"
+#include "rtsp/Text.h"
 #include "rtsp/payload/AudioConfig.h"
 #include "rtsp/payload/Encoded.h"
 #include "rtsp/payload/Payload.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace rtsp
 {
@@ -39,10 +39,7 @@ public:
         const bool bHighRate = bNothing || tDescription.Parameter("mode") == "AAC-hbr";
         const auto fnNumber = [&](char const* szName, unsigned nDefault, unsigned nMost)
         {
-            const std::string_view strValue = tDescription.Parameter(szName);
-            unsigned nValue = nDefault;
-            std::from_chars(strValue.data(), strValue.data() + strValue.size(), nValue);
-            return std::min(nValue, nMost);
+            return std::min(Number<unsigned>(tDescription.Parameter(szName)).value_or(nDefault), nMost);
         };
         m_nSizeBits = fnNumber("sizelength", bLowRate ? 6 : bHighRate ? 13 : 0, 32);
         m_nIndexBits = fnNumber("indexlength", bLowRate ? 2 : bHighRate ? 3 : 0, 32);

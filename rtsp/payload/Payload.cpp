@@ -1,5 +1,6 @@
 #include "rtsp/payload/Payload.h"
 #include "rtsp/Buffers.h"
+#include "rtsp/Text.h"
 
 #include <algorithm>
 #include <string>
@@ -12,16 +13,6 @@ namespace
 eMediaType MediaType(std::string_view strMedia)
 {
     return strMedia == "video" ? eMediaVideo : strMedia == "audio" ? eMediaAudio : eMediaOther;
-}
-
-std::string Lower(std::string_view strText)
-{
-    std::string strLower(strText);
-    for (char& c : strLower)
-    {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return strLower;
 }
 
 struct tagKnown
