@@ -112,7 +112,9 @@ void CMarked::Reset()
 {
     Forget();
     GiveBuffer(std::move(m_tUnit.abyData));
-    m_tUnit = {.nLostBefore = m_tUnit.nLostBefore};
+    const unsigned nLostBefore = m_tUnit.nLostBefore; // not told yet
+    m_tUnit = {};
+    m_tUnit.nLostBefore = nLostBefore;
     m_bFrame = m_bAny = m_bMarked = m_bTooLarge = false;
     m_nMarkers = 0;
 }
