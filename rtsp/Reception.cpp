@@ -46,8 +46,8 @@ void CReception::OnPacket(tagRtpPacket const& tPacket, std::chrono::steady_clock
     if (m_dwReceived++ > 0)
     {
         const auto nChange = static_cast<std::int32_t>(dwTransit - m_dwTransit);
-        const std::uint32_t dwChange = nChange < 0 ? 0U - static_cast<std::uint32_t>(nChange)
-                                                   : static_cast<std::uint32_t>(nChange);
+        const std::uint32_t dwChange =
+            nChange < 0 ? 0U - static_cast<std::uint32_t>(nChange) : static_cast<std::uint32_t>(nChange);
         m_dwJitter += std::min(dwChange, 0x0FFFFFFFU) - ((m_dwJitter + 8) >> 4);
     }
     m_dwTransit = dwTransit;

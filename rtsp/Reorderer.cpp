@@ -124,8 +124,9 @@ std::optional<std::chrono::steady_clock::time_point> CReorderer::Deadline() cons
         return std::nullopt;
     }
     // Not always the first one's: it may have come last.
-    const auto itOldest = std::min_element(m_atHeld.begin(), m_atHeld.end(), [](tagHeld const& tA, tagHeld const& tB)
-                                           { return tA.tArrived < tB.tArrived; });
+    const auto itOldest =
+        std::min_element(m_atHeld.begin(), m_atHeld.end(),
+                         [](tagHeld const& tA, tagHeld const& tB) { return tA.tArrived < tB.tArrived; });
     return itOldest->tArrived + m_tWait;
 }
 

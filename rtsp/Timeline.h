@@ -49,6 +49,7 @@ private:
         std::int64_t llTimeUs = 0;
         std::int64_t llArrivedUs = 0;
         std::int64_t llBeganUs = 0; ///< arrival of the session's first frame
+        std::int64_t llBurstUs = 0; ///< what frames at a session's beginning may still be ahead of time
         std::int64_t llLeadUs = 0;  ///< how far the time line is before the arrival of frames that weren't held up
         bool bRunning = false;      ///< has an offset in this session
         bool bSeen = false;         ///< had a frame in any session
