@@ -69,8 +69,8 @@ SSL_CTX* MakeContext(bool bTrusted)
     {
         throw std::bad_alloc();
     }
-    SSL_CTX_set_mode(ptContext, SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER |
-                                    SSL_MODE_RELEASE_BUFFERS);
+    SSL_CTX_set_mode(ptContext,
+                     SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER | SSL_MODE_RELEASE_BUFFERS);
     SSL_CTX_set_options(ptContext, SSL_OP_IGNORE_UNEXPECTED_EOF); // devices close without a word
     if (bTrusted)
     {
@@ -152,7 +152,7 @@ std::ptrdiff_t CConnection::TlsResult(int nResult)
         return nErrno != 0 && nErrno != EAGAIN ? -nErrno : -ECONNRESET;
     default:
         return SSL_get_verify_result(m_ptTls) != X509_V_OK && SSL_get_verify_mode(m_ptTls) != SSL_VERIFY_NONE ? -EACCES
-                                                                                                             : -EPROTO;
+                                                                                                              : -EPROTO;
     }
 }
 
@@ -204,7 +204,8 @@ std::ptrdiff_t CConnection::Send(std::string_view strBytes)
     {
         ERR_clear_error();
         errno = 0;
-        return TlsResult(SSL_write(m_ptTls, strBytes.data(), static_cast<int>(std::min<std::size_t>(strBytes.size(), INT_MAX))));
+        return TlsResult(
+            SSL_write(m_ptTls, strBytes.data(), static_cast<int>(std::min<std::size_t>(strBytes.size(), INT_MAX))));
     }
     const auto nSent = send(File(), strBytes.data(), strBytes.size(), MSG_NOSIGNAL);
     return nSent >= 0 ? nSent : errno == EINTR ? -EAGAIN : -errno;

@@ -27,8 +27,8 @@ public:
 
     /// From here on encrypted. bTrusted: strHost must prove who it is. Throws std::bad_alloc.
     void BeginTls(std::string const& strHost, bool bTrusted);
-    /// Goes on with agreeing on keys. 0: done; EAGAIN: go on when tClient hears that the socket is ready; another errno,
-    /// EACCES: it didn't prove who it is.
+    /// Goes on with agreeing on keys. 0: done; EAGAIN: go on when tClient hears that the socket is ready; another
+    /// errno, EACCES: it didn't prove who it is.
     int Handshake(ILoopClient& tClient);
 
     /// The number of bytes that were there, 0: the end; or a negative errno, -EAGAIN: nothing is there.

@@ -1,7 +1,9 @@
 #include "rtsp/Control.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <iterator>
 
 namespace rtsp
 {
@@ -104,7 +106,8 @@ CTask<int> CControl::ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoin
         m_pConnection->BeginTls(tPeer.tUrl.strHost, tPeer.bTrusted);
         m_bReady = true;
         nError = EAGAIN;
-        while ((nError = fnWait(std::exchange(m_bReady, false) ? m_pConnection->Handshake(m_tClient) : EAGAIN)) == EAGAIN)
+        while ((nError = fnWait(std::exchange(m_bReady, false) ? m_pConnection->Handshake(m_tClient) : EAGAIN)) ==
+               EAGAIN)
         {
             co_await m_tStrand.Next(tUntil);
         }
@@ -341,8 +344,8 @@ void CControl::OnMessage(tagMessage&& tMessage)
 void CControl::AnswerServer(tagMessage const& tRequest)
 {
     constexpr std::string_view g_astrKnown[] = {"OPTIONS", "GET_PARAMETER", "SET_PARAMETER", "ANNOUNCE", "REDIRECT"};
-    const bool bKnown = std::find(std::begin(g_astrKnown), std::end(g_astrKnown), tRequest.strMethod) !=
-                        std::end(g_astrKnown);
+    const bool bKnown =
+        std::find(std::begin(g_astrKnown), std::end(g_astrKnown), tRequest.strMethod) != std::end(g_astrKnown);
     tagMessage tAnswer;
     tAnswer.nStatus = bKnown ? 200 : 501;
     tAnswer.strReason = bKnown ? "OK" : "Not Implemented";

@@ -189,8 +189,8 @@ bool CDelivery::CallNext(std::unique_lock<std::mutex>& tLock)
         m_atItems.clear();
         return false;
     }
-    const bool bStateNext = !m_atItems.empty() && m_atItems.front().adwWords[0] != 0 &&
-                            m_atItems.front().adwWords[0] <= eEventPaused;
+    const bool bStateNext =
+        !m_atItems.empty() && m_atItems.front().adwWords[0] != 0 && m_atItems.front().adwWords[0] <= eEventPaused;
     for (std::size_t i = 0; !bStateNext && i < m_atListeners.size(); ++i)
     {
         if (std::exchange(m_abNewListener[i], false))
@@ -387,6 +387,6 @@ int CDelivery::AwaitCallback(void const* pCallback, Clock::time_point tUntil)
         }
         *pptWait = tWait.ptNext;
     }
-    return bOver ? eResultOk : eResultStillRunning;
+    return bOver ? 0 : eResultStillRunning;
 }
 } // namespace rtsp

@@ -26,8 +26,8 @@ protected:
 };
 
 /// What goes from one stream to the application: frames and events, in order, one callback at a time. It is filled by
-/// the stream's strand and emptied by whichever thread has just left it, so that a slow callback never holds up what the
-/// stream does. What such a callback can't take is kept up to a bound; then whole groups of pictures are dropped.
+/// the stream's strand and emptied by whichever thread has just left it, so that a slow callback never holds up what
+/// the stream does. What such a callback can't take is kept up to a bound; then whole groups of pictures are dropped.
 ///
 /// Who may call what: Put... and SetState the strand; Run a thread of the loop outside the strand; all others any.
 class CDelivery
@@ -117,10 +117,10 @@ private:
 
     // What comes in.
     bool m_bHasVideo = false;
-    bool m_bFirst = false;                ///< the next frame is the first since Restart
-    bool m_bDropping = false;             ///< until a key frame finds room
-    std::uint32_t m_dwDroppedLost = 0;    ///< packets missing before frames that were dropped
-    std::uint32_t m_dwDroppedBreaks = 0;  ///< a bit for each track that frames of were dropped
+    bool m_bFirst = false;               ///< the next frame is the first since Restart
+    bool m_bDropping = false;            ///< until a key frame finds room
+    std::uint32_t m_dwDroppedLost = 0;   ///< packets missing before frames that were dropped
+    std::uint32_t m_dwDroppedBreaks = 0; ///< a bit for each track that frames of were dropped
 
     // What goes out.
     bool m_bGateOpen = false; ///< a key frame went out since the gate was closed

@@ -11,7 +11,7 @@ namespace
 {
 using namespace std::chrono_literals;
 
-constexpr auto g_tConnectTime = 10s;    // for all of connecting
+constexpr auto g_tConnectTime = 10s; // for all of connecting
 constexpr unsigned g_nMostRedirects = 5;
 constexpr auto g_tStallTime = 5s;       // of silence, until it is told
 constexpr auto g_tSilenceTime = 15s;    // of silence, until the connection is given up
@@ -98,7 +98,7 @@ CLife::CLife(std::shared_ptr<CEngineCore> pCore, void* hStream, tagStreamOptions
       m_tAuthenticator(m_tOptions.strUser, m_tOptions.strPassword),
       m_tControl(m_pCore->tLoop, m_pCore->tResolver, m_tStrand, *this, *this),
       m_tMedia(m_pCore->tLoop, *this, m_tControl, m_tDelivery),
-      m_eTransport(m_tOptions.tUrl.bTls ? eRtspTcp
+      m_eTransport(m_tOptions.tUrl.bTls                      ? eRtspTcp
                    : m_tOptions.eTransport == eRtspAutomatic ? eRtspUdp
                                                              : m_tOptions.eTransport),
       m_tPlayback(m_tOptions.tPlayback.value_or(tagPlayback{})), m_tLife(Live())
@@ -666,8 +666,9 @@ CTask<CLife::eOutcome> CLife::Receive()
 Clock::time_point CLife::NextLook() const
 {
     const Clock::time_point tQuiet = std::max(m_tPlayed, m_tMedia.LastPacket());
-    const bool bTriesUdp = m_tOptions.eTransport == eRtspAutomatic && m_eTransport == eRtspUdp && m_tMedia.Packets() == 0;
-    const Clock::duration tPatience = bTriesUdp                         ? Clock::duration(g_tTryUdpTime)
+    const bool bTriesUdp =
+        m_tOptions.eTransport == eRtspAutomatic && m_eTransport == eRtspUdp && m_tMedia.Packets() == 0;
+    const Clock::duration tPatience = bTriesUdp                        ? Clock::duration(g_tTryUdpTime)
                                       : m_eState == eConnectionStalled ? Clock::duration(g_tSilenceTime)
                                                                        : Clock::duration(g_tStallTime);
     return std::min({tQuiet + tPatience, m_tSignOfLife, m_tReports, m_tMedia.Deadline()});

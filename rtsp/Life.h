@@ -142,7 +142,7 @@ private:
     std::string m_strMovedTo; ///< the address that the device named
 
     std::mutex m_tPlaybackMutex;
-    tagPlayback m_tPlayback;      ///< of a recording: what to play
+    tagPlayback m_tPlayback; ///< of a recording: what to play
     std::atomic<bool> m_bPlayAnew{false};
 
     CTask<> m_tLife; ///< last: it uses all of the above

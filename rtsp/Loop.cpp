@@ -103,8 +103,8 @@ public:
             m_tChanged.wait_until(tLock, tUntil,
                                   [this]
                                   {
-                                      return std::all_of(m_atThreads.begin(), m_atThreads.end(), [](auto const& t)
-                                                         { return t.bEnded || &t == g_ptThread; });
+                                      return std::all_of(m_atThreads.begin(), m_atThreads.end(),
+                                                         [](auto const& t) { return t.bEnded || &t == g_ptThread; });
                                   });
             Reap(atEnded);
             for (tagThread& tThread : m_atThreads)
@@ -128,8 +128,8 @@ public:
         m_tChanged.wait_until(tLock, tUntil,
                               [this]
                               {
-                                  return std::all_of(m_atThreads.begin(), m_atThreads.end(), [](auto const& t)
-                                                     { return t.bEnded || t.nCallbackBegan != 0; });
+                                  return std::all_of(m_atThreads.begin(), m_atThreads.end(),
+                                                     [](auto const& t) { return t.bEnded || t.nCallbackBegan != 0; });
                               });
     }
 
@@ -361,26 +361,28 @@ int CDescriptor::File() const
 
 void CDescriptor::AwaitReadable(ILoopClient& tClient)
 {
-    m_pImpl->tDescriptor.async_wait(asio::posix::descriptor_base::wait_read,
-                                    [pClient = tClient.shared_from_this(), dwTag = m_dwTag](asio::error_code const& tError)
-                                    {
-                                        if (tError != asio::error::operation_aborted)
-                                        {
-                                            pClient->OnReadable(dwTag);
-                                        }
-                                    });
+    m_pImpl->tDescriptor.async_wait(
+        asio::posix::descriptor_base::wait_read,
+        [pClient = tClient.shared_from_this(), dwTag = m_dwTag](asio::error_code const& tError)
+        {
+            if (tError != asio::error::operation_aborted)
+            {
+                pClient->OnReadable(dwTag);
+            }
+        });
 }
 
 void CDescriptor::AwaitWritable(ILoopClient& tClient)
 {
-    m_pImpl->tDescriptor.async_wait(asio::posix::descriptor_base::wait_write,
-                                    [pClient = tClient.shared_from_this(), dwTag = m_dwTag](asio::error_code const& tError)
-                                    {
-                                        if (tError != asio::error::operation_aborted)
-                                        {
-                                            pClient->OnWritable(dwTag);
-                                        }
-                                    });
+    m_pImpl->tDescriptor.async_wait(
+        asio::posix::descriptor_base::wait_write,
+        [pClient = tClient.shared_from_this(), dwTag = m_dwTag](asio::error_code const& tError)
+        {
+            if (tError != asio::error::operation_aborted)
+            {
+                pClient->OnWritable(dwTag);
+            }
+        });
 }
 
 struct CAlarm::tagImpl

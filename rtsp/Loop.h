@@ -10,8 +10,8 @@ namespace rtsp
 {
 using Clock = std::chrono::steady_clock;
 
-/// Whom the loop calls, on one of its threads. Calls may overlap and come late: a tag tells what they belong to. It lives
-/// in a shared pointer, of which the loop holds a share as long as something is waited for.
+/// Whom the loop calls, on one of its threads. Calls may overlap and come late: a tag tells what they belong to. It
+/// lives in a shared pointer, of which the loop holds a share as long as something is waited for.
 class ILoopClient : public std::enable_shared_from_this<ILoopClient>
 {
 public:

@@ -52,7 +52,8 @@ std::size_t CMedia::Add(tagMediaDescription const& tDescription, eRtspTransport 
     do
     {
         tTrack.pTrack = std::make_unique<CTrack>(tDescription, tWait, nSame++);
-    } while (std::any_of(m_atTracks.begin(), m_atTracks.end(), [&](tagTrack const& tOther)
+    } while (std::any_of(m_atTracks.begin(), m_atTracks.end(),
+                         [&](tagTrack const& tOther)
                          { return tOther.pTrack->Identity() == tTrack.pTrack->Identity(); }));
     tTrack.iIdentity = IdentityOf(*tTrack.pTrack);
     m_atTracks.push_back(std::move(tTrack));
@@ -61,8 +62,9 @@ std::size_t CMedia::Add(tagMediaDescription const& tDescription, eRtspTransport 
 
 std::size_t CMedia::IdentityOf(CTrack const& tTrack)
 {
-    const auto itFound = std::find_if(m_atIdentities.begin(), m_atIdentities.end(), [&](tagIdentity const& tIdentity)
-                                      { return tIdentity.strName == tTrack.Identity(); });
+    const auto itFound =
+        std::find_if(m_atIdentities.begin(), m_atIdentities.end(),
+                     [&](tagIdentity const& tIdentity) { return tIdentity.strName == tTrack.Identity(); });
     if (itFound != m_atIdentities.end())
     {
         return static_cast<std::size_t>(itFound - m_atIdentities.begin());
@@ -93,8 +95,7 @@ int CMedia::MakeTransport(std::size_t iTrack, std::string& strTransport)
     }
 }
 
-int CMedia::TakeTransport(std::size_t iTrack, tagTransport const& tTransport,
-                          tagMediaDescription const& tDescription)
+int CMedia::TakeTransport(std::size_t iTrack, tagTransport const& tTransport, tagMediaDescription const& tDescription)
 {
     tagTrack& tTrack = m_atTracks[iTrack];
     if (tTransport.bTcp != (tTrack.eTransport == eRtspTcp) ||
@@ -173,8 +174,8 @@ void CMedia::Begin(CTimeline::ePace ePace)
 
 bool CMedia::HaveEnded() const
 {
-    return !m_atTracks.empty() && std::all_of(m_atTracks.begin(), m_atTracks.end(),
-                                              [](tagTrack const& t) { return t.pTrack->HasEnded(); });
+    return !m_atTracks.empty() &&
+           std::all_of(m_atTracks.begin(), m_atTracks.end(), [](tagTrack const& t) { return t.pTrack->HasEnded(); });
 }
 
 // --- packets ---------------------------------------------------------------------------------------------------------
@@ -183,8 +184,7 @@ void CMedia::OnInterleaved(unsigned nChannel, Bytes abyPacket, Clock::time_point
 {
     for (tagTrack& tTrack : m_atTracks)
     {
-        if (tTrack.eTransport == eRtspTcp &&
-            (nChannel == tTrack.tChannels.wRtp || nChannel == tTrack.tChannels.wRtcp))
+        if (tTrack.eTransport == eRtspTcp && (nChannel == tTrack.tChannels.wRtp || nChannel == tTrack.tChannels.wRtcp))
         {
             Take(tTrack, nChannel != tTrack.tChannels.wRtp, abyPacket, tNow);
             return;

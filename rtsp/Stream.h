@@ -21,7 +21,7 @@ class CLife;
 struct tagPlayback
 {
     tagRange tRange;
-    double dScale = 1; ///< speed of the recording's time; negative: backwards
+    double dScale = 1;              ///< speed of the recording's time; negative: backwards
     bool bAsFastAsPossible = false; ///< the server doesn't keep the recording's pace (Rate-Control: no)
 };
 
@@ -37,8 +37,8 @@ struct tagStreamOptions
     bool bBackChannel = false;            ///< asks for one, for SendAudio
 };
 
-/// One stream and its life: it connects, receives, and after a failure tries again for as long as it exists. A recording
-/// isn't tried again: its eEventLost has 0 as the time to the next try.
+/// One stream and its life: it connects, receives, and after a failure tries again for as long as it exists. A
+/// recording isn't tried again: its eEventLost has 0 as the time to the next try.
 ///
 /// Every member may be called from any thread, from inside the stream's own callbacks too. None blocks but the two
 /// registrations and AwaitSilence. Destroying it closes it.
