@@ -12,8 +12,9 @@ namespace
 {
 using namespace std::chrono_literals;
 
-constexpr auto g_tReorderTime = 100ms; // that a missing packet is waited for
-constexpr int g_nMostReads = 8;        // in a row, of 16 datagrams
+constexpr auto g_tReorderTime = 100ms;   // that a missing packet is waited for
+constexpr auto g_tTcpReorderTime = 20ms; // the same in a connection: some devices put out of order what they send
+constexpr int g_nMostReads = 8;          // in a row, of 16 datagrams
 
 std::int64_t Us(Clock::time_point tTime)
 {
@@ -48,7 +49,7 @@ std::size_t CMedia::Add(tagMediaDescription const& tDescription, eRtspTransport 
     tagTrack tTrack;
     tTrack.eTransport = eTransport;
     unsigned nSame = 0;
-    const std::chrono::milliseconds tWait = eTransport == eRtspTcp ? 0ms : g_tReorderTime;
+    const std::chrono::milliseconds tWait = eTransport == eRtspTcp ? g_tTcpReorderTime : g_tReorderTime;
     do
     {
         tTrack.pTrack = std::make_unique<CTrack>(tDescription, tWait, nSame++);

@@ -8,6 +8,8 @@
 #include <net/if.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <new>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -100,26 +102,43 @@ int OpenOfGroup(tagEndpoint const& tGroup, unsigned nInterface, tagEndpoint cons
     return Join(tSocket, tGroup, nInterface, tSource);
 }
 
-// Of one thread. Only what is used of it becomes real memory.
-struct tagReceiveRoom
+// Of one thread. Only what is used of it becomes real memory, and goes back when the thread ends.
+class CReceiveRoom
 {
-    tagReceiveRoom()
+public:
+    CReceiveRoom()
     {
+        void* const p =
+            mmap(nullptr, nBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (p == MAP_FAILED)
+        {
+            throw std::bad_alloc();
+        }
+        m_pbyRoom = static_cast<unsigned char*>(p);
         for (unsigned i = 0; i < g_nMostDatagrams; ++i)
         {
-            atParts[i] = {abyRoom.get() + i * g_nReceiveBytes, g_nReceiveBytes};
+            atParts[i] = {m_pbyRoom + i * g_nReceiveBytes, g_nReceiveBytes};
         }
     }
+    ~CReceiveRoom() { munmap(m_pbyRoom, nBytes); }
+    CReceiveRoom(CReceiveRoom const&) = delete;
+    CReceiveRoom& operator=(CReceiveRoom const&) = delete;
 
-    std::unique_ptr<unsigned char[]> abyRoom{new unsigned char[g_nMostDatagrams * g_nReceiveBytes]};
+    std::span<unsigned char> First() { return {m_pbyRoom, g_nReceiveBytes}; }
+
     std::array<iovec, g_nMostDatagrams> atParts{};
     std::array<mmsghdr, g_nMostDatagrams> atHeaders{};
     std::array<tagDatagram, g_nMostDatagrams> atDatagrams{};
+
+private:
+    static constexpr std::size_t nBytes = g_nMostDatagrams * g_nReceiveBytes;
+
+    unsigned char* m_pbyRoom;
 };
 
-tagReceiveRoom& Room()
+CReceiveRoom& Room()
 {
-    thread_local tagReceiveRoom g_tRoom;
+    thread_local CReceiveRoom g_tRoom;
     return g_tRoom;
 }
 } // namespace
@@ -208,12 +227,12 @@ int JoinGroup(tagEndpoint const& tGroup, std::uint16_t wRtcpPort, tagEndpoint co
 
 std::span<unsigned char> ReceiveBuffer()
 {
-    return {Room().abyRoom.get(), g_nReceiveBytes};
+    return Room().First();
 }
 
 std::span<tagDatagram const> ReceiveDatagrams(int nFile)
 {
-    tagReceiveRoom& tRoom = Room();
+    CReceiveRoom& tRoom = Room();
     for (unsigned i = 0; i < g_nMostDatagrams; ++i)
     {
         msghdr& tHeader = tRoom.atHeaders[i].msg_hdr;
