@@ -1,5 +1,6 @@
 #include "plugins/rtsp/Streams.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <openssl/ssl.h>
 #include <string_view>
@@ -51,13 +52,7 @@ CStreams& CStreams::Instance()
 int CStreams::Start()
 {
     const std::lock_guard tLock(m_tMutex);
-    if (!m_pEngine)
-    {
-        // OpenSSL cleans up at exit. Registered behind it, we are still before that.
-        static const bool g_bOnce = OPENSSL_init_ssl(0, nullptr) == 1 && std::atexit(&OnExit) == 0;
-        static_cast<void>(g_bOnce);
-        m_pEngine = std::make_shared<CEngine>();
-    }
+    m_bStarted = true;
     return eResultOk;
 }
 
@@ -68,10 +63,11 @@ int CStreams::Stop()
     std::map<std::uintptr_t, std::shared_ptr<CStream>> apStreams;
     {
         const std::lock_guard tLock(m_tMutex);
-        if (!m_pEngine)
+        if (!m_bStarted)
         {
             return eResultNotStarted;
         }
+        m_bStarted = false;
         pEngine = std::exchange(m_pEngine, nullptr);
         apStreams = std::exchange(m_apOpen, {});
     }
@@ -84,14 +80,17 @@ int CStreams::Stop()
         pStream->AwaitSilence(tUntil);
     }
     apStreams.clear();
-    pEngine->Stop(tUntil);
+    if (pEngine)
+    {
+        pEngine->Stop(tUntil);
+    }
     return eResultOk;
 }
 
 int CStreams::Create(void** phStream, tagRTSPClientPara const& tPara)
 {
     const std::lock_guard tLock(m_tMutex);
-    if (!m_pEngine)
+    if (!m_bStarted)
     {
         return eResultNotStarted;
     }
@@ -103,6 +102,13 @@ int CStreams::Create(void** phStream, tagRTSPClientPara const& tPara)
     if (!tOptions)
     {
         return eResultBadAddress;
+    }
+    if (!m_pEngine)
+    {
+        // OpenSSL cleans up at exit. Registered behind it, we are still before that.
+        static const bool g_bOnce = OPENSSL_init_ssl(0, nullptr) == 1 && std::atexit(&OnExit) == 0;
+        static_cast<void>(g_bOnce);
+        m_pEngine = std::make_shared<CEngine>();
     }
     const std::uintptr_t uHandle = m_uLastHandle + 1;
     const auto itStream = m_apOpen.emplace(uHandle, nullptr).first; // first, so that nothing can fail once it lives
@@ -129,7 +135,7 @@ int CStreams::Destroy(void* hStream)
         const auto itStream = m_apOpen.find(reinterpret_cast<std::uintptr_t>(hStream));
         if (itStream == m_apOpen.end())
         {
-            return m_pEngine ? eResultBadHandle : eResultNotStarted;
+            return m_bStarted ? eResultBadHandle : eResultNotStarted;
         }
         pStream = std::move(itStream->second);
         m_apOpen.erase(itStream);

@@ -36,7 +36,8 @@ public:
 
 private:
     std::mutex m_tMutex;
-    std::shared_ptr<CEngine> m_pEngine; ///< while started
+    bool m_bStarted = false;
+    std::shared_ptr<CEngine> m_pEngine; ///< from the first stream on
     std::map<std::uintptr_t, std::shared_ptr<CStream>> m_apOpen;
     std::uintptr_t m_uLastHandle = 0;
     unsigned m_nMost = nDefaultMost;
