@@ -195,6 +195,10 @@ TEST(Words, TheStrongestKnownChallengeIsAnsweredAndARefusalEndsIt)
     tAuthenticator.Authorization("DESCRIBE", "rtsp://c/");
     EXPECT_NE(tAuthenticator.Authorization("SETUP", "rtsp://c/").find("nc=00000002"), std::string::npos);
     EXPECT_TRUE(tAuthenticator.TakeChallenges({R"(Digest nonce="4")"}));
+    tAuthenticator.Authorization("SETUP", "rtsp://c/");
+    tAuthenticator.Authorization("PLAY", "rtsp://c/");
+    EXPECT_FALSE(tAuthenticator.TakeChallenges({R"(Digest nonce="4")", "Basic realm=\"x\""}));
+    EXPECT_TRUE(tAuthenticator.TakeChallenges({R"(Digest nonce="4")"}));
     int nTries = 0;
     do
     {
