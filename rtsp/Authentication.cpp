@@ -165,7 +165,7 @@ std::vector<tagChallenge> ParseChallenges(std::string_view strValue)
         strValue = strBehind.substr(1);
         strValue.remove_prefix(std::min(strValue.find_first_not_of(" \t"), strValue.size()));
         std::size_t nEnd = 0;
-        std::string_view strText;
+        std::string strText;
         if (strValue.starts_with('"'))
         {
             for (nEnd = 1; nEnd < strValue.size() && strValue[nEnd] != '"'; ++nEnd)
@@ -173,12 +173,13 @@ std::vector<tagChallenge> ParseChallenges(std::string_view strValue)
                 nEnd += strValue[nEnd] == '\\' && nEnd + 1 < strValue.size() ? 1 : 0;
             }
             strText = strValue.substr(1, nEnd - 1);
+            strText = nEnd < strValue.size() ? strText : Quote(strText);
             nEnd = std::min(nEnd + 1, strValue.size());
         }
         else
         {
             nEnd = std::min(strValue.find_first_of(strSeparators), strValue.size());
-            strText = strValue.substr(0, nEnd);
+            strText = Quote(strValue.substr(0, nEnd));
         }
         strValue.remove_prefix(nEnd);
         if (!atChallenges.empty())
@@ -239,24 +240,14 @@ bool CAuthenticator::WasRefused(tagChallenge const& tChallenge) const
 
 bool CAuthenticator::Prepare(tagChallenge const& tChallenge)
 {
-    if (tChallenge.strScheme == "basic")
-    {
-        m_strSecret = Base64(m_strUser + ':' + m_strPassword);
-        return true;
-    }
     std::array<unsigned char, 16> abyRandom{};
-    if (RAND_bytes(abyRandom.data(), static_cast<int>(abyRandom.size())) != 1)
+    if (tChallenge.strScheme == "digest" &&
+        (!Digest(tChallenge, {}) || RAND_bytes(abyRandom.data(), static_cast<int>(abyRandom.size())) != 1))
     {
         return false;
     }
     m_strClientNonce = Hex(abyRandom.data(), abyRandom.size());
-    auto strSecret = Digest(tChallenge, m_strUser + ':' + Unquote(tChallenge.strRealm) + ':' + m_strPassword);
-    if (strSecret && IsSession(tChallenge))
-    {
-        strSecret = Digest(tChallenge, *strSecret + ':' + Unquote(tChallenge.strNonce) + ':' + m_strClientNonce);
-    }
-    m_strSecret = strSecret.value_or("");
-    return strSecret.has_value();
+    return true;
 }
 
 std::string CAuthenticator::Authorization(std::string_view strMethod, std::string_view strUri)
@@ -267,21 +258,31 @@ std::string CAuthenticator::Authorization(std::string_view strMethod, std::strin
     }
     ++m_nUsed;
     tagChallenge const& t = *m_tChallenge;
-    if (t.strScheme == "basic")
+    return t.strScheme == "basic"
+               ? "Basic " + Base64(m_strUser + ':' + m_strPassword)
+               : AnswerDigest(t, m_strUser, m_strPassword, strMethod, strUri, m_nUsed, m_strClientNonce);
+}
+
+std::string AnswerDigest(tagChallenge const& t, std::string const& strUser, std::string const& strPassword,
+                         std::string_view strMethod, std::string_view strUri, unsigned nCount,
+                         std::string const& strClientNonce)
+{
+    const auto Hash = [&t](std::string const& strText) { return Digest(t, strText).value_or(""); };
+    const std::string strRealm = Unquote(t.strRealm);
+    const std::string strNonce = Unquote(t.strNonce) + ':';
+    std::string strSecret = Hash(strUser + ':' + strRealm + ':' + strPassword);
+    if (IsSession(t))
     {
-        return "Basic " + m_strSecret;
+        strSecret = Hash(strSecret + ':' + strNonce + strClientNonce);
     }
-    char szCount[9];
-    std::snprintf(szCount, sizeof szCount, "%08x", m_nUsed);
     const bool bQop = !t.strQop.empty();
-    const std::string strTail = bQop ? std::string(szCount) + ':' + m_strClientNonce + ":auth:" : std::string();
-    const std::string strRequest = Digest(t, std::string(strMethod) + ':' + std::string(strUri)).value_or("");
-    const std::string strResponse =
-        Digest(t, m_strSecret + ':' + Unquote(t.strNonce) + ':' + strTail + strRequest).value_or("");
-    const std::string strUser =
-        t.bUserHash ? Digest(t, m_strUser + ':' + Unquote(t.strRealm)).value_or("") : Quote(m_strUser);
-    std::string strValue = "Digest username=\"" + strUser + "\", realm=\"" + t.strRealm + "\", nonce=\"" + t.strNonce +
-                           "\", uri=\"" + Quote(strUri) + "\", response=\"" + strResponse + '"';
+    char szCount[9];
+    std::snprintf(szCount, sizeof szCount, "%08x", nCount);
+    const std::string strQop = bQop ? szCount + (':' + strClientNonce) + ":auth:" : std::string();
+    const std::string strRequest = Hash(std::string(strMethod) + ':' + std::string(strUri));
+    std::string strValue = "Digest username=\"" + (t.bUserHash ? Hash(strUser + ':' + strRealm) : Quote(strUser)) +
+                           "\", realm=\"" + t.strRealm + "\", nonce=\"" + t.strNonce + "\", uri=\"" + Quote(strUri) +
+                           "\", response=\"" + Hash(strSecret + ':' + strNonce + strQop + strRequest) + '"';
     if (!t.strAlgorithm.empty())
     {
         strValue += ", algorithm=" + t.strAlgorithm;
@@ -296,12 +297,8 @@ std::string CAuthenticator::Authorization(std::string_view strMethod, std::strin
     }
     if (bQop || IsSession(t))
     {
-        strValue += ", cnonce=\"" + m_strClientNonce + '"';
+        strValue += ", cnonce=\"" + strClientNonce + '"';
     }
-    if (t.bUserHash)
-    {
-        strValue += ", userhash=true";
-    }
-    return strValue;
+    return t.bUserHash ? strValue + ", userhash=true" : strValue;
 }
 } // namespace rtsp

@@ -12,7 +12,7 @@ namespace rtsp
 struct tagChallenge
 {
     std::string strScheme; ///< lower case
-    /// Values in quotes stand here as they came, escapes included: they go back as they are.
+    /// As between quotes: with escapes, as they came, so that they go back as they are.
     std::string strRealm;
     std::string strNonce;
     std::string strOpaque;
@@ -24,6 +24,12 @@ struct tagChallenge
 
 /// All challenges of one header, in their order.
 std::vector<tagChallenge> ParseChallenges(std::string_view strValue);
+
+/// The Authorization value that answers a Digest challenge in an algorithm that we know. nCount: of the requests that
+/// answer this nonce.
+std::string AnswerDigest(tagChallenge const& tChallenge, std::string const& strUser, std::string const& strPassword,
+                         std::string_view strMethod, std::string_view strUri, unsigned nCount,
+                         std::string const& strClientNonce);
 
 /// Answers a server's challenges for one user: Digest with SHA-512-256, SHA-256 and MD5, with and without qop, and
 /// Basic when nothing else is offered. One for each server: it is never carried to another host or port. It may outlive
@@ -50,8 +56,7 @@ private:
     std::string m_strPassword;
     std::optional<tagChallenge> m_tChallenge; ///< the one that is answered
     std::string m_strClientNonce;
-    std::string m_strSecret; ///< the digest of user, realm and password; Basic: both of them
-    unsigned m_nUsed = 0;    ///< requests that carried an answer to it
-    unsigned m_nStale = 0;   ///< nonces in a row that were refused at their first use
+    unsigned m_nUsed = 0;  ///< requests that carried an answer to it
+    unsigned m_nStale = 0; ///< nonces in a row that were refused at their first use
 };
 } // namespace rtsp

@@ -114,7 +114,7 @@ void ParseSize(std::string_view strValue, tagMediaDescription& tMedia)
     const std::size_t nEnd = std::min(strValue.find_first_not_of("0123456789"), strValue.size());
     const auto nWidth = Number<unsigned>(strValue.substr(0, nEnd));
     const auto nHeight = Number<unsigned>(Trim(strValue.substr(std::min(nEnd + 1, strValue.size()))));
-    if (nWidth && nHeight && *nWidth <= g_nMostPixels && *nHeight <= g_nMostPixels)
+    if (nWidth && nHeight && *nWidth > 0 && *nHeight > 0 && *nWidth <= g_nMostPixels && *nHeight <= g_nMostPixels)
     {
         tMedia.nWidth = *nWidth;
         tMedia.nHeight = *nHeight;

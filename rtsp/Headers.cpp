@@ -12,8 +12,8 @@ namespace rtsp
 {
 namespace
 {
-constexpr std::int64_t g_llSecond = 1000000; // microseconds
-constexpr std::int64_t g_llLastSecond = std::numeric_limits<std::int64_t>::max() / g_llSecond / 4;
+constexpr std::int64_t g_llSecond = 1000000;                                       // microseconds
+constexpr std::int64_t g_llLastSecond = std::numeric_limits<std::uint32_t>::max(); // of normal play time
 
 // "5000-5001", or the first of both.
 std::optional<tagPair> ParsePair(std::string_view strText, unsigned nMost)
@@ -101,7 +101,7 @@ std::optional<std::int64_t> ParseClock(std::string_view strText)
     {
         return std::nullopt;
     }
-    const auto tTime = sys_days(tDate) + hours(*nHour) + minutes(*nMinute) + seconds(*nSecond);
+    const auto tTime = sys_days(tDate) + hours(*nHour) + minutes(*nMinute) + seconds(std::min<int>(*nSecond, 59));
     return tTime.time_since_epoch().count() * g_llSecond + *llFraction;
 }
 
@@ -242,7 +242,7 @@ std::vector<tagRtpInfo> ParseRtpInfo(std::string_view strValue)
             strTrack = bKnown ? strTrack.substr(0, nPart) : strTrack;
         }
         const tagParameter tUrl = SplitParameter(strTrack);
-        if (EqualsInAnyCase(tUrl.strName, "url"))
+        if (EqualsInAnyCase(tUrl.strName, "url") && !tUrl.strValue.empty())
         {
             tTrack.strUrl = tUrl.strValue;
             atTracks.push_back(std::move(tTrack));

@@ -82,7 +82,8 @@ eMatch MatchStatus(std::string_view strText)
     return CMatcher(strText)
         .Version()
         .Some(1, g_nMostBlanks, &IsBlank)
-        .Some(3, 3, &IsDigit)
+        .Some(1, 1, [](char c) { return IsDigit(c) && c != '0'; })
+        .Some(2, 2, &IsDigit)
         .Some(1, 1, &EndsWord)
         .Result();
 }
