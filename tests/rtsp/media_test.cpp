@@ -206,7 +206,7 @@ std::string Play(CSource& tSource, std::string const& strScript, tagUnits const*
     std::vector<Octets> aabyHeld;
     Octets abyLast;
     bool bHold = false;
-    char cFragment = 0;
+    char cFragment = 'k';
     const auto fnShow = [&]
     {
         for (; nShown < tSource.atFrames.size(); ++nShown)
@@ -449,7 +449,7 @@ a wide table for both : 0000000001FF0A0800010080{128}A1. : FFD8 DB:131:107777 DB
 tables that never came : 0000000001320A08A1. / 0000000001FF0A0800000000B1. : FFD8 DB:67:00100B DB:67:011112 C0:17:0800400050030122 HUFFMAN A1FFD9
 the description's size : 0000000001320000A1. : FFD8 DB:67:00100B DB:67:011112 C0:17:0808700F00030122 HUFFMAN A1FFD9
 a piece missing : 0000000001320A08A1 0000000101320A08A2 - 0000000501320A08A5. : FFD8 DB:67:00100B DB:67:011112 C0:17:0800400050030122 HUFFMAN A1A2FFD9
-segments beside it : 0000000001320A08A1. : FFD8 E1:3:41 C0:11:080BB80FA0010111 DB:5:005566 HUFFMAN A1FFD9 : FFD80006FFE1000341FFC0000B080BB80FA001011100FFDB0005005566)"))
+segments beside it : 0000000001320A08A1. : FFD8 E1:3:41 C0:11:080BB80FA0010111 DB:5:005566 HUFFMAN A1FFD9 : FFD80007FFE1000341FFC0000B080BB80FA001011100FFDB0005005566FFFFFF)"))
     {
         SCOPED_TRACE(astrCase[0]);
         tagMediaDescription tDescription = Describe("video JPEG/90000");
