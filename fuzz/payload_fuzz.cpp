@@ -127,13 +127,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
         Put(abyPacket, dwSource, 4);
         const std::string_view strPayload = tInput.Bytes(nPayload);
         abyPacket.insert(abyPacket.end(), strPayload.begin(), strPayload.end());
+        if (byFlags & 64)
+        {
+            tOnce.Reset();
+            tTwice.Reset();
+        }
         for (rtsp::CTrack* const pt : {&tOnce, &tTwice, &tTwice})
         {
             CFrames& tSink = pt == &tOnce ? tFrames : tSame;
-            if (byFlags & 64)
-            {
-                pt->Reset();
-            }
             if (byFlags & 32)
             {
                 pt->TakeRtcp(rtsp::Bytes(abyPacket).subspan(12), tNow);
@@ -151,7 +152,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
         }
         ullPackets += !(byFlags & 32);
         REQUIRE(tFrames.ullHash == tSame.ullHash);
-        REQUIRE(tOnce.Packets() == ullPackets && tTwice.Packets() == 2 * ullPackets);
+        REQUIRE(tOnce.Packets() <= ullPackets && tTwice.Packets() == 2 * tOnce.Packets());
         REQUIRE(tFrames.ullLost <= tOnce.Lost() && tOnce.Lost() == tTwice.Lost());
     }
     return 0;
