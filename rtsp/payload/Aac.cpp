@@ -38,9 +38,7 @@ public:
                               tDescription.Parameter("constantsize").empty();
         const bool bHighRate = bNothing || tDescription.Parameter("mode") == "AAC-hbr";
         const auto fnNumber = [&](char const* szName, unsigned nDefault, unsigned nMost)
-        {
-            return std::min(Number<unsigned>(tDescription.Parameter(szName)).value_or(nDefault), nMost);
-        };
+        { return std::min(Number<unsigned>(tDescription.Parameter(szName)).value_or(nDefault), nMost); };
         m_nSizeBits = fnNumber("sizelength", bLowRate ? 6 : bHighRate ? 13 : 0, 32);
         m_nIndexBits = fnNumber("indexlength", bLowRate ? 2 : bHighRate ? 3 : 0, 32);
         m_nIndexDeltaBits = fnNumber("indexdeltalength", m_nIndexBits, 32);
