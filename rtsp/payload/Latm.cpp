@@ -12,7 +12,7 @@ namespace rtsp
 {
 namespace
 {
-constexpr std::size_t g_nLargestPacket = 256 * 1024; // put together of several
+constexpr std::size_t g_nLargestPacket = std::size_t{256} << 10; // put together of several
 
 std::uint32_t ReadValue(CBitReader& tReader)
 {

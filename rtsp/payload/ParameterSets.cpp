@@ -10,7 +10,7 @@ namespace rtsp
 namespace
 {
 // More than any device has; all of them go out with each key frame.
-constexpr std::size_t g_nMostBytes = 64 * 1024;
+constexpr std::size_t g_nMostBytes = std::size_t{64} << 10;
 } // namespace
 
 CParameterSets::tagSet CParameterSets::Parse(eKind eWhat, Bytes abyUnit) const

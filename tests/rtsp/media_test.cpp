@@ -303,7 +303,7 @@ a marker on each packet from some time on : [stk]. / p. / p. / <p. =. >. / p :  
 parameter sets with markers and times of their own : s. / t. / k. / p. / p. | :  K(stk) P(p) P(p) |
 a clock that stands still : [stk]. p. p. [stk]. | :  K(stk) P(p) P(p) K(stk) |
 a report inside a picture : [stk]. / p. / p. / R <k R = R >. | :  K(stk) P(p) P(p) K(stk==) |
-reset : [stk]. / p. / p. / <k Z / p. | :  K(stk) P(p) P(p) P(p) |
+reset : [stk]. / p. / p. / - <k Z / p. | :  K(stk) P(p) P(p) P1(p) |
 parameter sets before each slice : s t k s t K / p :  K(stkK)
 parameter sets behind the first slice : k s t / p :  K(stk)
 parameter sets once : [stk] / p / k / p :  K(stk) P(p) K(stk)
@@ -343,6 +343,24 @@ another source : [stk]. / p. / p. / p - N p. / p. | :  K(stk) P(p) P(p) P!(p) P(
             EXPECT_EQ(Play(tH265, ForH265(astrCase[1]), &g_tH265), ForH265(astrCase[2]));
         }
     }
+}
+
+// A device that sets it behind each slice, of which only key frames have several.
+TEST(Track, UnlearnsMarkersOnlyAfterALongProof)
+{
+    const auto fnTimes = [](int nTimes, std::string const& strWhat)
+    {
+        std::string strAll;
+        for (int i = 0; i < nTimes; ++i)
+        {
+            strAll += strWhat;
+        }
+        return strAll;
+    };
+    CSource tSource(Describe("video H264/90000"));
+    const std::string strGroup = "/ [stk]. K. " + fnTimes(49, "/ p. ");
+    EXPECT_EQ(Play(tSource, fnTimes(20, strGroup), &g_tH264).find('!'), std::string::npos);
+    EXPECT_TRUE(Play(tSource, fnTimes(260, "/ p. ") + "| / p. |", &g_tH264).ends_with(" | P(p) |"));
 }
 
 // A source that counts on from a smaller number is believed after some packets; not so late ones.
@@ -392,7 +410,7 @@ audio G726-32/8000 : 0102 :  K:0102@0 : 1 6 g726-32 8000/1
 audio AAL2-G726-40/8000 : 0102 :  K:0102@0 : 1 6 aal2-g726-40 8000/1
 audio opus/48000/2 : 0102 :  K:0102@0 : 1 7 opus 48000/2
 audio L16/44100/2 : 0102 :  K:0102@0 : 1 0 l16 44100/2
-audio mpeg4-generic/48000 mode=AAC-hbr;sizelength=13;indexlength=3;indexdeltalength=3;config=1190 : 00100010A1A2. / 002000100008B1B2C1. :  K:A1A2@0 K:B1B2@3600 K:C1@4624 : 1 3 aac 48000/2 1190
+audio mpeg4-generic/48000 mode=AAC-hbr;sizelength=13;indexlength=3;indexdeltalength=3;config=1190 : 00100010A1A2. / 002000100008B1B2C1. / 002000080009D1E1. :  K:A1A2@0 K:B1B2@3600 K:C1@4624 K:D1@7200 K:E1@9248 : 1 3 aac 48000/2 1190
 audio mpeg4-generic/24000 config=130856E598 : 002000080008A1B1. :  K:A1@0 K:B1@1024 : 1 3 aac 48000/1 130856E598
 audio mpeg4-generic/48000 config=1190 : 00100020A1A2 00100020A3A4. / 00100020B1B2 - 00100020B3B4. / 00100008C1. :  K:A1A2A3A4@0 K1:C1@7200 : 1 3 aac 48000/2 1190
 audio mpeg4-generic/8000 mode=AAC-lbr;config=1588;constantduration=100 : 00100508A1B1B2. :  K:A1@0 K:B1B2@100 : 1 3 aac 8000/1 1588
@@ -400,7 +418,7 @@ audio mpeg4-generic/48000 mode=generic;sizelength=8;ctsdeltalength=7;randomacces
 audio mpeg4-generic/48000 mode=generic;constantsize=2;config=1190 : A1A2B1B2. :  K:A1A2@0 K:B1B2@1024 : 1 3 aac 48000/2 1190
 audio mpeg4-generic/48000 config=1190 : 00100048FFF14C80013FFCA1A2. :  K:A1A2@0 : 1 3 aac 48000/2 1190
 audio mpeg4-generic/48000 config=1190 : 0010 FFFF00 00100050A1 / 00100008B1 :  K:B1@3600 : 1 3 aac 48000/2 1190
-audio MP4A-LATM/48000 cpresent=0;config=400023203FC0 : 02A1A2. / 02B1 B2. / 04C1 - C4. C5. / 01E1. :  K:A1A2@0 K:B1B2@3600 K1:E1@10800 : 1 3 aac 48000/2 1190
+audio MP4A-LATM/48000 cpresent=0;config=400023203FC0 : 02A1A2. / 02B1 B2. / 02C1 - C4. / 01E1. :  K:A1A2@0 K:B1B2@3600 K1:E1@10800 : 1 3 aac 48000/2 1190
 audio MP4A-LATM/48000 : 8000A1. / 200011901FE0150D10. / 80D88080D900. :  K:A1A2@3600 K:B1@7200 K:B2@8224 : 1 3 aac 48000/2 1190
 video MP4V-ES/90000 config=000001000000012000C48D8800CD0A641ED443 : 000001B300000001B600A1 A2. / 000001B640B1. / 000001B600C1 - / D2. :  K:000001B300000001B600A1A2@0 P:000001B640B1@3600 K!:000001B600C1@7200 : 0 9 mpeg4 332x246 000001000000012000C48D8800CD0A641ED443
 video VP8/90000 : A1 A2. / B1 - B2. / C1 / D1. :  P:A1A2@0 P!1:B1B2@3600 P:C1@7200 P:D1@10800 : 0 0 vp8 0x0
