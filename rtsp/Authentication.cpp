@@ -207,18 +207,19 @@ bool CAuthenticator::TakeChallenges(std::vector<std::string_view> const& astrCha
             }
         }
     }
-    std::stable_sort(atChallenges.begin(), atChallenges.end(), &IsStronger);
     std::erase_if(atChallenges, [this](tagChallenge const& t) { return WasRefused(t); });
     m_nStale = m_nUsed == 1 ? m_nStale + 1 : 0;
     m_nUsed = 0;
     m_tChallenge.reset();
-    for (tagChallenge& tChallenge : atChallenges)
+    while (!atChallenges.empty())
     {
-        if (Prepare(tChallenge))
+        const auto itStrongest = std::min_element(atChallenges.begin(), atChallenges.end(), &IsStronger);
+        if (Prepare(*itStrongest))
         {
-            m_tChallenge = std::move(tChallenge);
+            m_tChallenge = std::move(*itStrongest);
             return true;
         }
+        atChallenges.erase(itStrongest);
     }
     m_nStale = 0;
     return false;
