@@ -25,6 +25,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using namespace std::chrono_literals;
@@ -69,6 +70,7 @@ public:
     {
         EXPECT_EQ(write(m_nInput, strLine.data(), strLine.size()), static_cast<ssize_t>(strLine.size()));
     }
+    void EndInput() { close(std::exchange(m_nInput, -1)); }
     /// The next line of its output, without its end; false: there is none.
     bool Line(std::string& strLine)
     {
@@ -91,8 +93,8 @@ public:
         if (m_nProcess > 0 && nSignal == SIGKILL)
         {
             waitpid(m_nProcess, nullptr, 0);
-            close(m_nInput);
             m_nProcess = -1;
+            EndInput();
         }
     }
 
@@ -133,7 +135,7 @@ private:
         const auto fnClip = [](std::string const& strName)
         { return "( filesrc location=" TESSARO_CLIPS "/" + strName + ".mp4 ! qtdemux name=d d.video_0 ! queue ! "; };
         const std::string strH264 = "h264parse ! rtph264pay name=pay0 pt=96 config-interval=-1";
-        const std::string strTone = "( audiotestsrc wave=ticks ! audioconvert ! audioresample ! ";
+        const std::string strTone = "( audiotestsrc freq=441 ! audioconvert ! audioresample ! ";
         const std::string strAudio = fnClip("h264") + strH264 + " d.audio_0 ! queue ! aacparse ! ";
         std::vector<std::string> astrArguments{TESSARO_RTSP_SERVER, "--port", std::to_string(nPort), "--seconds",
                                                "300"};
@@ -150,6 +152,7 @@ private:
                  {"/opus", strTone + "audio/x-raw,rate=48000,channels=2 ! opusenc ! rtpopuspay name=pay0"},
                  {"/mjpeg", "( videotestsrc ! video/x-raw,format=I420,width=160,height=120,framerate=10/1 ! jpegenc ! "
                             "rtpjpegpay name=pay0"},
+                 {"/g726", "( filesrc location=" TESSARO_CLIPS "/g726.wav ! wavparse ! rtpg726pay name=pay0"},
                  {"/broken", "( filesrc location=/nowhere/nothing ! rtpgstpay name=pay0"}})
         {
             astrArguments.insert(astrArguments.end(), {szMount, strLine + " )"});
@@ -165,7 +168,7 @@ private:
 class CScripted
 {
 public:
-    explicit CScripted(int nServers = 1) : m_tChild({TESSARO_PYTHON, TESSARO_SCRIPTED, std::to_string(nServers)})
+    explicit CScripted(int nServers = 1) : m_tChild({TESSARO_PYTHON, "-B", TESSARO_SCRIPTED, std::to_string(nServers)})
     {
         std::string strLine;
         while (m_tChild.Line(strLine) && strLine.starts_with("case "))
@@ -330,8 +333,8 @@ public:
     }
 
 private:
-    // Every stream begins with a key frame, as it goes on after a failure, flagged; numbers grow, time doesn't run back;
-    // what needs the frame before comes right behind it.
+    // Every stream begins with a key frame, as it goes on after a failure, flagged; numbers grow, time doesn't run
+    // back; what needs the frame before comes right behind it.
     void Check(tagGot const& tGot)
     {
         tagStreamMediaFrame const& tFrame = tGot.tFrame;

@@ -63,8 +63,9 @@ std::vector<CReceiver::Words> Failures(std::vector<CReceiver::Words> atEvents)
 // Whether the frame that stands first in a pattern came as it should; ? is any letter.
 bool Matches(std::string const& strLetters, std::string const& strPattern)
 {
-    return strLetters.size() >= strPattern.size() && std::equal(strPattern.begin(), strPattern.end(), strLetters.begin(),
-                                                                [](char a, char b) { return a == b || a == '?'; });
+    return strLetters.size() >= strPattern.size() &&
+           std::equal(strPattern.begin(), strPattern.end(), strLetters.begin(),
+                      [](char a, char b) { return a == b || a == '?'; });
 }
 
 class HostileServer : public CPluginTest
@@ -129,8 +130,8 @@ void HostileServer::Check(CStream& tStream, std::size_t iCase)
     const std::string strPattern = tCase.Word("frames");
     const auto fnHealed = [&](auto const& atFrames, auto const& atEvents)
     {
-        const auto itFailure = std::find_if(atEvents.rbegin(), atEvents.rend(), [](auto const& t)
-                                            { return t[0] == eEventLost || t[0] == eEventRefused; });
+        const auto itFailure = std::find_if(atEvents.rbegin(), atEvents.rend(),
+                                            [](auto const& t) { return t[0] == eEventLost || t[0] == eEventRefused; });
         const bool bLive = std::any_of(atEvents.rbegin(), itFailure, [](auto const& t) { return t[0] == eEventLive; });
         const std::size_t nFailures = tCase.Fails() ? tCase.Sessions() : 0;
         return bLive && Failures(atEvents).size() >= nFailures && !atFrames.empty() &&
@@ -150,8 +151,8 @@ void HostileServer::Check(CStream& tStream, std::size_t iCase)
     std::string strTold = "delivered " + Letters(atFrames).substr(0, 60) + ", told";
     for (CReceiver::Words const& adwWords : atEvents)
     {
-        strTold += " " + std::to_string(adwWords[0]) + ":" + std::to_string(adwWords[1]) + ":" +
-                   std::to_string(adwWords[2]);
+        strTold +=
+            " " + std::to_string(adwWords[0]) + ":" + std::to_string(adwWords[1]) + ":" + std::to_string(adwWords[2]);
     }
     SCOPED_TRACE(strTold);
     EXPECT_TRUE(Matches(Letters(atFrames), strPattern)) << strPattern;

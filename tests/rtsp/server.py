@@ -293,7 +293,7 @@ class Session(asyncio.Protocol):
         while not self.stalled:
             pause = 1 / fps if fps else 0.04 if number < 10 else 0.4
             if self.transport.get_write_buffer_size() > 1 << 20:
-                say("error a client is too slow")
+                return say("error a client is too slow")
             for rtp in self.tracks.values():
                 rtp.step = int(pause * 90000) if rtp.kind == "v" else int(pause * 8000)
                 self.packet(rtp, rtp.frame(number % gop == 0, size))
