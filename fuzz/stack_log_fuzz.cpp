@@ -1,7 +1,7 @@
 // Lines of libavformat's log, as a device's words get into them.
 
-#include "plugins/rtsp/StackLog.h"
 #include "fuzz/Input.h"
+#include "plugins/rtsp/StackLog.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
 // Time stamps and clocks of a device: records of what came (a byte: 0 a new session, else a frame of track n % 4), and
 // for a frame its stamp, the time that passed, and its wall clock.
 
-#include "plugins/rtsp/Timeline.h"
 #include "fuzz/Input.h"
+#include "plugins/rtsp/Timeline.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t nLength)
 {

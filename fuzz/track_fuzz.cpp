@@ -1,8 +1,8 @@
 // The packets of a track: a byte for the codec, then the parameter sets of its description, then packets. Whatever has
 // a length begins with it, in two bytes.
 
-#include "plugins/rtsp/Track.h"
 #include "fuzz/Input.h"
+#include "plugins/rtsp/Track.h"
 
 #include <memory>
 

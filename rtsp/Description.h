@@ -23,7 +23,7 @@ struct tagMediaDescription
 {
     std::string strMedia; ///< "video", "audio", "application"
     std::uint16_t wPort = 0;
-    int nPayloadType = 0;          ///< the first one of the media line
+    int nPayloadType = 0;          ///< the first one of the media line that we know the encoding of; -1: no RTP
     std::string strEncoding;       ///< upper case: "H264"; static payload types have their name too; empty: not known
     std::uint32_t dwClockRate = 0; ///< RTP time stamps a second
     unsigned nChannels = 0;        ///< audio; 0: the SDP doesn't say
@@ -48,6 +48,7 @@ struct tagDescription
     std::vector<tagMediaDescription> atMedia;
 };
 
-/// Takes what devices send: any line ends, missing lines, attributes in any order. Nothing: no media line at all.
+/// Takes what devices send: any line ends, missing lines, attributes in any order. What the session says of addresses
+/// and directions holds for each track that says nothing else. No more than 32 tracks. Nothing: no media line at all.
 std::optional<tagDescription> ParseDescription(std::string_view strSdp);
 } // namespace rtsp

@@ -1,15 +1,14 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
+#include "rtsp/Bytes.h"
+
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace rtsp
 {
-using Bytes = std::span<unsigned char const>;
-
 /// One header line of a message.
 struct tagHeader
 {
@@ -33,7 +32,8 @@ struct tagMessage
     std::vector<std::string_view> Headers(std::string_view strName) const;
 };
 
-/// The message as it is sent. Content-Length is added when there is a body.
+/// The message as it is sent. Content-Length is added when there is a body. Control characters become blanks, so that
+/// no word of a server or of a user can begin a line of its own.
 std::string Serialize(tagMessage const& tMessage);
 
 /// What CMessageReader finds.
@@ -43,7 +43,7 @@ public:
     virtual void OnMessage(tagMessage&& tMessage) = 0;
     /// RTP or RTCP in the RTSP connection. abyPacket is valid until the call returns.
     virtual void OnInterleaved(unsigned nChannel, Bytes abyPacket) = 0;
-    /// Bytes that belong to no message and no packet were passed over.
+    /// Bytes that belong to no message and no packet were passed over. A long run may come in several calls.
     virtual void OnJunk(std::size_t nBytes) = 0;
 
 protected:
@@ -64,6 +64,19 @@ public:
     bool Take(Bytes abyData, IMessageSink& tSink);
 
 private:
+    std::size_t Read(Bytes abyData, IMessageSink& tSink);
+    std::size_t ReadNext(Bytes abyData, IMessageSink& tSink);
+    std::size_t ReadMessage(Bytes abyData, IMessageSink& tSink);
+    std::size_t ReadBody(Bytes abyData, IMessageSink& tSink);
+    std::size_t FindPlace(Bytes abyData, IMessageSink& tSink);
+    std::size_t PassOver(std::size_t nBytes, IMessageSink& tSink);
+
     std::vector<unsigned char> m_abyRest; ///< the beginning of something that isn't complete yet
+    std::size_t m_nNeeded = 0;            ///< so many bytes must be there before it is worth looking again
+    std::size_t m_nSearched = 0;          ///< so many bytes of it were searched already
+    std::size_t m_nHead = 0;              ///< length of a head whose body is still to come; 0: none
+    std::size_t m_nBody = 0;              ///< length of that body
+    bool m_bLost = false;                 ///< among junk
+    bool m_bEndless = false;
 };
 } // namespace rtsp

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "rtsp/Bytes.h"
+
+#include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 
 namespace rtsp
 {
-using Bytes = std::span<unsigned char const>;
-
-/// NTP time as sender reports carry it (32.32 since 1900) in microseconds since 1970 UTC.
+/// NTP time as sender reports carry it (32.32 since 1900) in microseconds since 1970 UTC. Times before 1968 are those
+/// of the next era, which begins in 2036.
 std::int64_t NtpToUs(std::uint64_t ullNtp);
+std::uint64_t UsToNtp(std::int64_t llUs);
 
 /// What a compound RTCP packet says.
 class IRtcpSink
@@ -40,4 +42,17 @@ struct tagReceiverReport
 
 /// A compound packet: receiver report and CNAME.
 std::string MakeReceiverReport(tagReceiverReport const& tReport);
+
+/// What we sent.
+struct tagSenderReport
+{
+    std::uint32_t dwOwnSource = 0;
+    std::uint64_t ullNtp = 0;
+    std::uint32_t dwStamp = 0; ///< RTP time stamp of ullNtp
+    std::uint32_t dwPackets = 0;
+    std::uint32_t dwBytes = 0; ///< of payload
+};
+
+/// A compound packet: sender report and CNAME.
+std::string MakeSenderReport(tagSenderReport const& tReport);
 } // namespace rtsp

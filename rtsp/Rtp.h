@@ -1,13 +1,13 @@
 #pragma once
 
+#include "rtsp/Bytes.h"
+
+#include <array>
 #include <cstdint>
 #include <optional>
-#include <span>
 
 namespace rtsp
 {
-using Bytes = std::span<unsigned char const>;
-
 /// ONVIF's replay header extension.
 struct tagReplayExtension
 {
@@ -29,8 +29,12 @@ struct tagRtpPacket
     std::uint32_t dwSource = 0;
     Bytes abyPayload; ///< without padding
     std::optional<tagReplayExtension> tReplay;
+    Bytes abyJpegSegments; ///< of ONVIF's JPEG extension: marker segments for the picture's header; empty: none
 };
 
 /// Nothing: no RTP packet of version 2, or shorter than its own header says.
 std::optional<tagRtpPacket> ParseRtp(Bytes abyPacket);
+
+/// What stands before the payload of a packet that we send: its numbers, without extension.
+std::array<unsigned char, 12> MakeRtpHeader(tagRtpPacket const& tPacket);
 } // namespace rtsp

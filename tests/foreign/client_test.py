@@ -4,6 +4,7 @@
 """
 
 import ctypes
+import os
 import queue
 import subprocess
 import sys
@@ -50,9 +51,9 @@ class Client(unittest.TestCase):
         self.library.ClientAdapter_StreamMediaCB.argtypes = [c_int, FrameCallback, c_ulong]
         self.library.ClientAdapter_SubscribeEvent.argtypes = [c_int, c_ulong, EventCallback, c_ulong]
         self.server = subprocess.Popen(
-            [SERVER, "--seconds", "60", "--user", "viewer", "--password", "secret", "/live",
+            [SERVER, "--seconds", "60", "--user", "viewer", "/live",
              f"( filesrc location={CLIP} ! qtdemux ! h264parse ! rtph264pay name=pay0 pt=96 config-interval=-1 )"],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+            env={**os.environ, "TESSARO_PASSWORD": "secret"}, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.port = int(self.server.stdout.readline().split()[-1])
         self.frames = queue.Queue()
         self.events = queue.Queue()

@@ -34,6 +34,8 @@ using Clock = std::chrono::steady_clock;
 inline constexpr auto g_tPatience = 45s; // for anything that is bound to come
 inline constexpr auto g_tClosing = 5s;   // 2 s, and what a busy machine adds
 
+inline constexpr char g_szPassword[] = "secret"; // of CServer, where it has a --user
+
 /// A child process with pipes to its standard input and from its output. Killed with the object.
 class CChild
 {
@@ -54,6 +56,7 @@ public:
         {
             dup2(anIn[0], STDIN_FILENO);
             dup2(anOut[1], STDOUT_FILENO);
+            setenv("TESSARO_PASSWORD", g_szPassword, 1);
             execvp(aszArguments[0], aszArguments.data());
             _exit(127);
         }
