@@ -27,7 +27,10 @@ void CReception::OnPacket(tagRtpPacket const& tPacket, std::chrono::steady_clock
 {
     if (!m_bAny || tPacket.dwSource != m_dwSource)
     {
-        *this = CReception(m_dwRate);
+        if (m_bAny)
+        {
+            *this = CReception(m_dwRate);
+        }
         m_bAny = true;
         m_dwSource = tPacket.dwSource;
         Begin(tPacket.wSequence);

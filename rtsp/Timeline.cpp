@@ -115,12 +115,14 @@ CTimeline::tagMapped CTimeline::Map(std::string_view strTrack, std::int64_t llSt
     }
     else if ((tMapped.llJumpUs = Jump(tTrack, llStampUs, llNowUs)))
     {
-        // Goes on with the time that passed, but no further ahead than frames that weren't held up.
+        // Goes on with the time that passed, behind all that was told, and no further ahead than frames that weren't
+        // held up.
         const std::int64_t llElapsedUs = llNowUs - tTrack.llArrivedUs;
         const std::int64_t llInTimeUs = tTrack.llTimeUs + llElapsedUs;
         const std::int64_t llTimeUs = m_ePace == ePace::Played
                                           ? llInTimeUs
-                                          : std::max(tTrack.llTimeUs, std::min(llInTimeUs, llNowUs + tTrack.llLeadUs));
+                                          : std::max(tTrack.llHighestStampUs + tTrack.llOffsetUs,
+                                                     std::min(llInTimeUs, llNowUs + tTrack.llLeadUs));
         tTrack.llOffsetUs = llTimeUs - llStampUs;
         tTrack.llHighestStampUs = llStampUs;
         tMapped.bDiscontinuity = true;
