@@ -18,10 +18,8 @@ there instead of a part of the good answer, or of all of it), script (what is se
 
 import struct
 
-from server import SDP, SETS, SLICE, interleaved, rtcp
+from server import SETS, SLICE, interleaved, rtcp
 
-TOLD = ("end", "detail", "pauses", "sessions", "frames", "lost", "steps", "jump", "hears", "never", "transport", "host",
-        "pause", "stalls", "user", "password")
 CASES = []
 STALLED, JUMP, TRANSPORT = 3, 7, 8  # events
 LATE = 110  # ETIMEDOUT
@@ -69,11 +67,10 @@ for step in ("OPTIONS", "DESCRIBE", "SETUP", "PLAY"):
     at("status -1", "any", "-1 What", "200 OK")
     at("no CSeq", "live", "X-Nothing", "CSeq")
     at("wrong CSeq", "any", "CSeq: 77", "CSeq: ")
-    at("NULs", "live", "X-" + "\0" * 8 + ": x\r\nCSeq", "CSeq")
+    at("NULs", "any", "X-" + "\0" * 8 + ": x\r\nCSeq", "CSeq")
     at("body beyond the end", f"lost {LATE}", "Content-Length: 100000\r\nCSeq", "CSeq", "stall")
     at("body of 2 GB", "lost", "Content-Length: 2147483647\r\nCSeq", "CSeq", "stall")
-    at("redirects to itself", "lost", "RTSP/1.0 302 Moved\r\nCSeq: {cseq}\r\nLocation: {url}\r\n\r\n")
-    at("an old answer first", "live", "RTSP/1.0 500 No\r\nCSeq: 0\r\n\r\nRTSP", "RTSP")
+    at("redirects to itself", "lost", "RTSP/1.0 302 Moved\r\nCSeq: {cseq}\r\nLocation: {loop}\r\n\r\n")
     at("a question in front", "live", "OPTIONS * RTSP/1.0\r\nCSeq: 7\r\n\r\nRTSP", "RTSP")
     at("text in front", "live", "hello\r\n\r\nRTSP", "RTSP")
     at("lower case", "live", "cseq:", "CSeq: ")
@@ -105,7 +102,7 @@ for name, told, step, find, put in (
         ("moves to a long address", "lost", "DESCRIBE", "", MOVED + "rtsp://" + "a" * 9000 + "/\r\n\r\n"),
         ("moves to a login", "lost", "DESCRIBE", "", MOVED + "rtsp://u:p@127.0.0.1/\r\n\r\n"),
         ("moves to another server", "live", "DESCRIBE", "", MOVED + "{other}\r\n\r\n")):
-    case(name, told, at=step, find=find, put=put)
+    case(name, told, at=step, find=find, put=put, **({"elsewhere": ""} if "another server" in name else {}))
 LOCKED = "refused 401 pauses=10000"
 VIEWER = {"user": "viewer", "password": "secret"}
 for name, put in (
@@ -126,7 +123,7 @@ for offers in ("none", "MD5", "MD5 auth", "MD5 auth-int,auth", "SHA-256", "SHA-2
                "Basic, MD5 auth, SHA-512-256 auth, ROT13, SHA-256 auth", "MD5, Basic", "Bearer, Basic"):
     case("login by " + offers, "live frames=KPPPP", auth=offers, **VIEWER)
 for user, password in (("u /?#%@", 'p:@/?#% +&="\xc3\xa9'), ('quoted "\\', 'pass"\\word'), ("a:b", "with:colon"),
-                       ("@" * 31, "%" * 31), ("\xff\x01", "\x01\x7f\xff"), ("u", "")):
+                       ("@" * 31, "%" * 31), ("\xff\xfe", "\x01\x7f\xff"), ("u", "")):
     case(f"login of {len(user)} and {len(password)} bytes {ord(user[0])}", "live", auth="MD5 auth", user=user, password=password)
 case("login by Basic with a colon in the password", auth="Basic", user="u", password="a:b@c")
 case("a wrong password", LOCKED, at="DESCRIBE", put=CHALLENGE + 'Digest realm="r", nonce="n"\r\n\r\n', **VIEWER)
@@ -134,7 +131,7 @@ case("nonces for two requests", auth="MD5 auth", uses=2, at="KEEP", kept=2, time
 
 # --- elsewhere ---
 for offer in ("MD5 auth", "Basic"):
-    ELSEWHERE = {"at": "DESCRIBE", "put": MOVED.replace("301", "302") + "{other}\r\n\r\n", "auth": offer, **VIEWER}
+    ELSEWHERE = {"elsewhere": "", "at": "DESCRIBE", "put": MOVED.replace("301", "302") + "{other}\r\n\r\n", "auth": offer, **VIEWER}
     case(f"elsewhere after {offer}", "live", **ELSEWHERE)
     case(f"elsewhere after {offer}, which asks too", "refused 401", **ELSEWHERE, **{"asks-too": ""})
 
@@ -160,14 +157,14 @@ for name, told, find, put in (
         ("clock rate 99999999999", "live", "/90000", "/99999999999"),
         ("clock rate no number", "live", "/90000", "/fast/2/3"),
         ("a codec nobody knows", "any", "H264", "Q" * 300),
-        ("another codec", "any", "H264", "H265"),
-        ("audio in a video's place", "any", "H264/90000", "mpeg4-generic/48000/99"),
+        ("another codec", "mute", "H264", "H265"),
+        ("audio in a video's place", "mute", "H264/90000", "mpeg4-generic/48000/99"),
         ("parameter sets no base64", "live", NAMED, NAMED + "!?%,,,=;x="),
         ("parameter sets of 100 kB", "live", NAMED, NAMED + "A" * 100000 + ","),
         ("many parameter sets", "live", NAMED, NAMED + "Z0IACvhBog==," * 3000),
         ("a sequence parameter set of junk", "live", "Z0IACvhBog==", "Z////////////w=="),
         ("parameters without values", "live", "packetization-mode=1;", ";;=;a;=b;packetization-mode;"),
-        ("2000 media", "any", MEDIA, "m=audio 0 RTP/AVP 0\r\na=control:x\r\n" * 2000 + MEDIA),
+        ("2000 media", "mute", MEDIA, "m=audio 0 RTP/AVP 0\r\na=control:x\r\n" * 2000 + MEDIA),
         ("a control address of 100 kB", "any", "control:video", "control:" + LONG * 5),
         ("a control address of elsewhere", "any", "control:video", "control:http://192.0.2.1/x"),
         ("a time range beyond time", "live", "t=0 0\r\n", "t=0 0\r\na=range:npt=9223372036854775807-\r\n"),
@@ -180,7 +177,7 @@ for name, step, find, put, setup, play in (
         ("a relative address", "SDP", "control:video", "control:video", "{base}/video", "{base}"),
         ("an absolute address", "SDP", "control:video", "control:{url}/x/video?y=1", "{base}/x/video?y=1", "{base}"),
         ("a base", "DESCRIBE", "CSeq", "Content-Base: {url}/base/\r\nCSeq", "{base}/base/video", "{base}/base/"),
-        ("a base of its own for the session", "SDP", "control:*", "control:{url}/all/", "{base}/all/video", "{base}/all/"),
+        ("a base of its own for the session", "SDP", "control:*", "control:{url}/all/", "{base}/video", "{base}/all/"),
         ("a base without a slash", "DESCRIBE", "CSeq", "Content-Base: {url}/base\r\nCSeq", "{base}/base/video", "{base}/base"),
         ("a place", "DESCRIBE", "CSeq", "Content-Location: {url}/place/\r\nCSeq", "{base}/place/video", "{base}/place/")):
     case(name, "live", at=step, find=find, put=put, **{"setup-uri": setup, "play-uri": play, "keep-uri": play})
@@ -282,18 +279,18 @@ case("parameter sets only", script=[bare(SETS[0], last=False)] * 2000)
 
 # --- losses, and what is none ---
 for name, script, told in (
-        ("packets missing", "KK---KKKK", "frames=KKKKKK lost=3"),
+        ("packets missing", "KK---KKKK", "frames=KKkKKK lost=3"),
         ("pieces", "K<==><>KK", "frames=KKKKK lost=0"),
-        ("first piece missing", "KK-=>KKK", "frames=KKkKKK lost=1"),
+        ("first piece missing", "KK-=>KKK", "frames=KKKKKK lost=1"),
         ("middle piece missing", "KK<-=>KKK", "frames=KKkKKK lost=1"),
-        ("last piece missing", "KK<=-KKK", "frames=KKkKKK lost=1"),
+        ("last piece missing", "KK<=-KKK", "frames=KKkkKK lost=1"),
         ("first piece of all missing", "=>KKK", "frames=KKK"),
         ("each packet twice", "K2P2P2P2K2", "frames=KPPPK lost=0"),
         ("over UDP", "KPPPKPPP", "frames=KPPPKPPP lost=0 transport=1"),
         ("out of order over UDP", "KP(P)P!P(P)K!", "frames=KPPPPPK lost=0 transport=1"),
-        ("out of order and late over UDP", [*"KP(P)PP.!P(<)=.!>K"], "frames=KPPPPPKK lost=0 transport=1"),
+        ("out of order and late over UDP", "KP(P)PP!P(<)=!>K", "frames=KPPPPPKK lost=0 transport=1"),
         ("twice over UDP", "K2P2(P)P2!2K", "frames=KPPPK lost=0 transport=1"),
-        ("missing over UDP", "KPP-P--PK<-=>K", "frames=KPPPPKkK lost=4 transport=1"),
+        ("missing over UDP", "KPP-P--PK<-=>K", "frames=KPPppKkK lost=4 transport=1"),
         ("numbers that begin anew over UDP", ["K", "P", sequence(65534), *"KPPPKPPP"], "transport=1")):
     case(name, "live " + told, script=script)
 case("out of order over TCP", "any", script="KP(P)P!PKK")

@@ -1,24 +1,15 @@
-"""RTSP servers that behave as the address asks, rtsp://127.0.0.1:PORT/CASE/SESSIONS[?fps=25&size=1000&gop=25]: badly for
-that many sessions of this address, then well. CASE is a place in the table of cases.py; each server listens on a port of
-its own and on ::1 too.
-
-    server.py SERVERS         prints the table, "case NUMBER<tab>NAME<tab>WORD..." a line, and "ports PORT..."
-
-Then each line is something that happened: "did CASE" (it behaved badly once more), "end CASE" (a client said TEARDOWN),
-"gone" (nobody is connected any more), "error TEXT" (a client did what it must not). Standard input: "reboot SERVER"
-closes all of it and begins anew, "gone" asks for the line. Ends when its input does.
-"""
+"""An RTSP server that behaves as the address asks, rtsp://127.0.0.1:PORT/CASE/SESSIONS[?fps=25&size=1000&gop=25]: badly
+for that many sessions of this address, then well. CASE is a place in the table of cases.py."""
 
 import asyncio
 import base64
 import hashlib
 import os
 import re
-import resource
 import socket
 import struct
-import sys
 import time
+from collections import Counter
 from urllib.parse import parse_qsl, urlsplit
 
 STEP = 3600  # time stamps in 40 ms of 90 kHz
@@ -30,10 +21,6 @@ SDP = {
     "a": "m=audio 0 RTP/AVP 8\r\na=control:audio\r\n",
 }
 GROUP = "239.255.42.77"
-
-
-def say(*words):
-    print(*words, flush=True)
 
 
 def interleaved(channel, packet, length=None):
@@ -89,7 +76,8 @@ class Login:
 
     HASHES = {"MD5": "md5", "SHA-256": "sha256", "SHA-512-256": "sha512_256"}
 
-    def __init__(self, case):
+    def __init__(self, case, errors):
+        self.errors = errors
         self.offers = case.get("auth", "").split(", ")  # "SHA-256 auth": algorithm and qop
         self.user, self.password = case.get("user", ""), case.get("password", "")
         self.most = int(case.get("uses", 1000000))  # of a nonce, which is stale then
@@ -119,13 +107,13 @@ class Login:
         said = {name.lower(): re.sub(r"\\(.)", r"\1", quoted) or plain for name, quoted, plain in
                 re.findall(r'(\w+)=(?:"((?:[^"\\]|\\.)*)"|([^",\s]+))', header)}
         if not header.startswith("Digest ") or said.get("algorithm", "MD5") != algorithm or ("qop" in said) != qop:
-            say("error not answered by", best, header)
+            self.errors.append(f"not answered by {best}: {header}")
         if said.get("nonce") != "n%d" % self.number:
             return self.challenges(stale=True)
         digest = lambda *parts: hashlib.new(self.HASHES[algorithm], ":".join(parts).encode("latin-1")).hexdigest()
         self.used += 1
         if qop and int(said["nc"], 16) != self.used:
-            say("error nonce count", said["nc"])
+            self.errors.append("nonce count " + said["nc"])
         within = (said.get("nc", ""), said.get("cnonce", ""), said.get("qop", "")) if qop else ()
         right = digest(digest(self.user, 'a, "b"', self.password), said["nonce"], *within, digest(method, said["uri"]))
         if said["uri"] != uri or said.get("response") != right or said["username"] != self.user:
@@ -171,18 +159,18 @@ class Session(asyncio.Protocol):
         if not self.case:
             self.choose(urlsplit(uri))
         case, number = self.case, header("CSeq")
-        elsewhere = self.server.index and case["number"]
+        elsewhere = not self.server.others and "elsewhere" in case
         if elsewhere and header("Authorization"):
-            say("error credentials went elsewhere:", case["name"])
+            self.server.errors.append("credentials went elsewhere: " + case["name"])
         if not self.login and ("asks-too" in case if elsewhere else "auth" in case):
-            self.login = Login(case)
+            self.login = Login(case, self.server.errors)
         refusal = self.login and method != "OPTIONS" and self.login.refuses(method, uri, header("Authorization"))
         if refusal:
             return self.send("RTSP/1.0 401 Unauthorized\r\nCSeq: %s\r\n%s\r\n" % (number, refusal))
         step = "KEEP" if self.play and method in ("OPTIONS", "GET_PARAMETER") else method
         wanted = case.get(step.lower() + "-uri", "").replace("{base}", self.server.url + self.path)
         if self.hostile and wanted and uri != wanted and not uri.endswith("/audio"):
-            say("error", case["name"], method, uri, "instead of", wanted)
+            self.server.errors.append(f"{case['name']}: {method} {uri} instead of {wanted}")
         answer = "RTSP/1.0 200 OK\r\nCSeq: %s\r\n" % number
         if method == "OPTIONS":
             answer += "Public: OPTIONS, DESCRIBE, SETUP, PLAY, PAUSE, GET_PARAMETER, TEARDOWN\r\n\r\n"
@@ -194,12 +182,13 @@ class Session(asyncio.Protocol):
         elif method == "SETUP":
             answer += "Session: 1;timeout=%s\r\n" % case.get("timeout", 60)
             answer += "Transport: %s\r\n\r\n" % self.set_up(uri, header("Transport"))
-            if "client_port" in header("Transport") and case.get("no-udp") == "461":
+            if "client_port" in header("Transport") and self.hostile and case.get("no-udp") == "461":
                 answer = answer.replace("200 OK", "461 Unsupported Transport")
+                self.server.did[case["number"]] += 1
         else:
             answer += "Session: 1\r\n\r\n"
         if method not in ("OPTIONS", "DESCRIBE", "SETUP") and header("Session") != "1" and not self.is_turn("SETUP"):
-            say("error", case["name"], method, "without its session")
+            self.server.errors.append(f"{case['name']}: {method} without its session")
         self.send(self.edited(step, answer, number))
         if self.is_turn(step) or (self.is_turn("SDP") and method == "DESCRIBE"):
             self.kept += step == "KEEP"
@@ -211,22 +200,22 @@ class Session(asyncio.Protocol):
             self.play.cancel()
             self.play = None
         if method == "TEARDOWN":
-            say("end", case["number"])
+            self.server.ends[case["number"]] += 1
             self.transport.close()
 
     def choose(self, url):
         _, number, sessions, *_ = url.path.split("/") + ["0", "0"]
-        self.case, self.path = CASES[int(number)], url.path
+        self.case, self.path = self.server.cases[int(number)], url.path
         self.queries = dict(parse_qsl(url.query))
         shown = self.server.shown[url.path] = self.server.shown.get(url.path, 0) + 1
-        self.hostile = shown <= int(sessions) and self.server.index == 0
+        self.hostile = shown <= int(sessions) and not ("elsewhere" in self.case and not self.server.others)
 
     def set_up(self, uri, wanted):
         kind = "a" if "audio" in uri else "v"
         rtp = self.tracks[kind] = Rtp(kind, 0x1234 if kind == "v" else 0x4321)
         if ports := re.search(r"client_port=(\d+)-(\d+)", wanted):
             to = self.transport.get_extra_info("peername")[0]
-            self.targets[rtp] = [(to, int(port)) for port in ports.groups()] if "no-udp" not in self.case else None
+            self.targets[rtp] = [(to, int(port)) for port in ports.groups()] if not (self.hostile and "no-udp" in self.case) else None
             return wanted + ";server_port=%d-%d" % tuple(one.getsockname()[1] for one in self.server.udp)
         if "multicast" in wanted:
             self.targets[rtp] = [(GROUP, 30400), (GROUP, 30401)]
@@ -243,12 +232,13 @@ class Session(asyncio.Protocol):
             return good
         self.server.number += 1
         put = self.case["put"]
-        for name, value in (("cseq", number), ("n", str(self.server.number)), ("other", SERVERS[1].url + self.path),
-                            ("url", self.server.url + self.path)):
+        for name, value in (("cseq", number), ("n", str(self.server.number)), ("other", self.server.others[0].url + self.path if self.server.others else ""),
+                            ("url", self.server.url + self.path),
+                            ("loop", "%s/%d/%d" % (self.server.url, self.case["number"], 10**9))):
             put = put.replace("{%s}" % name, value)
         find = self.case.get("find", "")
         if find not in good:
-            say("error nothing to replace in", self.case["name"])
+            self.server.errors.append("nothing to replace in " + self.case["name"])
         return good.replace(find, put, 1) if find else put
 
     def send(self, data):
@@ -264,7 +254,7 @@ class Session(asyncio.Protocol):
             self.stalled = True
             if then == "flood":
                 self.play = asyncio.ensure_future(self.flood(flood))
-        say("did", self.case["number"])
+        self.server.did[self.case["number"]] += 1
 
     async def flood(self, what):
         while True:
@@ -278,7 +268,9 @@ class Session(asyncio.Protocol):
         try:
             if self.is_turn("STREAM") or (not self.hostile and "then-script" in self.case):
                 script = self.case.get("script" if self.hostile else "then-script", "")
-                await self.perform(script(self) if callable(script) else script)
+                await self.perform(script)
+                while self.transport.get_write_buffer_size() > 1 << 19:
+                    await asyncio.sleep(0.01)
                 if self.hostile:
                     self.turn(self.case.get("then", ""), self.case.get("flood", ""))
             await self.be_good()
@@ -293,7 +285,7 @@ class Session(asyncio.Protocol):
         while not self.stalled:
             pause = 1 / fps if fps else 0.04 if number < 10 else 0.4
             if self.transport.get_write_buffer_size() > 1 << 20:
-                return say("error a client is too slow")
+                return self.server.errors.append("a client is too slow")
             for rtp in self.tracks.values():
                 rtp.step = int(pause * 90000) if rtp.kind == "v" else int(pause * 8000)
                 self.packet(rtp, rtp.frame(number % gop == 0, size))
@@ -342,19 +334,21 @@ class Session(asyncio.Protocol):
 
 
 class Server:
-    def __init__(self, index):
-        self.index, self.port, self.number = index, 0, 0
+    """Listens on 127.0.0.1 and ::1. cases: the table; others: servers that cases may name."""
+
+    def __init__(self, cases, others=()):
+        self.cases, self.others, self.port, self.number = cases, others, 0, 0
         self.sessions, self.shown = set(), {}
+        self.did, self.ends = Counter(), Counter()  # of each case: times it was shown, and that a client said TEARDOWN
+        self.errors = []  # what clients did that they must not
 
     async def start(self):
         loop = asyncio.get_running_loop()
-        self.listener = await loop.create_server(lambda: Session(self), "127.0.0.1", self.port, backlog=1024)
-        self.port = self.listener.sockets[0].getsockname()[1]
+        self.listeners = [await loop.create_server(lambda: Session(self), "127.0.0.1", self.port, backlog=1024)]
+        self.port = self.listeners[0].sockets[0].getsockname()[1]
         self.url = "rtsp://127.0.0.1:%d" % self.port
-        try:
-            self.listener6 = await loop.create_server(lambda: Session(self), "::1", self.port)
-        except OSError:
-            self.listener6 = None  # a machine without IPv6
+        if os.path.exists("/proc/net/if_inet6"):
+            self.listeners.append(await loop.create_server(lambda: Session(self), "::1", self.port))
         self.udp = [socket.socket(socket.AF_INET, socket.SOCK_DGRAM) for _ in range(2)]
         for one in self.udp:
             one.bind(("127.0.0.1", 0))
@@ -362,42 +356,12 @@ class Server:
         return self
 
     async def reboot(self):
-        for listener in filter(None, (self.listener, self.listener6)):
-            listener.close()
-        for session in list(self.sessions):
-            session.transport.abort()
-        for one in self.udp:
-            one.close()
+        self.stop()
         await asyncio.sleep(0)
         await self.start()
 
-    async def gone(self):
-        while self.sessions:
-            await asyncio.sleep(0.01)
-
-
-async def main():
-    resource.setrlimit(resource.RLIMIT_NOFILE, (resource.getrlimit(resource.RLIMIT_NOFILE)[1],) * 2)
-    for index in range(int(sys.argv[1])):
-        SERVERS.append(await Server(index).start())
-    for case in CASES:
-        say("case %d\t%s\t%s" % (case["number"], case["name"], "\t".join(
-            "%s=%s" % (name, case[name]) for name in TOLD if name in case)))
-    say("ports", *(server.port for server in SERVERS))
-    reader = asyncio.StreamReader()
-    await asyncio.get_running_loop().connect_read_pipe(lambda: asyncio.StreamReaderProtocol(reader), sys.stdin)
-    while words := (await reader.readline()).decode().split():
-        if words[0] == "reboot":
-            await SERVERS[int(words[1])].reboot()
-        else:
-            await asyncio.gather(*(server.gone() for server in SERVERS))
-            say("gone")
-
-
-SERVERS = []
-if __name__ == "__main__":
-    sys.stdout.reconfigure(encoding="latin-1")  # bytes as they are
-    sys.modules["server"] = sys.modules["__main__"]
-    from cases import CASES, TOLD
-    asyncio.run(main())
-    os._exit(0)
+    def stop(self):
+        for one in self.listeners + self.udp:
+            one.close()
+        for session in list(self.sessions):
+            session.transport.abort()
