@@ -242,6 +242,13 @@ int CConnection::Flush(ILoopClient& tClient)
     return 0;
 }
 
+void CConnection::BeginReading(ILoopClient& tClient)
+{
+    m_bAwaitsWritable = false;
+    m_tDescriptor.ForgetWritable();
+    AwaitReadable(tClient);
+}
+
 void CConnection::AwaitWritable(ILoopClient& tClient)
 {
     m_bAwaitsWritable = true;

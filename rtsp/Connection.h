@@ -40,6 +40,8 @@ public:
     /// After OnWritable: sends what was kept.
     int Flush(ILoopClient& tClient);
 
+    /// It is connected, and keys are agreed on: from here on it is read.
+    void BeginReading(ILoopClient& tClient);
     void AwaitReadable(ILoopClient& tClient) { m_tDescriptor.AwaitReadable(tClient); }
     void AwaitWritable(ILoopClient& tClient);
 

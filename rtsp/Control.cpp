@@ -96,10 +96,6 @@ CTask<int> CControl::ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoin
         {
             co_await m_tStrand.Next(tUntil);
         }
-        if (nError == 0)
-        {
-            nError = m_pConnection->Flush(m_tClient);
-        }
     }
     if (nError == 0 && tPeer.tUrl.bTls)
     {
@@ -119,7 +115,7 @@ CTask<int> CControl::ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoin
     }
     m_ePhase = ePhase::Open;
     m_pReader = std::make_unique<CMessageReader>();
-    m_pConnection->AwaitReadable(m_tClient);
+    m_pConnection->BeginReading(m_tClient);
     co_return 0;
 }
 

@@ -19,7 +19,9 @@
 #include <exception>
 #include <list>
 #include <mutex>
+#include <pthread.h>
 #include <thread>
+#include <time.h>
 #include <unistd.h>
 #include <utility>
 
@@ -31,15 +33,23 @@ using namespace std::chrono_literals;
 using Executor = asio::io_context::executor_type;
 using Timer = asio::basic_waitable_timer<Clock, asio::wait_traits<Clock>, Executor>;
 
-constexpr unsigned g_nFree = 2;        // threads outside callbacks
-constexpr unsigned g_nQuickGrowth = 3; // threads beyond the cores, as long as no callback is slow
-constexpr auto g_tSlow = 10ms;         // a callback that runs for longer
-constexpr auto g_tShrinkTime = 3s;     // between looks at how many threads were needed
+constexpr unsigned g_nFree = 2;        // runners outside callbacks, while callbacks are slow
+constexpr unsigned g_nQuickGrowth = 2; // runners beyond the cores that quick callbacks may bring about
+constexpr auto g_tSlow = 5ms;          // a callback that runs for longer
+constexpr auto g_tLookTime = 10ms;     // between looks at what callbacks do
+constexpr unsigned g_nIdleLooks = 100; // without a callback, until it is left
+constexpr auto g_tLate = 20ms;         // a loop that needs longer to come to something is busy
+constexpr unsigned g_nLate = 3;        // so many times in a row: too busy
+constexpr auto g_tProbeTime = 100ms;   // between tries how long that takes
+constexpr auto g_tCalmTime = 3s;       // without need of more runners, until they end
+constexpr double g_dBusy = 0.6;        // of one core
 
 struct tagThread
 {
     std::thread tThread;
     std::atomic<Clock::rep> nCallbackBegan{0}; // 0: outside
+    std::chrono::nanoseconds tCpuTime{0};      // when it was last looked at
+    bool bGuard = false;
     bool bEnded = false;
 };
 
@@ -54,6 +64,10 @@ struct tagLeave
 
 // --- the pool --------------------------------------------------------------------------------------------------------
 
+// One thread, the runner, does everything as long as callbacks are quick: each further one that waits for work beside
+// it would be woken for every packet, which costs more than the packet. Another thread, the guard, looks every few
+// milliseconds whether a callback keeps the runner. From then on two runners are kept free of callbacks, until all has
+// been quick for a while. The guard also adds runners when one alone can't keep up, as many as there are cores.
 class CLoop::CImpl : public std::enable_shared_from_this<CImpl>
 {
 public:
@@ -62,10 +76,8 @@ public:
     void Start()
     {
         const std::lock_guard tLock(m_tMutex);
-        for (unsigned i = 0; i < m_nBase; ++i)
-        {
-            StartThread();
-        }
+        StartThread(true);
+        StartThread(false);
     }
 
     void BeginCallback()
@@ -75,13 +87,14 @@ public:
         {
             g_ptThread->nCallbackBegan.store(Clock::now().time_since_epoch().count(), std::memory_order_relaxed);
         }
-        if (nInside > m_nMostInside.load(std::memory_order_relaxed))
-        {
-            m_nMostInside.store(nInside, std::memory_order_relaxed);
-        }
-        if (nInside + g_nFree > m_nThreads.load(std::memory_order_relaxed)) [[unlikely]]
+        m_dwCallbacks.fetch_add(1, std::memory_order_relaxed);
+        if (m_bSlowTimes.load(std::memory_order_relaxed) && nInside + g_nFree > m_nRunners) [[unlikely]]
         {
             Grow();
+        }
+        if (m_bGuardSleeps) [[unlikely]]
+        {
+            WakeGuard();
         }
     }
     void EndCallback()
@@ -99,13 +112,7 @@ public:
         std::list<tagThread> atEnded;
         {
             std::unique_lock tLock(m_tMutex);
-            m_bStopping = true;
-            m_tChanged.wait_until(tLock, tUntil,
-                                  [this]
-                                  {
-                                      return std::all_of(m_atThreads.begin(), m_atThreads.end(),
-                                                         [](auto const& t) { return t.bEnded || &t == g_ptThread; });
-                                  });
+            AwaitThreads(tLock, tUntil, [](tagThread const& t) { return t.bEnded || &t == g_ptThread; });
             Reap(atEnded);
             for (tagThread& tThread : m_atThreads)
             {
@@ -124,20 +131,25 @@ public:
     {
         m_tContext.stop();
         std::unique_lock tLock(m_tMutex);
-        m_bStopping = true;
-        m_tChanged.wait_until(tLock, tUntil,
-                              [this]
-                              {
-                                  return std::all_of(m_atThreads.begin(), m_atThreads.end(),
-                                                     [](auto const& t) { return t.bEnded || t.nCallbackBegan != 0; });
-                              });
+        AwaitThreads(tLock, tUntil, [](tagThread const& t) { return t.bEnded || t.nCallbackBegan != 0; });
     }
 
 private:
-    // Under the mutex.
-    void StartThread()
+    template <class F>
+    void AwaitThreads(std::unique_lock<std::mutex>& tLock, Clock::time_point tUntil, F const& fnIsDone)
+    {
+        m_bStopping = true;
+        m_tChanged.notify_all();
+        m_tChanged.wait_until(tLock, tUntil,
+                              [&] { return std::all_of(m_atThreads.begin(), m_atThreads.end(), fnIsDone); });
+    }
+
+    // --- threads: under the mutex ---
+
+    void StartThread(bool bGuard)
     {
         tagThread& tThread = m_atThreads.emplace_back();
+        tThread.bGuard = bGuard;
         try
         {
             tThread.tThread = std::thread([pThis = shared_from_this(), &tThread] { pThis->Run(tThread); });
@@ -147,7 +159,51 @@ private:
             m_atThreads.pop_back();
             throw;
         }
-        ++m_nThreads;
+        m_nRunners += bGuard ? 0 : 1;
+    }
+    void StartRunners(unsigned nUpTo)
+    try
+    {
+        while (m_nRunners < nUpTo)
+        {
+            StartThread(false);
+        }
+    }
+    catch (...) // no thread to be had: callbacks hold each other up until there is
+    {
+    }
+    void Reap(std::list<tagThread>& atEnded)
+    {
+        for (auto it = m_atThreads.begin(); it != m_atThreads.end();)
+        {
+            const auto itThis = it++;
+            if (itThis->bEnded && &*itThis != g_ptThread)
+            {
+                atEnded.splice(atEnded.end(), m_atThreads, itThis);
+            }
+        }
+    }
+
+    bool IsAnySlow() const
+    {
+        const Clock::rep nBefore = (Clock::now() - g_tSlow).time_since_epoch().count();
+        return std::any_of(m_atThreads.begin(), m_atThreads.end(),
+                           [=](tagThread const& t)
+                           {
+                               const Clock::rep nBegan = t.nCallbackBegan.load(std::memory_order_relaxed);
+                               return nBegan != 0 && nBegan < nBefore;
+                           });
+    }
+
+    // --- outside the mutex ---
+
+    static void Join(std::list<tagThread>& atEnded)
+    {
+        for (tagThread& tThread : atEnded)
+        {
+            tThread.tThread.join();
+        }
+        atEnded.clear();
     }
 
     void Run(tagThread& tThread)
@@ -162,7 +218,14 @@ private:
         } tScope{*this, tThread};
         try
         {
-            m_tContext.run();
+            if (tThread.bGuard)
+            {
+                Guard();
+            }
+            else
+            {
+                m_tContext.run();
+            }
         }
         catch (tagLeave const&)
         {
@@ -174,125 +237,161 @@ private:
     {
         const std::lock_guard tLock(m_tMutex);
         tThread.bEnded = true;
-        --m_nThreads;
+        m_nRunners -= tThread.bGuard ? 0 : 1;
         m_tChanged.notify_all();
         if (!bLeft && !m_bStopping)
         {
-            TryToStartThread();
+            StartRunners(m_nRunners + 1);
         }
     }
 
-    void TryToStartThread()
-    try
-    {
-        StartThread();
-    }
-    catch (...) // no thread to be had: callbacks hold each other up until there is
-    {
-    }
-
-    // Callbacks leave fewer than two threads. The last one is replaced always; the last but one only when callbacks are
-    // slow, or while there are few: quick callbacks meet now and then on a busy machine.
+    // Callbacks are slow, and leave fewer than two runners. The last one is replaced always; the last but one only when
+    // there are few: quick callbacks meet now and then on a busy machine.
     [[gnu::cold, gnu::noinline]] void Grow()
     {
-        std::list<tagThread> atEnded;
+        const std::lock_guard tLock(m_tMutex);
+        const unsigned nInside = m_nInside;
+        const bool bMany = m_nRunners >= m_nCores + g_nQuickGrowth;
+        if (!m_bStopping && (nInside >= m_nRunners || !bMany || IsAnySlow()))
+        {
+            StartRunners(nInside + g_nFree);
+        }
+    }
+
+    // --- the guard ---
+
+    [[gnu::cold, gnu::noinline]] void WakeGuard()
+    {
+        if (m_bGuardSleeps.exchange(false))
         {
             const std::lock_guard tLock(m_tMutex);
-            const unsigned nInside = m_nInside;
-            if (m_bStopping || nInside + g_nFree <= m_nThreads ||
-                (nInside < m_nThreads && m_nThreads >= m_nCores + g_nQuickGrowth && !IsAnySlow()))
-            {
-                return;
-            }
-            Reap(atEnded);
-            TryToStartThread();
-            WatchForShrinking();
-        }
-        Join(atEnded);
-    }
-
-    bool IsAnySlow() const
-    {
-        const Clock::rep nBefore = (Clock::now() - g_tSlow).time_since_epoch().count();
-        return std::any_of(m_atThreads.begin(), m_atThreads.end(),
-                           [=](tagThread const& t)
-                           {
-                               const Clock::rep nBegan = t.nCallbackBegan.load(std::memory_order_relaxed);
-                               return nBegan != 0 && nBegan < nBefore;
-                           });
-    }
-
-    // Under the mutex.
-    void WatchForShrinking()
-    try
-    {
-        if (!m_bWatching && m_nThreads > m_nBase)
-        {
-            m_tShrinkTimer.expires_after(g_tShrinkTime);
-            m_tShrinkTimer.async_wait(
-                [this](asio::error_code const& tError)
-                {
-                    if (!tError)
-                    {
-                        Shrink();
-                    }
-                });
-            m_bWatching = true;
+            m_tChanged.notify_all();
         }
     }
-    catch (...) // no memory: with the next growth
-    {
-    }
 
-    void Shrink()
+    void Guard()
     {
         std::list<tagThread> atEnded;
+        std::unique_lock tLock(m_tMutex);
+        for (unsigned nIdle = 0; !m_bStopping;)
         {
-            const std::lock_guard tLock(m_tMutex);
-            const unsigned nNeeded = std::max(m_nBase, m_nMostInside.exchange(m_nInside) + g_nFree);
-            for (unsigned i = m_nThreads; i > nNeeded; --i)
+            if (nIdle >= g_nIdleLooks)
             {
-                asio::post(m_tContext, [] { throw tagLeave{}; });
+                SleepUntilCallback(tLock);
+                nIdle = 0;
             }
-            Reap(atEnded);
-            m_bWatching = false;
-            WatchForShrinking();
+            const std::uint32_t dwCallbacks = m_dwCallbacks;
+            m_tChanged.wait_for(tLock, g_tLookTime, [this] { return m_bStopping; });
+            nIdle = m_nInside != 0 || m_nRunners > 1 || m_dwCallbacks != dwCallbacks ? 0 : nIdle + 1;
+            if (!m_bStopping)
+            {
+                Look(Clock::now());
+                Reap(atEnded);
+                tLock.unlock();
+                Join(atEnded);
+                tLock.lock();
+            }
         }
-        Join(atEnded);
     }
 
-    // Under the mutex.
-    void Reap(std::list<tagThread>& atEnded)
+    void SleepUntilCallback(std::unique_lock<std::mutex>& tLock)
     {
-        for (auto it = m_atThreads.begin(); it != m_atThreads.end();)
+        m_bGuardSleeps = true;
+        m_tChanged.wait(tLock, [this] { return m_bStopping || m_nInside != 0 || !m_bGuardSleeps; });
+        m_bGuardSleeps = false;
+    }
+
+    void Look(Clock::time_point tNow)
+    {
+        if (IsAnySlow())
         {
-            const auto itThis = it++;
-            if (itThis->bEnded && &*itThis != g_ptThread)
-            {
-                atEnded.splice(atEnded.end(), m_atThreads, itThis);
-            }
+            m_bSlowTimes = true;
+            m_tCalm = tNow + g_tCalmTime;
+            StartRunners(m_nInside + g_nFree);
+        }
+        else
+        {
+            Probe(tNow);
+        }
+        if (tNow >= m_tCalm)
+        {
+            CalmDown(tNow);
         }
     }
-    static void Join(std::list<tagThread>& atEnded)
+
+    // How long does the loop need to come to something?
+    void Probe(Clock::time_point tNow)
     {
-        for (tagThread& tThread : atEnded)
+        const bool bLate = tNow - m_tProbed >= g_tLate;
+        if (m_bProbing)
         {
-            tThread.tThread.join();
+            if (bLate && !std::exchange(m_bWasLate, true) && ++m_nLate >= g_nLate && m_nBase < m_nCores)
+            {
+                m_nLate = 0;
+                m_tCalm = tNow + g_tCalmTime;
+                StartRunners(++m_nBase);
+            }
         }
+        else if (tNow - m_tProbed >= g_tProbeTime)
+        {
+            m_nLate = m_bWasLate ? m_nLate : 0;
+            m_bWasLate = false;
+            m_tProbed = tNow;
+            m_bProbing = true;
+            asio::post(m_tContext, [this] { m_bProbing = false; });
+        }
+    }
+
+    // All has been quick for a while: fewer runners will do.
+    void CalmDown(Clock::time_point tNow)
+    {
+        const double dCores = std::chrono::duration<double>(CpuTime()) / (tNow - std::exchange(m_tCalmedDown, tNow));
+        m_tCalm = tNow + g_tCalmTime;
+        m_bSlowTimes = false;
+        m_nBase -= m_nBase > 1 && dCores < g_dBusy * (m_nBase - 1) ? 1 : 0;
+        for (unsigned i = m_nRunners; i > m_nBase; --i)
+        {
+            asio::post(m_tContext, [] { throw tagLeave{}; });
+        }
+    }
+
+    // Of the runners, since it was last asked for.
+    std::chrono::nanoseconds CpuTime()
+    {
+        std::chrono::nanoseconds tAll{0};
+        for (tagThread& tThread : m_atThreads)
+        {
+            clockid_t nClock;
+            timespec tUsed{};
+            if (!tThread.bGuard && !tThread.bEnded &&
+                pthread_getcpuclockid(tThread.tThread.native_handle(), &nClock) == 0 &&
+                clock_gettime(nClock, &tUsed) == 0)
+            {
+                const auto tNow = std::chrono::seconds(tUsed.tv_sec) + std::chrono::nanoseconds(tUsed.tv_nsec);
+                tAll += tNow - std::exchange(tThread.tCpuTime, tNow);
+            }
+        }
+        return tAll;
     }
 
     const unsigned m_nCores = std::max(1U, std::thread::hardware_concurrency());
-    const unsigned m_nBase = std::max(g_nFree, m_nCores);
-    asio::io_context m_tContext{static_cast<int>(m_nBase)};
+    asio::io_context m_tContext;
     asio::executor_work_guard<Executor> m_tWork{m_tContext.get_executor()};
-    Timer m_tShrinkTimer{m_tContext};
-    std::atomic<unsigned> m_nThreads{0};
-    std::atomic<unsigned> m_nInside{0};     ///< callbacks
-    std::atomic<unsigned> m_nMostInside{0}; ///< since the last look at it
+    std::atomic<unsigned> m_nRunners{0};
+    std::atomic<unsigned> m_nInside{0};          ///< callbacks
+    std::atomic<std::uint32_t> m_dwCallbacks{0}; ///< that have begun
+    std::atomic<bool> m_bSlowTimes{false};
+    std::atomic<bool> m_bGuardSleeps{false};
+    std::atomic<bool> m_bProbing{false};
     std::mutex m_tMutex;
     std::condition_variable m_tChanged;
     std::list<tagThread> m_atThreads;
-    bool m_bWatching = false;
+    unsigned m_nBase = 1; ///< runners that are needed when callbacks are quick
+    Clock::time_point m_tCalm;
+    Clock::time_point m_tCalmedDown;
+    Clock::time_point m_tProbed;
+    unsigned m_nLate = 0; ///< probes in a row
+    bool m_bWasLate = false;
     bool m_bStopping = false;
 };
 
@@ -383,6 +482,13 @@ void CDescriptor::AwaitWritable(ILoopClient& tClient)
                 pClient->OnWritable(dwTag);
             }
         });
+}
+
+// asio watches for ever what was waited for once.
+void CDescriptor::ForgetWritable()
+{
+    const int nFile = m_pImpl->tDescriptor.release();
+    m_pImpl->tDescriptor.assign(nFile);
 }
 
 struct CAlarm::tagImpl

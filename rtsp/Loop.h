@@ -24,9 +24,10 @@ protected:
     ~ILoopClient() = default;
 };
 
-/// Waits for sockets and times on a small pool of threads: as many as there are cores, at least two. Callbacks of the
-/// application run on these threads too and may take any time: two threads are kept free of them, so the pool grows
-/// while callbacks are slow, and shrinks some seconds after.
+/// Waits for sockets and times on a few threads, on which callbacks of the application run too; these may take any
+/// time. As long as they are quick, one thread does everything, or as many as it takes, at most one a core. When one of
+/// them has taken longer than 5 ms, two threads are kept free of callbacks, however many are slow at once; some seconds
+/// after the last slow one there are few threads again.
 class CLoop
 {
 public:
@@ -79,6 +80,9 @@ public:
     /// OnReadable or OnWritable once, as soon as it is; also when it was already. One of each at a time.
     void AwaitReadable(ILoopClient& tClient);
     void AwaitWritable(ILoopClient& tClient);
+    /// Nothing waits for writability any more, nor for readability: the loop forgets that anything ever did, and is not
+    /// woken for it.
+    void ForgetWritable();
 
 private:
     struct tagImpl;
