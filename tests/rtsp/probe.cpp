@@ -1,8 +1,8 @@
 // Runs RTSP streams as its standard input asks, by the plug-in's entry points or the C API, and prints what they tell
 // and deliver. The tests in Python are at the other end. A line each, its words between tabs:
 //
-//   open ID plugin|api URL USER PASSWORD TRANSPORT CERTIFICATE ACTION FILE    a stream with listeners; ACTION: what the
-//              first frame's callback does, FILE: where the bytes of all frames go, either may be empty
+//   open ID plugin|api URL USER PASSWORD TRANSPORT CERTIFICATE ACTION FILE CODEC      a stream with listeners; ACTION:
+//              what the first frame's callback does, FILE: where the bytes of all frames of CODEC go; both may be empty
 //   close ID   control ID CODE   frames ID 0|1   late ID   info ID   release   self   stop
 //
 //   opened ID RESULT HANDLE             closed ID RESULT MILLISECONDS        did ID RESULT
@@ -44,6 +44,7 @@ struct tagStream
     void* hStream = nullptr;
     std::string strAction{};
     std::unique_ptr<FILE, int (*)(FILE*)> pFile{nullptr, &std::fclose};
+    std::uint32_t dwCodec = 0; ///< of what goes there
     bool bActed = false;
 
     unsigned long User() { return reinterpret_cast<unsigned long>(this); }
@@ -150,7 +151,7 @@ int OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwU
           std::accumulate(t.pData, t.pData + t.dwLength, 0U) +
               std::accumulate(t.pConfig, t.pConfig + t.dwConfigLength, 0U),
           t.szCodecName);
-    if (tStream.pFile)
+    if (tStream.pFile && t.dwCodec == tStream.dwCodec)
     {
         std::fwrite(t.pData, 1, t.dwLength, tStream.pFile.get());
         std::fflush(tStream.pFile.get());
@@ -185,6 +186,7 @@ void Open(std::vector<std::string> const& astrWords)
     t.bApi = astrWords[2] == "api";
     t.strAction = astrWords[8];
     t.pFile.reset(astrWords[9].empty() ? nullptr : std::fopen(astrWords[9].c_str(), "wb"));
+    t.dwCodec = static_cast<std::uint32_t>(std::stoul(astrWords[10]));
     const auto fnFill = [&](auto& tLogin, std::uint32_t(&dwPara)[7])
     {
         Copy(tLogin.szUserName, astrWords[4]);
