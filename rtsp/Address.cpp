@@ -144,7 +144,7 @@ std::optional<tagUrl> ParseUrl(std::string_view strUrl)
 
 std::string ResolveControl(std::string_view strBase, std::string_view strControlText)
 {
-    const std::string strControl = Escape(strControlText);
+    std::string strControl = Escape(strControlText);
     if (strControl.empty() || strControl == "*")
     {
         return std::string(strBase);

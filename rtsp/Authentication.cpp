@@ -207,22 +207,18 @@ bool CAuthenticator::TakeChallenges(std::vector<std::string_view> const& astrCha
             }
         }
     }
-    std::erase_if(atChallenges, [this](tagChallenge const& t) { return WasRefused(t); });
-    m_nStale = m_nUsed == 1 ? m_nStale + 1 : 0;
-    m_nUsed = 0;
-    m_tChallenge.reset();
-    while (!atChallenges.empty())
+    // Only the strongest counts: a refusal must not bring us to send the password itself.
+    auto itStrongest = std::min_element(atChallenges.begin(), atChallenges.end(), &IsStronger);
+    while (itStrongest != atChallenges.end() && !Prepare(*itStrongest))
     {
-        const auto itStrongest = std::min_element(atChallenges.begin(), atChallenges.end(), &IsStronger);
-        if (Prepare(*itStrongest))
-        {
-            m_tChallenge = std::move(*itStrongest);
-            return true;
-        }
         atChallenges.erase(itStrongest);
+        itStrongest = std::min_element(atChallenges.begin(), atChallenges.end(), &IsStronger);
     }
-    m_nStale = 0;
-    return false;
+    const bool bTaken = itStrongest != atChallenges.end() && !WasRefused(*itStrongest);
+    m_nStale = bTaken && m_nUsed == 1 ? m_nStale + 1 : 0;
+    m_nUsed = 0;
+    m_tChallenge = bTaken ? std::optional(std::move(*itStrongest)) : std::nullopt;
+    return bTaken;
 }
 
 // A nonce that was good for earlier requests has only run out when another one comes instead.

@@ -256,7 +256,8 @@ std::string_view tagMediaDescription::Parameter(std::string_view strName) const
 
 std::optional<tagDescription> ParseDescription(std::string_view strSdp)
 {
-    constexpr std::string_view strLineEnds("\r\n", 3); // devices send terminators too
+    using namespace std::string_view_literals;
+    constexpr std::string_view strLineEnds = "\r\n\0"sv; // devices send terminators too
     tagDescription tDescription;
     tagSection tSession;
     std::vector<tagSection> atSections;

@@ -71,6 +71,10 @@ private:
     eMatch m_eResult = eMatch::Yes;
 };
 
+bool IsOfMethod(char c)
+{
+    return (c >= 'A' && c <= 'Z') || c == '_';
+}
 bool EndsWord(char c)
 {
     return IsBlank(c) || c == '\r' || c == '\n';
@@ -92,7 +96,7 @@ eMatch MatchStatus(std::string_view strText)
 eMatch MatchRequest(std::string_view strText)
 {
     return CMatcher(strText)
-        .Some(2, g_nLongestMethod, [](char c) { return (c >= 'A' && c <= 'Z') || c == '_'; })
+        .Some(2, g_nLongestMethod, &IsOfMethod)
         .Some(1, g_nMostBlanks, &IsBlank)
         .Some(1, g_nLongestUri, [](char c) { return c != ' ' && !IsControl(c); })
         .Some(1, g_nMostBlanks, &IsBlank)
@@ -103,6 +107,10 @@ eMatch MatchRequest(std::string_view strText)
 
 eMatch MatchStart(std::string_view strText)
 {
+    if (!strText.empty() && !IsOfMethod(strText.front())) // as most of what junk is made of
+    {
+        return eMatch::No;
+    }
     const eMatch eStatus = MatchStatus(strText);
     return eStatus == eMatch::Yes ? eStatus : std::max(eStatus, MatchRequest(strText));
 }
@@ -355,14 +363,10 @@ std::size_t CMessageReader::ReadMessage(Bytes abyData, IMessageSink& tSink)
         // A packet begins in the middle of it.
         const auto itAlien =
             std::find_if(strLine.begin(), strLine.end(), [](char c) { return IsControl(c) && c != '\t' && c != '\r'; });
-        std::size_t nAlien = itAlien == strLine.end()
-                                 ? std::string_view::npos
-                                 : std::min(strData.find('$', std::max<std::size_t>(nLine, 1)),
-                                            nLine + static_cast<std::size_t>(itAlien - strLine.begin()));
-        if (nLine > 0 && strLine.starts_with('$'))
-        {
-            nAlien = nLine;
-        }
+        const std::size_t nAlien = itAlien == strLine.end()
+                                       ? std::string_view::npos
+                                       : std::min(strData.find('$', std::max<std::size_t>(nLine, 1)),
+                                                  nLine + static_cast<std::size_t>(itAlien - strLine.begin()));
         if (std::min(nStart, nAlien) != std::string_view::npos)
         {
             m_bLost = nAlien < nStart;

@@ -56,8 +56,8 @@ protected:
 class CMessageReader
 {
 public:
-    static constexpr std::size_t nLongestHead = 64 * 1024; ///< of a message, without its body
-    static constexpr std::size_t nLongestBody = 1024 * 1024;
+    static constexpr std::size_t nLongestHead = std::size_t{64} * 1024; ///< of a message, without its body
+    static constexpr std::size_t nLongestBody = std::size_t{1024} * 1024;
 
     /// False: the server sends what has no end (a head or body above the bound): close the connection. The sink may
     /// throw; the reader is then not to be used any more.

@@ -31,6 +31,7 @@ void CReorderer::Take(tagRtpPacket const& tPacket, Bytes abyWhole, std::chrono::
     }
     m_bAny = true;
     m_nLateRun = 0;
+    m_wLastCame = tPacket.wSequence;
     if (nAhead == 0)
     {
         Pass(tPacket, 0, tSink);
@@ -53,11 +54,11 @@ void CReorderer::Take(tagRtpPacket const& tPacket, Bytes abyWhole, std::chrono::
 // A source that counts on from a smaller number looks like one whose packets are all late.
 bool CReorderer::ProvesRestart(std::uint16_t wSequence)
 {
-    if (m_nLateRun == 0 || wSequence != m_wLastLate) // else a duplicate, which says nothing
+    if (wSequence != m_wLastCame) // else a duplicate, which says nothing
     {
-        const bool bNext = m_nLateRun > 0 && Ahead(wSequence, m_wLastLate) == 1;
+        const bool bNext = m_nLateRun > 0 && Ahead(wSequence, m_wLastCame) == 1;
         m_nLateRun = bNext ? m_nLateRun + 1 : 1;
-        m_wLastLate = wSequence;
+        m_wLastCame = wSequence;
     }
     return m_nLateRun >= nProof;
 }

@@ -68,7 +68,7 @@ private:
     bool m_bAny = false;       ///< a packet came, so m_wNext says something
     bool m_bRestarted = false; ///< the next packet passed is the first after a restart
     std::uint16_t m_wNext = 0;
-    std::uint16_t m_wLastLate = 0;
+    std::uint16_t m_wLastCame = 0;
     unsigned m_nLateRun = 0; ///< late packets in a row, each the successor of the one before
     std::uint64_t m_ullLost = 0;
     std::vector<tagHeld> m_atHeld; ///< in order, none twice; the first one is never m_wNext

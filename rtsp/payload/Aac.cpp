@@ -14,7 +14,7 @@ namespace rtsp
 namespace
 {
 // The longest that the field of a frame's length in other containers has room for, and then some.
-constexpr std::size_t g_nLargestFrame = 64 * 1024;
+constexpr std::size_t g_nLargestFrame = std::size_t{64} << 10;
 
 // Some devices leave the header of another container before each unit.
 Bytes WithoutAdts(Bytes abyUnit)
@@ -38,9 +38,7 @@ public:
                               tDescription.Parameter("constantsize").empty();
         const bool bHighRate = bNothing || tDescription.Parameter("mode") == "AAC-hbr";
         const auto fnNumber = [&](char const* szName, unsigned nDefault, unsigned nMost)
-        {
-            return std::min(Number<unsigned>(tDescription.Parameter(szName)).value_or(nDefault), nMost);
-        };
+        { return std::min(Number<unsigned>(tDescription.Parameter(szName)).value_or(nDefault), nMost); };
         m_nSizeBits = fnNumber("sizelength", bLowRate ? 6 : bHighRate ? 13 : 0, 32);
         m_nIndexBits = fnNumber("indexlength", bLowRate ? 2 : bHighRate ? 3 : 0, 32);
         m_nIndexDeltaBits = fnNumber("indexdeltalength", m_nIndexBits, 32);
@@ -141,7 +139,7 @@ private:
                                       : m_nConstantSize ? m_nConstantSize
                                                         : abyRest.size();
             const std::uint32_t dwIndex = tReader.Bits(bFirst ? m_nIndexBits : m_nIndexDeltaBits);
-            SkipTimes(tReader, bFirst);
+            SkipTimes(tReader);
             if (tReader.Failed() || tReader.Position() > nHeaderBits || nSize > g_nLargestFrame)
             {
                 return;
@@ -178,10 +176,9 @@ private:
         }
     }
 
-    void SkipTimes(CBitReader& tReader, bool bFirst) const
+    void SkipTimes(CBitReader& tReader) const
     {
-        // The first unit's composition time is the packet's; its flag is there all the same.
-        if (m_nCompositionBits > 0 && tReader.Flag() && !bFirst)
+        if (m_nCompositionBits > 0 && tReader.Flag())
         {
             tReader.Skip(m_nCompositionBits);
         }

@@ -12,7 +12,7 @@ namespace rtsp
 {
 namespace
 {
-constexpr std::size_t g_nLargestPacket = 256 * 1024; // put together of several
+constexpr std::size_t g_nLargestPacket = std::size_t{256} << 10; // put together of several
 
 std::uint32_t ReadValue(CBitReader& tReader)
 {
@@ -37,14 +37,13 @@ public:
         if (tPacket.dwStamp != m_dwStamp)
         {
             m_abyPart.clear();
-            m_bBroken = nLostBefore > 0 && m_bInside; // this may be the rest of what began in a missing packet
+            m_bBroken = false;
         }
         else if (nLostBefore > 0)
         {
             m_bBroken = true;
         }
         m_dwStamp = tPacket.dwStamp;
-        m_bInside = !tPacket.bMarker;
         const Bytes abyPayload = tPacket.abyPayload;
         if (m_bBroken || m_abyPart.size() + abyPayload.size() > g_nLargestPacket)
         {
@@ -69,7 +68,7 @@ public:
     void Reset() override
     {
         m_abyPart = {};
-        m_bBroken = m_bInside = false;
+        m_bBroken = false;
     }
 
 private:
@@ -212,7 +211,6 @@ private:
     std::uint32_t m_dwDuration = 1024;
     std::vector<unsigned char> m_abyPart; ///< an element whose end is still to come
     std::uint32_t m_dwStamp = 0;
-    bool m_bInside = false; ///< the last packet had no marker
     bool m_bBroken = false; ///< a part of this element is missing
 };
 } // namespace

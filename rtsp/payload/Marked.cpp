@@ -13,7 +13,7 @@ void CMarked::Judge(bool bSameStamp, ePlace eAt, bool bGap)
     {
         m_tMarkers.OnWrong();
     }
-    else if (!bGap && m_nMarkers == 1 && (!bSameStamp || eAt == ePlace::Begin))
+    else if (!bGap && (!bSameStamp || eAt == ePlace::Begin))
     {
         m_tMarkers.OnRight();
     }
@@ -31,7 +31,6 @@ void CMarked::Take(tagRtpPacket const& tPacket, unsigned nLostBefore, IUnitSink&
     }
     if (bNext)
     {
-        m_nMarkers = 0;
         m_bTooLarge = false;
         if (m_bFrame)
         {
@@ -55,7 +54,6 @@ void CMarked::Take(tagRtpPacket const& tPacket, unsigned nLostBefore, IUnitSink&
         Add(tPacket, bGap);
     }
     m_bMarked = tPacket.bMarker && m_bFrame;
-    m_nMarkers += m_bMarked;
     if (m_bMarked && IsInside())
     {
         m_tMarkers.OnWrong();
@@ -116,6 +114,5 @@ void CMarked::Reset()
     m_tUnit = {};
     m_tUnit.nLostBefore = nLostBefore;
     m_bFrame = m_bAny = m_bMarked = m_bTooLarge = false;
-    m_nMarkers = 0;
 }
 } // namespace rtsp

@@ -48,7 +48,6 @@ private:
     bool m_bAny = false;      ///< m_tUnit.dwStamp is that of a packet
     bool m_bMarked = false;   ///< the last packet had the marker, and a picture in its frame
     bool m_bTooLarge = false; ///< the rest of this frame is passed over
-    unsigned m_nMarkers = 0;  ///< of this frame
     std::size_t m_nUsual = 0; ///< bytes of the smaller one of the last two frames
     std::size_t m_nLast = 0;  ///< bytes of the last frame
 };

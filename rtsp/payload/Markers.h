@@ -20,7 +20,7 @@ public:
     /// For payloads that nothing can be learnt from.
     void Believe() { m_eTrust = eTrust::Yes; }
 
-    /// A frame had a marker at its end and nowhere else.
+    /// A frame had a marker at its end.
     void OnRight()
     {
         if (m_eTrust != eTrust::Yes && ++m_nRight >= m_nNeeded)

@@ -104,21 +104,12 @@ CMarked::ePlace CNal::Place(Bytes abyPayload) const
               {
                   fnSee(Kind(tPiece.abyHeader, tPiece.abyBody));
               }
-              else if (eAt == ePlace::Unknown)
-              {
-                  eAt = ePlace::GoOn;
-              }
           });
     return eAt;
 }
 
 void CNal::Add(tagRtpPacket const& tPacket, bool bGap)
 {
-    if (!m_bSetsOfFrame)
-    {
-        m_tSets.BeginFrame();
-        m_bSetsOfFrame = true;
-    }
     if (bGap)
     {
         CutUnit();
@@ -247,7 +238,7 @@ void CNal::Finish()
 
 void CNal::Forget()
 {
-    m_bInside = m_bInsideSlice = m_bSetsInFront = m_bSetsOfFrame = false;
+    m_bInside = m_bInsideSlice = m_bSetsInFront = false;
     m_nUnit = m_nDelimiter = 0;
 }
 } // namespace rtsp

@@ -78,7 +78,6 @@ private:
     bool m_bInside = false;       ///< a unit was begun that another packet goes on with
     bool m_bInsideSlice = false;  ///< it is a slice
     bool m_bSetsInFront = false;  ///< parameter sets came before the first slice
-    bool m_bSetsOfFrame = false;  ///< m_tSets.BeginFrame was called for this frame
     std::size_t m_nUnit = 0;      ///< where the unit that is being put together begins in m_tUnit
     std::size_t m_nDelimiter = 0; ///< where the access unit delimiter ends in m_tUnit
     std::uint32_t m_dwPictureSet = 0;

@@ -10,12 +10,12 @@ namespace rtsp
 namespace
 {
 // More than any device has; all of them go out with each key frame.
-constexpr std::size_t g_nMostBytes = 64 * 1024;
+constexpr std::size_t g_nMostBytes = std::size_t{64} << 10;
 } // namespace
 
 CParameterSets::tagSet CParameterSets::Parse(eKind eWhat, Bytes abyUnit) const
 {
-    tagSet tSet{eWhat, true, 0, 0, {}};
+    tagSet tSet{eWhat, 0, 0, {}};
     CBitReader tReader(abyUnit, CBitReader::eForm::NalUnit);
     if (eWhat == eKind::Sequence && m_bH265)
     {
@@ -41,7 +41,6 @@ void CParameterSets::Take(eKind eWhat, Bytes abyUnit)
                                     [&](tagSet const& t) { return t.eWhat == eWhat && t.dwNumber == tNew.dwNumber; });
     if (itOld != m_atSets.end() && std::ranges::equal(itOld->abyUnit, abyUnit))
     {
-        itOld->bThisFrame = true;
         return;
     }
     ++m_dwVersion;
@@ -51,8 +50,8 @@ void CParameterSets::Take(eKind eWhat, Bytes abyUnit)
     }
     if (eWhat == eKind::Sequence)
     {
-        std::erase_if(m_atSets, [&](tagSet const& t)
-                      { return t.eWhat == eKind::Picture && t.dwParent == tNew.dwNumber && !t.bThisFrame; });
+        std::erase_if(m_atSets,
+                      [&](tagSet const& t) { return t.eWhat == eKind::Picture && t.dwParent == tNew.dwNumber; });
     }
     MakeRoom(abyUnit.size());
     tNew.abyUnit.assign(abyUnit.begin(), abyUnit.end());
@@ -69,14 +68,6 @@ void CParameterSets::MakeRoom(std::size_t nBytes)
     {
         nBytes -= m_atSets.front().abyUnit.size() + sizeof m_atSets.front();
         m_atSets.erase(m_atSets.begin());
-    }
-}
-
-void CParameterSets::BeginFrame()
-{
-    for (tagSet& tSet : m_atSets)
-    {
-        tSet.bThisFrame = false;
     }
 }
 

@@ -8,8 +8,7 @@
 namespace rtsp
 {
 /// The newest parameter sets of a stream of H.264 or H.265, one of each number. A sequence parameter set that says
-/// something new takes away the picture parameter sets that belonged to the old one, unless they came with it: decoders
-/// do the same.
+/// something new takes away the picture parameter sets that belonged to the old one: decoders do the same.
 class CParameterSets
 {
 public:
@@ -24,8 +23,6 @@ public:
 
     /// A NAL unit, from its header on. The same again changes nothing.
     void Take(eKind eWhat, Bytes abyUnit);
-    /// Sets that come from now on belong to another access unit than those so far.
-    void BeginFrame();
 
     /// A decoder can start with them.
     bool AreComplete() const;
@@ -41,7 +38,6 @@ private:
     struct tagSet
     {
         eKind eWhat;
-        bool bThisFrame;
         std::uint32_t dwNumber;
         std::uint32_t dwParent; ///< of a picture parameter set: the number of its sequence parameter set
         std::vector<unsigned char> abyUnit;

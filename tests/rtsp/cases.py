@@ -85,7 +85,7 @@ for name, told, step, find, put in (
         ("body's length zero", "lost", "DESCRIBE", LENGTH, LENGTH + "0\r\nX: "),
         ("body's length beyond 64 bits", "any", "DESCRIBE", LENGTH, LENGTH + "9" * 30 + "\r\nX: "),
         ("body too short by some", "any", "DESCRIBE", LENGTH, LENGTH + "40\r\nX: "),
-        ("no Session", "live", "SETUP", "Session", "X-Session"),
+        ("no Session", "live sessionless", "SETUP", "Session", "X-Session"),
         ("long Session", "live", "SETUP", "Session: 1", "Session: " + "s" * 5000),
         ("Session for no time", "live", "SETUP", "timeout=60", "timeout=0"),
         ("Session for a negative time", "live", "SETUP", "timeout=60", "timeout=-9999999999"),
@@ -278,21 +278,21 @@ case("a unit of 19 MB", script=["K", "<", *[bare(b"\x7c\x05" + b"z" * 65000, las
 case("parameter sets only", script=[bare(SETS[0], last=False)] * 2000)
 
 # --- losses, and what is none ---
-for name, script, told in (
-        ("packets missing", "KK---KKKK", "frames=KKkKKK lost=3"),
-        ("pieces", "K<==><>KK", "frames=KKKKK lost=0"),
-        ("first piece missing", "KK-=>KKK", "frames=KKKKKK lost=1"),
-        ("middle piece missing", "KK<-=>KKK", "frames=KKkKKK lost=1"),
-        ("last piece missing", "KK<=-KKK", "frames=KKkkKK lost=1"),
-        ("first piece of all missing", "=>KKK", "frames=KKK"),
-        ("each packet twice", "K2P2P2P2K2", "frames=KPPPK lost=0"),
-        ("over UDP", "KPPPKPPP", "frames=KPPPKPPP lost=0 transport=1"),
-        ("out of order over UDP", "KP(P)P!P(P)K!", "frames=KPPPPPK lost=0 transport=1"),
-        ("out of order and late over UDP", "KP(P)PP!P(<)=!>K", "frames=KPPPPPKK lost=0 transport=1"),
-        ("twice over UDP", "K2P2(P)P2!2K", "frames=KPPPK lost=0 transport=1"),
-        ("missing over UDP", "KPP-P--PK<-=>K", "frames=KPPppKkK lost=4 transport=1"),
-        ("numbers that begin anew over UDP", ["K", "P", sequence(65534), *"KPPPKPPP"], "transport=1")):
-    case(name, "live " + told, script=script)
+for name, script, frames, told in (  # behind a few frames, when markers are known
+        ("packets missing", "KK---KKKK", "KKkKKK", "lost=3"),
+        ("pieces", "K<==><>KK", "KKKKK", "lost=0"),
+        ("first piece missing", "KK-=>KKK", "KKKKKK", "lost=1"),
+        ("middle piece missing", "KK<-=>KKK", "KKkKKK", "lost=1"),
+        ("last piece missing", "KK<=-KKK", "KKkkKK", "lost=1"),
+        ("each packet twice", "K2P2P2P2K2", "KPPPK", "lost=0"),
+        ("over UDP", "KPPPKPPP", "KPPPKPPP", "lost=0 transport=1"),
+        ("out of order over UDP", "KP(P)P!P(P)K!", "KPPPPPK", "lost=0 transport=1"),
+        ("far out of order over UDP", "KP(P)PP!P(<)=!>K", "KPPPPPKK", "lost=0 transport=1"),
+        ("twice over UDP", "K2P2(P)P2!2K", "KPPPK", "lost=0 transport=1"),
+        ("missing over UDP", "KPP-P--PK<-=>K", "KPPppKkK", "lost=4 transport=1")):
+    case(name, f"live frames=KPPP{frames} {told}", script="KPPP" + script)
+case("first piece of all missing", "live frames=KKK", script="=>KKK")
+case("numbers that begin anew over UDP", "live transport=1", script=["K", "P", sequence(65534), *"KPPPKPPP"])
 case("out of order over TCP", "any", script="KP(P)P!PKK")
 case("sequence numbers that jump", "live", script=[one for n in range(20) for one in (sequence(n * 31421 & 65535), "K")])
 
