@@ -79,9 +79,10 @@ void ReadExtension(CBitReader& tReader, tagAudioConfig& tConfig)
     }
     const std::uint32_t dwRate = ReadRate(tReader);
     tConfig.dwRate = !tReader.Failed() && dwRate != 0 ? dwRate : tConfig.dwRate;
-    if (tReader.Bits(11) == 0x548 && tReader.Flag() && !tReader.Failed())
+    if (CBitReader tAhead = tReader; tAhead.Bits(11) == 0x548)
     {
-        tConfig.nChannels = 2;
+        tReader = tAhead;
+        tConfig.nChannels = tReader.Flag() && !tReader.Failed() ? 2 : tConfig.nChannels;
     }
 }
 } // namespace
@@ -111,6 +112,12 @@ std::optional<tagAudioConfig> ParseAudioConfig(CBitReader& tReader, bool bToTheE
     }
     if (!bToTheEnd)
     {
+        // GStreamer has the extension here too. Nothing else begins like it: the word would name a reserved frame
+        // length.
+        if (CBitReader tAhead = tReader; bFound && tAhead.Bits(11) == 0x2B7)
+        {
+            ReadExtension(tReader, tConfig);
+        }
         return bFound && !tReader.Failed() ? std::optional(tConfig) : std::nullopt;
     }
     if (bFound && tConfig.dwRate == tConfig.dwCoreRate)

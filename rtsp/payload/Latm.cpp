@@ -26,9 +26,13 @@ public:
         : CPacketPayload(tDescription, eCodecAAC, "aac"), m_bInStream(tDescription.Parameter("cpresent") != "0"),
           m_dwClockRate(tDescription.dwClockRate)
     {
-        const std::vector<unsigned char> abyConfig = FromHex(tDescription.Parameter("config"));
-        CBitReader tReader(abyConfig);
-        m_bConfigured = !abyConfig.empty() && ReadConfig(tReader, abyConfig);
+        std::vector<unsigned char> abyConfig = FromHex(tDescription.Parameter("config"));
+        if (!abyConfig.empty())
+        {
+            abyConfig.resize(abyConfig.size() + 2); // GStreamer leaves out zeros at the end
+            CBitReader tReader(abyConfig);
+            m_bConfigured = ReadConfig(tReader, abyConfig);
+        }
     }
 
     void Take(tagRtpPacket const& tPacket, unsigned nLostBefore, IUnitSink& tSink) override
