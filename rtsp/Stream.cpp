@@ -2,7 +2,6 @@
 
 #include "rtsp/Life.h"
 
-#include <openssl/crypto.h>
 #include <utility>
 
 namespace rtsp
@@ -77,11 +76,7 @@ void CStream::Mute()
     m_pLife->Delivery().Mute();
 }
 
-CEngine::CEngine() : m_pCore(std::make_shared<CEngineCore>())
-{
-    // When the process exits, our last threads may still be ending: OpenSSL must not clean up under them.
-    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
-}
+CEngine::CEngine() : m_pCore(std::make_shared<CEngineCore>()) {}
 
 CEngine::~CEngine()
 {
