@@ -1,7 +1,8 @@
-// The trampolines: what reaches the application, and what happens when nobody is registered.
+// The trampolines: what reaches the application, when, and what happens when nobody is registered.
 
 #include "tests/core/Support.h"
 
+#include <climits>
 
 namespace
 {
@@ -25,7 +26,7 @@ template <class... A>
 int Heard(A... tArguments)
 {
     g_auHeard = {Number(tArguments)...};
-    return 99; // nobody looks at it
+    return INT_MIN; // nobody looks at it
 }
 template <class... A>
 auto HeardAs(int (*)(A...))
@@ -47,12 +48,14 @@ protected:
         EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{nID, Number(tArguments)..., 77UL}));
 
         EXPECT_EQ(m_tCapture.Text(), "");
-        EXPECT_EQ(pfnRegister(m_nMedia, nullptr, 78), 0);
-        for (const unsigned long dwUnusable : {nID, 1000UL, 4294967295UL, (nID + 500) % 1000})
+        for (const unsigned long dwNoID : {1000UL, 4294967295UL, ULONG_MAX - UINT_MAX + nID, (nID + 500) % 1000})
         {
-            EXPECT_EQ(pfnTrampoline(nullptr, tArguments..., dwUnusable), 1);
-            EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", szTrampoline, nLine));
+            EXPECT_EQ(pfnTrampoline(nullptr, tArguments..., dwNoID), dwNoID == nID ? 0 : 1) << dwNoID;
+            EXPECT_EQ(m_tCapture.Text(), dwNoID == nID ? "" : Line("ClientAdapter", szTrampoline, nLine));
         }
+        EXPECT_EQ(pfnRegister(m_nMedia, nullptr, 78), 0);
+        EXPECT_EQ(pfnTrampoline(nullptr, tArguments..., nID), 1);
+        EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", szTrampoline, nLine));
     }
 };
 
@@ -70,11 +73,14 @@ TEST_F(Callbacks, MediaTrampolines)
     Check("SetFileDownloadCB", 3630, &ClientAdapter_FileDownloadCB, tBuffer);
 }
 
-extern "C" int PassByValue(FileUploadCallback pfnUpload, FileDownloadCallback pfnDownload);
+extern "C" int UploadByValue(FileUploadCallback pfnUpload);
+extern "C" int DownloadByValue(FileDownloadCallback pfnDownload);
 
 TEST_F(Callbacks, RecordsByValueCrossFromC)
 {
-    EXPECT_EQ(PassByValue(HeardAs(FileUploadCallback{}), HeardAs(FileDownloadCallback{})), 2 * 99);
+    EXPECT_EQ(UploadByValue(HeardAs(FileUploadCallback{})), INT_MIN);
+    EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{0, 3, 6}));
+    EXPECT_EQ(DownloadByValue(HeardAs(FileDownloadCallback{})), INT_MIN);
     EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{0, 5, 7}));
 }
 
@@ -82,12 +88,22 @@ TEST_F(Callbacks, KindsStandBesideEachOther)
 {
     ClientAdapter_StreamMediaCB(m_nMedia, HeardAs(StreamMediaCallback{}), 1);
     ClientAdapter_StreamMediaRawCB(m_nMedia, nullptr, 2);
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_dwStreamMedia, 1U);
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_hStreamMedia, m_nMedia);
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_dwStreamMediaRaw, 2U);
+    ClientAdapter_VoiceStreamCB(m_nMedia, HeardAs(StreamVoiceCallback{}), 3);
+    ClientAdapter_TransparentChannelCB(m_nMedia, HeardAs(TransparentChannelCallback{}), 4);
+    ClientAdapter_FileUploadCB(m_nMedia, HeardAs(FileUploadCallback{}), 5);
+    ClientAdapter_FileDownloadCB(m_nMedia, HeardAs(FileDownloadCallback{}), 6);
+    CSetCallBack const& tRecord = g_SetCallBack[m_nMedia];
+    EXPECT_EQ((std::vector{tRecord.m_dwStreamMedia, tRecord.m_dwStreamMediaRaw, tRecord.m_dwStreamVoice,
+                           tRecord.m_dwTransparentChannel, tRecord.m_dwFileUpload, tRecord.m_dwFileDownload}),
+              (std::vector{1UL, 2UL, 3UL, 4UL, 5UL, 6UL}));
+    EXPECT_EQ((std::vector{tRecord.m_hStreamMedia, tRecord.m_hStreamMediaRaw, tRecord.m_hStreamVoice,
+                           tRecord.m_hTransparentChannel, tRecord.m_hFileUpload, tRecord.m_hFileDownload}),
+              std::vector(6, m_nMedia));
+    EXPECT_TRUE(tRecord.m_bUsed && tRecord.cbStreamMedia == HeardAs(StreamMediaCallback{}) &&
+                !tRecord.cbStreamMediaRaw);
     Journal().Answer("VTQClient_StreamMediaCB", 6);
-    EXPECT_EQ(ClientAdapter_StreamMediaCB(m_nMedia, nullptr, 3), 6) << "refused: the record keeps what was stored";
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_dwStreamMedia, 3U);
+    EXPECT_EQ(ClientAdapter_StreamMediaCB(m_nMedia, nullptr, 7), 6) << "refused: the record keeps what was stored";
+    EXPECT_EQ(tRecord.m_dwStreamMedia, 7U);
     EXPECT_EQ(ClientAdapter_StreamMediaCB(999, nullptr, 4), -1);
     EXPECT_FALSE(g_SetCallBack[999].m_bUsed);
 }
@@ -104,21 +120,20 @@ TEST_F(Callbacks, Events)
 
     ClientAdapter_SubscribeEvent(m_nLogin, 5, nullptr, 9);
     m_tCapture.Text();
-    const std::string strLine = Line("ClientAdapter", "SetUserEventCB", 3556);
-    struct
+    const auto fnRefused = [&](unsigned long dwUser, char const* szTests, unsigned long dwFound)
     {
-        unsigned long dwUser;
-        std::string strText;
-    } const atCases[] = {
-        {nID, "0-0-1 dwUserData " + std::to_string(nID) + ", cbUserEvent 0x(nil), m_hUserEvent " + std::to_string(nID)},
-        {1000, "0-1-1 dwUserData 1000, cbUserEvent 0x(nil), m_hUserEvent 0"},
-        {1001, "1-1-1 dwUserData 1001, cbUserEvent 0x(nil), m_hUserEvent 0"},
-        {4294967295, "1-1-1 dwUserData 4294967295, cbUserEvent 0x(nil), m_hUserEvent 0"},
+        EXPECT_EQ(pfnTrampoline(nullptr, 1, 2, 3, 4, dwUser), 1);
+        EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", "SetUserEventCB", 3556) + szTests + " dwUserData " +
+                                         std::to_string(dwUser) + ", cbUserEvent 0x(nil), m_hUserEvent " +
+                                         std::to_string(dwFound) + " fail\n");
     };
-    for (auto const& tCase : atCases)
+    fnRefused(nID, "0-0-1", nID);
+    fnRefused(1000, "0-1-1", 0);
+    fnRefused(1001, "1-1-1", 0);
+    fnRefused(4294967295, "1-1-1", 0);
+    if (const unsigned long dwHigh = ULONG_MAX - UINT_MAX; dwHigh != 0)
     {
-        EXPECT_EQ(pfnTrampoline(nullptr, 1, 2, 3, 4, tCase.dwUser), 1);
-        EXPECT_EQ(m_tCapture.Text(), strLine + tCase.strText + " fail\n");
+        fnRefused(dwHigh + nID, "1-1-1", 0);
     }
 }
 
@@ -169,5 +184,38 @@ TEST_F(Callbacks, EverythingMayBeCalledFromInside)
     EXPECT_EQ(g_SetUserCallBack.at(m_nLogin).m_dwUserEvent, 2U);
     EXPECT_NE(g_nOpenedInside, m_nMedia);
     m_nMedia = g_nOpenedInside;
+}
+
+// Records outlive their connections, and plug-ins call when they like: inside a closing, on a thread of their own;
+// after it; during and after a stop. Inside its closing, the application may also close once more.
+TEST_F(Callbacks, DuringAndAfterClosingAndStopping)
+{
+    ClientAdapter_StreamMediaCB(m_nMedia, HeardAs(StreamMediaCallback{}), 7);
+    const auto pfnFrame = Trampoline<StreamMediaCallback>();
+    ClientAdapter_SubscribeEvent(m_nLogin, 1, HeardAs(DeviceEventCallback{}), 7);
+    const auto pfnEvent = Trampoline<DeviceEventCallback>();
+    int nDelivered = 0;
+    const auto fnDeliver = [&]
+    {
+        CJournal::Deliver([&] { EXPECT_EQ(pfnFrame(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0); });
+        CJournal::Deliver([&] { EXPECT_EQ(pfnEvent(nullptr, 0, 0, 0, 0, static_cast<unsigned long>(m_nLogin)), 0); });
+        return nDelivered++;
+    };
+    const auto fnCloses = [&](char const* szEntry, int (*pfnClose)(int), int nID, int nUnknown)
+    {
+        int nCalls = 0;
+        Journal().Answer(szEntry, [&](tagCalled const&) { return fnDeliver(), ++nCalls == 1 ? pfnClose(nID) : 0; });
+        EXPECT_EQ(pfnClose(nID), 0);
+        EXPECT_EQ(nCalls, 2);
+        EXPECT_EQ(pfnClose(nID), nUnknown);
+        fnDeliver();
+    };
+    fnCloses("VTQClient_RealStreamDisconnect", &ClientAdapter_RealStreamDisconnect, m_nMedia, -1);
+    fnCloses("VTQClient_UserLogout", &ClientAdapter_UserLogout, m_nLogin, 3);
+    Journal().Answer("VTQClient_Stop", [&](tagCalled const&) { return fnDeliver(); });
+    ClientAdapter_Stop();
+    fnDeliver();
+    EXPECT_EQ(nDelivered, 8);
+    ClientAdapter_Start(16); // for the session's end
 }
 } // namespace

@@ -3,7 +3,6 @@
 #include "tests/core/Support.h"
 
 #include <memory>
-#include <random>
 
 namespace
 {
@@ -85,46 +84,6 @@ TEST_P(Registry, LookUp)
     Free(nID);
     Free(nID);
     EXPECT_EQ(Get(nID, tRecord), 1);
-}
-
-// In random order, with few and with many slots in use: no ID is given twice, and a freed one leads nowhere.
-TEST_P(Registry, AMillionOpensAndCloses)
-{
-#if defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__
-    constexpr int nRounds = 100'000; // the tables are plain memory: a sanitizer sees no more in a million
-#else
-    constexpr int nRounds = 1'000'000;
-#endif
-    std::mt19937 tRandom(7);
-    std::vector<int> anOpen;
-    std::vector<std::uintptr_t> auHandles(1000); // by ID; 0: free
-    tagResource tRecord{};
-    int nOpened = 0;
-    for (int i = 0; i < nRounds; ++i)
-    {
-        const unsigned uLimit = i / 20'000 % 2 ? 990U : 10U;
-        if (anOpen.size() < tRandom() % uLimit)
-        {
-            const auto uHandle = static_cast<std::uintptr_t>(i) + 1;
-            const int nID = Allocate(uHandle);
-            ASSERT_TRUE(nID >= 0 && auHandles.at(static_cast<std::size_t>(nID)) == 0) << "given twice: " << nID;
-            auHandles[static_cast<std::size_t>(nID)] = uHandle;
-            anOpen.push_back(nID);
-            ++nOpened;
-        }
-        else if (!anOpen.empty())
-        {
-            std::swap(anOpen[tRandom() % anOpen.size()], anOpen.back());
-            Free(anOpen.back());
-            auHandles[static_cast<std::size_t>(anOpen.back())] = 0;
-            anOpen.pop_back();
-        }
-        const auto nAny = static_cast<int>(tRandom() % 1000);
-        const std::uintptr_t uExpected = auHandles[static_cast<std::size_t>(nAny)];
-        ASSERT_EQ(Get(nAny, tRecord), uExpected ? 0 : 1);
-        ASSERT_TRUE(!uExpected || tRecord.hHandle == reinterpret_cast<void*>(uExpected));
-    }
-    std::fprintf(stderr, "tried: %s: %d opens and closes, %d opens\n", GetParam().szName, nRounds, nOpened);
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, Registry, testing::ValuesIn(g_atTables),
