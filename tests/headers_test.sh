@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Each public header compiles alone, in every language that it claims, with both compilers.
+# Each public header compiles alone, with both compilers, in the lowest standard of every language that it claims.
 #
 #   headers_test.sh ROOT
 set -u
@@ -7,30 +7,23 @@ cd "$1"
 failures=0
 count=0
 
-# compile HEADER COMPILER LANGUAGE STANDARD...
+# compile LANGUAGE STANDARD COMPILER HEADER...
 compile() {
-    local header=$1 compiler=$2 language=$3 standard
-    for standard in "${@:4}"; do
+    local header
+    for header in "${@:4}"; do
         count=$((count + 1))
-        "$compiler" -x "$language" -std="$standard" -fsyntax-only -Wall -Wextra -Wpedantic -Werror -I. -include "$header" \
-            /dev/null || { echo "$header: $compiler $standard" && failures=$((failures + 1)); }
+        "$3" -x "$1" -std="$2" -fsyntax-only -Wall -Wextra -Wpedantic -Werror -I. -include "$header" /dev/null ||
+            { echo "$header: $3 $2" && failures=$((failures + 1)); }
     done
 }
 
 applications=(adapter/ClientAdapter.h protocol/PluginInterface.h)
 classes=(protocol/{CClientProtocolBase,IProtocol}.h system/{Buffer,File,Module,Mutex,Signal,Utility}.h)
 modern=(adapter/{CallbackRecord,ClientService,Globals,HandleRegistry}.h protocol/CProtocolSet.h)
-for header in "${applications[@]}"; do
-    compile "$header" gcc c c99 c11
-    compile "$header" clang c c99 c11
-done
-for header in "${applications[@]}" "${classes[@]}"; do
-    compile "$header" g++ c++ c++17
-    compile "$header" clang++ c++ c++17
-done
-for header in "${applications[@]}" "${classes[@]}" "${modern[@]}"; do
-    compile "$header" g++ c++ c++20
-    compile "$header" clang++ c++ c++20
+for compiler in gcc clang; do
+    compile c c99 $compiler "${applications[@]}"
+    compile c++ c++17 $compiler "${applications[@]}" "${classes[@]}"
+    compile c++ c++20 $compiler "${modern[@]}"
 done
 echo "tried: headers, $count compilations, $failures failed"
 [ $failures -eq 0 ]
