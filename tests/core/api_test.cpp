@@ -226,7 +226,7 @@ TEST_F(Shape, EveryExportedFunction)
 
 // --- what fits no shape ----------------------------------------------------------------------------------------------
 
-TEST_F(CSession, LoginRefusals)
+TEST_F(CSession, LoginsAndSerialNumbersNameTheirProtocol)
 {
     int nID = 55;
     EXPECT_EQ(ClientAdapter_UserLogin(nullptr, eProtocolVTQ, &m_tLogin), -1);
@@ -237,34 +237,37 @@ TEST_F(CSession, LoginRefusals)
     Journal().Answer("VTQClient_UserLogin", 17);
     EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolVTQ, &m_tLogin), 17);
     EXPECT_EQ(nID, 55);
-}
 
-TEST_F(CSession, ConfigurationBySerialNumberNamesItsProtocol)
-{
-    tagConfigInformationV2* const ptConfig = Argument<tagConfigInformationV2*>(0);
-    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", static_cast<eProtocolType>(4), ptConfig), 4);
-    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", eProtocolPrivate, ptConfig), 4);
+    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", static_cast<eProtocolType>(4), nullptr), 4);
+    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", eProtocolPrivate, nullptr), 4);
     Journal().Answer("VTQClient_SetConfigBySn", 19);
-    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", eProtocolVTQ, ptConfig), 19);
-    EXPECT_EQ(Journal().Take().at(0).auArguments.at(1), reinterpret_cast<std::uintptr_t>(ptConfig));
+    EXPECT_EQ(ClientAdapter_SetConfigBySn("SN", eProtocolVTQ, Argument<tagConfigInformationV2*>(0)), 19);
+    EXPECT_NE(Journal().Take().back().auArguments.at(1), 0U);
 }
 
-TEST_F(CSession, AFullLoginTableLeavesMinusOne)
+// An RTSP login takes two slots, one for the binding's own record; a logout frees both.
+TEST_F(CSession, RtspLoginsAndFullTables)
 {
-    std::vector<int> anIDs;
+    const auto fnUsed = [] { return std::count(g_cClient.m_nUserState, std::end(g_cClient.m_nUserState), 2); };
+    const auto nBefore = fnUsed();
     int nID = 0;
+    EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolRTSP, &m_tLogin), 0);
+    EXPECT_EQ(fnUsed(), nBefore + 2);
+    EXPECT_EQ(ClientAdapter_UserLogout(nID), 0);
+    EXPECT_EQ(fnUsed(), nBefore);
+
+    std::vector<int> anIDs;
     while (ClientAdapter_UserLogin(&nID, eProtocolVTQ, &m_tLogin) == 0 && nID != -1)
     {
         anIDs.push_back(nID);
     }
-    EXPECT_EQ(nID, -1);
     const int nLast = anIDs.back();
+    anIDs.pop_back();
     ClientAdapter_UserLogout(nLast);
     g_cClient.m_nUserCursor = nLast; // as if the search had come to the one free slot
     EXPECT_EQ(ClientAdapter_UserLogin(&nID, eProtocolRTSP, &m_tLogin), 0);
     EXPECT_EQ(nID, -1) << "the binding's own record took the last slot";
     EXPECT_EQ(g_cProtocolSet.UserLogout(reinterpret_cast<void*>(static_cast<std::intptr_t>(nLast)), eProtocolRTSP), 0);
-    anIDs.pop_back();
     std::for_each(anIDs.begin(), anIDs.end(), ClientAdapter_UserLogout);
 }
 

@@ -147,43 +147,35 @@ TEST_F(Callbacks, ProbeStartPrintsItsThreeLines)
                                      "[ClientAdapter.cpp][2381]\n");
 }
 
-// Everything but start and stop may be called from inside every callback; here the stream is closed and a new one
-// opened.
-int g_nLoginInside = -1;
+// Everything but start and stop may be called from inside every callback, closing the very stream included.
 int g_nOpenedInside = -1;
-int CloseAndOpen(void* hStream, tagStreamMediaFrame const*, unsigned long)
+int OnFrame(void* hStream, tagStreamMediaFrame const*, unsigned long dwLogin)
 {
     const int nOld = static_cast<int>(reinterpret_cast<std::intptr_t>(hStream));
     tagRealStreamPara tStream{};
-    EXPECT_EQ(ClientAdapter_StreamMediaCB(nOld, nullptr, 0), 0);
-    EXPECT_EQ(ClientAdapter_RealStreamDisconnect(nOld), 0);
-    EXPECT_EQ(ClientAdapter_RealStreamConnect(&g_nOpenedInside, g_nLoginInside, &tStream), 0);
-    EXPECT_EQ(ClientAdapter_StreamMediaCB(g_nOpenedInside, &CloseAndOpen, 0), 0);
+    EXPECT_EQ(ClientAdapter_StreamMediaCB(nOld, nullptr, 0) + ClientAdapter_RealStreamDisconnect(nOld), 0);
+    EXPECT_EQ(ClientAdapter_RealStreamConnect(&g_nOpenedInside, static_cast<int>(dwLogin), &tStream), 0);
+    EXPECT_EQ(ClientAdapter_StreamMediaCB(g_nOpenedInside, &OnFrame, dwLogin), 0);
     return 0;
 }
-int ResubscribeInside(void* hLogin, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long dwUser)
+int OnEvent(void* hLogin, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long dwUser)
 {
     const int nLogin = static_cast<int>(reinterpret_cast<std::intptr_t>(hLogin));
-    EXPECT_EQ(ClientAdapter_SubscribeEvent(nLogin, 1, &ResubscribeInside, dwUser + 1), 0);
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(nLogin, 1, &OnEvent, dwUser + 1), 0);
     return 0;
 }
 
 TEST_F(Callbacks, EverythingMayBeCalledFromInside)
 {
-    g_nLoginInside = m_nLogin;
-    ClientAdapter_StreamMediaCB(m_nMedia, &CloseAndOpen, 0);
+    const auto dwLogin = static_cast<unsigned long>(m_nLogin);
+    ClientAdapter_StreamMediaCB(m_nMedia, &OnFrame, dwLogin);
     const auto pfnFrame = Trampoline<StreamMediaCallback>();
-    ClientAdapter_SubscribeEvent(m_nLogin, 1, &ResubscribeInside, 1);
+    ClientAdapter_SubscribeEvent(m_nLogin, 1, &OnEvent, 1);
     const auto pfnEvent = Trampoline<DeviceEventCallback>();
-    CJournal::Deliver(
-        [&]
-        {
-            EXPECT_EQ(pfnFrame(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0);
-            EXPECT_EQ(pfnEvent(nullptr, 0, 0, 0, 0, static_cast<unsigned long>(m_nLogin)), 0);
-        });
+    CJournal::Deliver([&] { EXPECT_EQ(pfnFrame(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0); });
+    CJournal::Deliver([&] { EXPECT_EQ(pfnEvent(nullptr, 0, 0, 0, 0, dwLogin), 0); });
     EXPECT_EQ(g_SetUserCallBack.at(m_nLogin).m_dwUserEvent, 2U);
-    EXPECT_NE(g_nOpenedInside, m_nMedia);
-    m_nMedia = g_nOpenedInside;
+    EXPECT_NE(std::exchange(m_nMedia, g_nOpenedInside), g_nOpenedInside);
 }
 
 // Records outlive their connections, and plug-ins call when they like: inside a closing, on a thread of their own;

@@ -46,13 +46,15 @@ protected:
     {
         Journal().Observe(&Plugin);
         ClientAdapter_Start(16);
+        std::tie(m_nLogin, m_uLogin) = Login(eProtocolVTQ);
+        std::tie(m_nStream, m_uStream) = Connect(m_nLogin);
     }
     ~Races() override
     {
+        ClientAdapter_RealStreamDisconnect(m_nStream);
+        ClientAdapter_UserLogout(m_nLogin);
         ClientAdapter_Stop();
         Journal().Observe(nullptr);
-        std::fprintf(stderr, "tried: races: %s, %d calls and callbacks\n",
-                     testing::UnitTest::GetInstance()->current_test_info()->name(), m_nDone.load());
     }
 
     // fnRun gets the number of its thread and of its round.
@@ -84,7 +86,6 @@ protected:
         g_uHandle = 0;
         EXPECT_EQ(pfnCall(tArguments...), 0);
         EXPECT_EQ(g_uHandle, uHandle);
-        m_nDone.fetch_add(1, g_eRelaxed);
     }
 
     std::pair<int, std::uintptr_t> Login(eProtocolType eType, int nAddress = 0)
@@ -105,14 +106,16 @@ protected:
     }
 
     CCapture m_tCapture;
-    std::atomic<int> m_nDone = 0;
+    int m_nLogin = -1; // what the threads share
+    int m_nStream = -1;
+    std::uintptr_t m_uLogin = 0;
+    std::uintptr_t m_uStream = 0;
 };
 
 TEST_F(Races, OpenUseAndClose)
 {
-    const auto [nShared, uShared] = Connect(Login(eProtocolVTQ).first);
     InThreads(500,
-              [&, nID = nShared, uHandle = uShared](int nThread, int i)
+              [&](int nThread, int i)
               {
                   const eProtocolType eType = g_atProtocols[1 + i % 3].eType;
                   const int nAddress = 1000 * nThread + i;
@@ -120,15 +123,11 @@ TEST_F(Races, OpenUseAndClose)
                   const auto [nStream, uStream] = Connect(nLogin);
                   EXPECT_TRUE(eType != eProtocolRTSP || g_nAddress == nAddress);
                   Use(uStream, &ClientAdapter_StreamMediaControl, nStream, eTaskPlay);
-                  Use(uHandle, &ClientAdapter_StreamMediaControl, nID, eTaskPlay);
-                  if (eType != eProtocolRTSP) // which doesn't pass logins on
-                  {
-                      Use(uLogin, &ClientAdapter_UnSubscribeEvent, nLogin, 1UL);
-                  }
+                  Use(m_uStream, &ClientAdapter_StreamMediaControl, m_nStream, eTaskPlay);
+                  Use(m_uLogin, &ClientAdapter_UnSubscribeEvent, m_nLogin, 1UL);
                   Use(uStream, &ClientAdapter_RealStreamDisconnect, nStream);
-                  EXPECT_EQ(ClientAdapter_UserLogout(nLogin), 0);
+                  Use(eType == eProtocolRTSP ? 0 : uLogin, &ClientAdapter_UserLogout, nLogin);
               });
-    EXPECT_EQ(ClientAdapter_RealStreamDisconnect(nShared), 0);
 }
 
 // One thread registers one function and another, each with its own user data, while the others are called back.
@@ -142,26 +141,17 @@ int Heard(void*, A... tArguments)
 
 TEST_F(Races, RegisterWhileFramesArrive)
 {
-    const auto [nStream, uStream] = Connect(Login(eProtocolVTQ).first);
     constexpr StreamMediaCallback apfnHeard[] = {&Heard<0>, &Heard<1>};
-    ClientAdapter_StreamMediaCB(nStream, apfnHeard[0], 0);
+    ClientAdapter_StreamMediaCB(m_nStream, apfnHeard[0], 0);
     const auto pfnFrame = reinterpret_cast<StreamMediaCallback>(g_pfnCallback);
     InThreads(5000,
-              [&, nID = nStream, uHandle = uStream](int nThread, int i)
+              [&](int nThread, int i)
               {
-                  if (nThread == 0)
-                  {
-                      Use(uHandle, &ClientAdapter_StreamMediaCB, nID, apfnHeard[i % 2],
-                          static_cast<unsigned long>(i % 2));
-                  }
-                  else
-                  {
-                      EXPECT_EQ(pfnFrame(nullptr, nullptr, static_cast<unsigned long>(nID)), 0);
-                      m_nDone.fetch_add(1, g_eRelaxed);
-                  }
+                  nThread == 0 ? Use(m_uStream, &ClientAdapter_StreamMediaCB, m_nStream, apfnHeard[i % 2],
+                                     static_cast<unsigned long>(i % 2))
+                               : (void)pfnFrame(nullptr, nullptr, static_cast<unsigned long>(m_nStream));
               });
     EXPECT_EQ(g_nMixed, 0);
-    EXPECT_EQ(ClientAdapter_RealStreamDisconnect(nStream), 0);
 }
 
 // Logins subscribe for the first time, which makes their records, while events of all of them arrive.
@@ -180,16 +170,9 @@ TEST_F(Races, SubscribeWhileEventsArrive)
               [&](int nThread, int i)
               {
                   const auto [nLogin, uLogin] = atLogins[static_cast<std::size_t>(i) % atLogins.size()];
-                  if (nThread == 0)
-                  {
-                      Use(uLogin, &ClientAdapter_SubscribeEvent, nLogin, 1UL, apfnHeard[i % 2],
-                          static_cast<unsigned long>(i % 2));
-                  }
-                  else
-                  {
-                      pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(nLogin));
-                      m_nDone.fetch_add(1, g_eRelaxed);
-                  }
+                  nThread == 0 ? Use(uLogin, &ClientAdapter_SubscribeEvent, nLogin, 1UL, apfnHeard[i % 2],
+                                     static_cast<unsigned long>(i % 2))
+                               : (void)pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(nLogin));
               });
     EXPECT_EQ(g_nMixed, 0);
     EXPECT_EQ(g_SetUserCallBack.size(), atLogins.size());

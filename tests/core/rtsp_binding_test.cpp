@@ -205,22 +205,4 @@ TEST_F(RtspBinding, LoginNeedsNoPlugin)
     EXPECT_NE(m_hLogin, reinterpret_cast<void*>(-1));
     EXPECT_EQ(Connect(eStreamMain), 1);
 }
-
-// Through the API each RTSP login takes two slots, and a logout frees both.
-TEST_F(RtspBinding, TwoSlotsALogin)
-{
-    ClientAdapter_Start(4);
-    int nFirst = -1;
-    int nSecond = -1;
-    EXPECT_EQ(ClientAdapter_UserLogin(&nFirst, eProtocolRTSP, &m_tLogin), 0);
-    EXPECT_EQ(ClientAdapter_UserLogin(&nSecond, eProtocolRTSP, &m_tLogin), 0);
-    EXPECT_EQ(nSecond, (nFirst + 2) % 1000);
-    for (const int nID : {nFirst, nSecond})
-    {
-        EXPECT_EQ(ClientAdapter_UserLogout(nID), 0);
-        EXPECT_EQ(g_cClient.m_nUserState[nID], 1);
-        EXPECT_EQ(g_cClient.m_nUserState[nID - 1], 1);
-    }
-    ClientAdapter_Stop();
-}
 } // namespace

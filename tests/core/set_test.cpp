@@ -5,7 +5,6 @@
 #include <climits>
 #include <cstring>
 #include <memory>
-#include <pthread.h>
 
 namespace
 {
@@ -117,23 +116,14 @@ TEST_F(Set, StartHandsOverTheSetOnlyOnSuccess)
     EXPECT_EQ(m_tCapture.Text(), "");
 
     // As a plug-in built apart would: by position in the interface.
-    const std::size_t anSlots[] = {Slot(&IProtocol::Start),
-                                   Slot(&IProtocol::Stop),
-                                   Slot(&IProtocol::UserLogin),
-                                   Slot(&IProtocol::UserLogout),
-                                   Slot(&IProtocol::RealStreamConnect),
-                                   Slot(&IProtocol::RealStreamDisconnect),
-                                   Slot(&IProtocol::StreamMediaCB),
-                                   Slot(&IProtocol::StreamMediaControl),
-                                   Slot(&IProtocol::SetRtspEvenCb),
-                                   Slot(&IProtocol::SetProductMode),
-                                   Slot(&IProtocol::GetPackageInfo),
-                                   Slot(&IProtocol::SetMaxChannel)};
-    for (std::size_t i = 0; i < std::size(anSlots); ++i)
-    {
-        EXPECT_EQ(anSlots[i], i);
-    }
-    void** const ppTable = *reinterpret_cast<void***>(pProtocols);
+    std::size_t nSlot = 0;
+#define IN_ORDER(name) EXPECT_EQ(Slot(&IProtocol::name), nSlot++);
+    // clang-format off
+    IN_ORDER(Start) IN_ORDER(Stop) IN_ORDER(UserLogin) IN_ORDER(UserLogout) IN_ORDER(RealStreamConnect)
+    IN_ORDER(RealStreamDisconnect) IN_ORDER(StreamMediaCB) IN_ORDER(StreamMediaControl) IN_ORDER(SetRtspEvenCb)
+    IN_ORDER(SetProductMode) IN_ORDER(GetPackageInfo) IN_ORDER(SetMaxChannel)
+        // clang-format on
+        void** const ppTable = *reinterpret_cast<void***>(pProtocols);
     const auto pfnSetMaxChannel = reinterpret_cast<int (*)(IProtocol*, unsigned int, eProtocolType)>(ppTable[11]);
     EXPECT_EQ(pfnSetMaxChannel(pProtocols, 9, eProtocolOnvif), 0) << "succeeds without effect";
     EXPECT_EQ(pfnSetMaxChannel(pProtocols, 9, eProtocolRTSP), 4);
@@ -257,26 +247,5 @@ TEST_F(PrivateConfig, SecondLayoutIsConverted)
     EXPECT_EQ(m_ptV2->extra[1], 11U);
     EXPECT_EQ(m_ptV2->type, 12U);
     EXPECT_EQ(m_ptV2->data[1000], 1000 % 251 + 1);
-}
-
-TEST_F(PrivateConfig, FitsASmallStack)
-{
-    const CReducedPlugin tOld(g_atProtocols[0], {"VornClient_GetConfigV2", "VornClient_SetConfigV2"});
-    m_tSet.InsertProtocol(eProtocolPrivate, tOld.Path());
-    pthread_attr_t tAttributes;
-    pthread_attr_init(&tAttributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&tAttributes, 128 * 1024), 0);
-    const auto fnCalls = [](void* pThis) -> void*
-    {
-        auto& tThis = *static_cast<PrivateConfig_FitsASmallStack_Test*>(pThis);
-        EXPECT_EQ(tThis.m_tSet.GetConfig(nullptr, tThis.m_ptV1.get(), eProtocolPrivate), 0);
-        EXPECT_EQ(tThis.m_tSet.GetConfigV2(nullptr, tThis.m_ptV2.get(), eProtocolPrivate), 0);
-        EXPECT_EQ(tThis.m_tSet.SetConfigV2(nullptr, tThis.m_ptV2.get(), eProtocolPrivate), 6);
-        return nullptr;
-    };
-    pthread_t tThread{};
-    ASSERT_EQ(pthread_create(&tThread, &tAttributes, fnCalls, this), 0);
-    pthread_join(tThread, nullptr);
-    pthread_attr_destroy(&tAttributes);
 }
 } // namespace
