@@ -2,7 +2,9 @@
 
 #include "tests/core/Support.h"
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 namespace
 {
@@ -13,10 +15,14 @@ struct tagTable
     int (Client::*pfnSet)(int&, void*, eProtocolType);
     int (Client::*pfnGet)(int, tagResource&);
     int (Client::*pfnDelete)(int);
+    int Client::*pnCursor;
+    pthread_mutex_t Client::*pMutex;
 };
 constexpr tagTable g_atTables[] = {
-    {"logins", &Client::SetUserType, &Client::GetUserType, &Client::DeleteUserType},
-    {"media", &Client::SetMeidaType, &Client::GetMediaType, &Client::DeleteMediaType},
+    {"logins", &Client::SetUserType, &Client::GetUserType, &Client::DeleteUserType, &Client::m_nUserCursor,
+     &Client::m_mtxUser},
+    {"media", &Client::SetMeidaType, &Client::GetMediaType, &Client::DeleteMediaType, &Client::m_nMediaCursor,
+     &Client::m_mtxMedia},
 };
 
 class Registry : public testing::TestWithParam<tagTable>
@@ -84,6 +90,32 @@ TEST_P(Registry, LookUp)
     Free(nID);
     Free(nID);
     EXPECT_EQ(Get(nID, tRecord), 1);
+}
+
+// While the table's lock is held, another thread neither allocates nor frees; then it finds what was written meanwhile.
+TEST_P(Registry, AllocatesAndFreesUnderTheLock)
+{
+    const int nFreed = Allocate();
+    tagResource tRecord{};
+    std::atomic<int> nNew = -1;
+    pthread_mutex_lock(&(m_tClient.*GetParam().pMutex));
+    std::thread tThread(
+        [&]
+        {
+            nNew = Allocate();
+            Free(nFreed);
+        });
+    for (int i = 0; i < 1000; ++i)
+    {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(nNew, -1);
+    EXPECT_EQ(Get(nFreed, tRecord), 0);
+    m_tClient.*GetParam().pnCursor = 500;
+    pthread_mutex_unlock(&(m_tClient.*GetParam().pMutex));
+    tThread.join();
+    EXPECT_EQ(nNew, 500);
+    EXPECT_EQ(Get(nFreed, tRecord), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, Registry, testing::ValuesIn(g_atTables),

@@ -98,6 +98,20 @@ TEST_F(Set, RemovesAPluginThatCallsInAtItsEnd)
     EXPECT_EQ(m_tCapture.Text(), Line("CProtocolSet", "SetMiscPara", 310));
 }
 
+// In a process of its own: the dynamic loader stays locked for other threads.
+TEST_F(Set, InsertsAPluginWhoseConstructorThrows)
+{
+#if defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__ || defined __arm__
+    GTEST_SKIP() << "the exception can't leave dlopen";
+#endif
+    const auto fnInsert = [this]
+    {
+        const int nResult = m_tSet.InsertProtocol(eProtocolPrivate, TESSARO_BROKEN "/libbroken_throws.so");
+        _exit(10 * nResult + m_tSet.Start(eProtocolPrivate));
+    };
+    EXPECT_EXIT(fnInsert(), testing::ExitedWithCode(1), "");
+}
+
 TEST_F(Set, StartHandsOverTheSetOnlyOnSuccess)
 {
     Insert(g_atProtocols[1]);

@@ -138,6 +138,19 @@ TEST_F(Platform, TheSystemRefuses)
     tFile.destroy();
 }
 
+// A record of events can't be looked at without its lock.
+TEST_F(CSession, EventsNeedTheirLock)
+{
+    const auto fnOnEvent = [](void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long)
+    { return 0; };
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 0), 0);
+    const auto pfnEvent = Trampoline<DeviceEventCallback>();
+    EXPECT_EQ(pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(m_nLogin)), 0);
+    const CInterposed tFault("pthread_mutex_lock", EAGAIN);
+    EXPECT_EQ(pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(m_nLogin)), 1);
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 0), 3);
+}
+
 TEST_F(Platform, CreatedTwice)
 {
     CMutex tMutex;
