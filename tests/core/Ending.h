@@ -62,6 +62,11 @@ inline void ExitInside()
     }
 }
 
+inline void Stop()
+{
+    API(Stop)();
+}
+
 inline void Unload()
 {
     if (dlclose(g_hLibrary) != 0)
@@ -79,12 +84,10 @@ struct tagWay
 // _exit, signals and abort run no code of the library: they aren't tried.
 inline constexpr tagWay g_atWays[] = {
     {"exit", [] {}, false},
-    {"exit after a stop", [] { API(Stop)
-                               (); }, false},
+    {"exit after a stop", &Stop, false},
     {"exit from a callback", &ExitInside, false},
     {"dlclose", [] { Unload(), AwaitDeliveries(3); }, true},
-    {"dlclose after a stop", [] { API(Stop)
-                                  (), Unload(); }, true},
+    {"dlclose after a stop", [] { Stop(), Unload(); }, true},
 };
 
 /// pfnStart: starts the service, and returns once its callbacks are called.
