@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +15,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <sys/mman.h>
 #include <tuple>
 #include <type_traits>
 #include <unistd.h>
@@ -137,29 +139,39 @@ inline constexpr tagProtocol g_atProtocols[] = {
     {eProtocolVTQ, "libVTQ.so", "VTQClient_", 'V', "VTQ", 65, 159},
 };
 
-/// A copy of a recorder plug-in without some of its entry points: their names are spoilt in its string table.
+/// While it lives, a recorder plug-in lacks some of its entry points: their names are spoilt where the loader, which
+/// keeps the plug-in open from here on, looks them up.
 class CReducedPlugin
 {
 public:
     CReducedPlugin(tagProtocol const& tProtocol, Strings const& astrMissing)
-        : m_strPath(testing::TempDir() + "reduced_" + std::to_string(getpid()) + "_" + tProtocol.szLibrary)
     {
-        std::stringstream tImage;
-        tImage << std::ifstream(tProtocol.Path(), std::ios::binary).rdbuf();
-        std::string strImage = tImage.str();
+        void* const pPlugin = dlopen(tProtocol.Path().c_str(), RTLD_LAZY);
+        const auto uPage = static_cast<std::uintptr_t>(getpagesize());
         for (std::string const& strName : astrMissing)
         {
-            strImage.at(strImage.find('\0' + strName + '\0') + 1) = '-';
+            Dl_info tEntry{};
+            dladdr(dlsym(pPlugin, strName.c_str()), &tEntry);
+            EXPECT_EQ(tEntry.dli_sname, strName);
+            const auto uName = reinterpret_cast<std::uintptr_t>(tEntry.dli_sname);
+            mprotect(reinterpret_cast<void*>(uName - uName % uPage), uPage, PROT_READ | PROT_WRITE | PROT_EXEC);
+            m_apchSpoilt.push_back(reinterpret_cast<char*>(uName));
+            m_chSpoilt = std::exchange(*m_apchSpoilt.back(), '-');
         }
-        std::ofstream(m_strPath, std::ios::binary) << strImage;
     }
-    ~CReducedPlugin() { std::filesystem::remove(m_strPath); }
+    ~CReducedPlugin()
+    {
+        for (char* pchName : m_apchSpoilt)
+        {
+            *pchName = m_chSpoilt;
+        }
+    }
     CReducedPlugin(CReducedPlugin const&) = delete;
     CReducedPlugin& operator=(CReducedPlugin const&) = delete;
-    char const* Path() const { return m_strPath.c_str(); }
 
 private:
-    std::string m_strPath;
+    std::vector<char*> m_apchSpoilt;
+    char m_chSpoilt = '-'; ///< the first letter of all names
 };
 
 /// An argument of any type, different for each position; nothing of ours looks behind the pointers.

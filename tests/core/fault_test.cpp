@@ -90,13 +90,13 @@ TEST_F(Faults, EveryAllocationFailsOnce)
     const CReducedPlugin tOld(g_atProtocols[0], {"VornClient_GetConfigV2", "VornClient_SetConfigV2"});
     const auto fnInsert = [&]
     {
-        const int nResult = g_cProtocolSet.InsertProtocol(eProtocolPrivate, tOld.Path());
+        const int nResult = g_cProtocolSet.InsertProtocol(eProtocolPrivate, g_atProtocols[0].Path().c_str());
         EXPECT_EQ(g_cProtocolSet.RemoveProtocol(eProtocolPrivate), nResult) << "nothing is half inserted";
         return nResult;
     };
     FailInTurn("insertion", fnInsert, 4, Line("CProtocolSet", "InsertProtocol", 30));
 
-    ASSERT_EQ(g_cProtocolSet.InsertProtocol(eProtocolPrivate, tOld.Path()), 0);
+    ASSERT_EQ(g_cProtocolSet.InsertProtocol(eProtocolPrivate, g_atProtocols[0].Path().c_str()), 0);
     const auto ptV1 = std::make_unique<tagConfigInformation>();
     const auto ptV2 = std::make_unique<tagConfigInformationV2>();
     ptV1->type = 209;

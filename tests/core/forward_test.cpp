@@ -82,7 +82,7 @@ protected:
     {
         const CReducedPlugin tReduced(GetParam(), astrMissing);
         m_tCapture.Text();
-        ASSERT_EQ(m_tSet.InsertProtocol(GetParam().eType, tReduced.Path()), 0);
+        ASSERT_EQ(m_tSet.InsertProtocol(GetParam().eType, GetParam().Path().c_str()), 0);
         std::string strExpected = GetParam().InsertText();
         for (std::string const& strName : astrMissing)
         {

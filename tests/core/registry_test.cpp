@@ -105,7 +105,7 @@ TEST_P(Registry, AllocatesAndFreesUnderTheLock)
             nNew = Allocate();
             Free(nFreed);
         });
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 50; ++i)
     {
         std::this_thread::yield();
     }

@@ -239,7 +239,7 @@ TEST_F(PrivateConfig, SpecialQuery)
 TEST_F(PrivateConfig, SecondLayoutIsConverted)
 {
     const CReducedPlugin tOld(g_atProtocols[0], {"VornClient_GetConfigV2", "VornClient_SetConfigV2"});
-    m_tSet.InsertProtocol(eProtocolPrivate, tOld.Path());
+    Insert(g_atProtocols[0]);
     EXPECT_EQ(m_tSet.GetConfigV2(nullptr, m_ptV2.get(), eProtocolPrivate), 0);
     CheckSpecial(*m_ptV2);
 
