@@ -172,7 +172,12 @@ TEST_F(Platform, CreatedTwice)
 TEST_F(Platform, MutexIsRecursive)
 {
     CCreated<CMutex> tMutex;
-    const auto Elsewhere = [&] { return OnAnotherThread([&] { return tMutex.trylock() == 0 ? tMutex.unlock() : 9; }); };
+    const auto fnTry = [&]
+    {
+        const int nResult = tMutex.trylock();
+        return nResult == 0 ? tMutex.unlock() : nResult;
+    };
+    const auto Elsewhere = [&] { return OnAnotherThread(fnTry); };
     EXPECT_EQ(tMutex.lock() + tMutex.lock() + tMutex.trylock(), 0);
     for (int i = 0; i < 3; ++i)
     {
