@@ -138,16 +138,26 @@ TEST_F(Platform, TheSystemRefuses)
     tFile.destroy();
 }
 
-// A record of events can't be looked at without its lock.
-TEST_F(CSession, EventsNeedTheirLock)
+int g_nHeard; // the user data of an event
+
+// An event waits for no lock: while it is taken, the latest subscription counts. A subscription needs it.
+TEST_F(CSession, EventsWaitForNoLock)
 {
-    const auto fnOnEvent = [](void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long)
-    { return 0; };
-    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 0), 0);
+    const auto fnOnEvent = [](void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long dwUser)
+    { return g_nHeard = static_cast<int>(dwUser); };
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 1), 0);
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 5), 0);
     const auto pfnEvent = Trampoline<DeviceEventCallback>();
-    EXPECT_EQ(pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(m_nLogin)), 0);
+    g_SetUserCallBack.at(m_nLogin).m_dwUserEvent = 6; // what counts while the record can be looked at
+    for (auto const& [szCall, nHeard] : {std::pair("pthread_mutex_lock", 6), {"pthread_mutex_trylock", 5}})
+    {
+        const CInterposed tFault(szCall, EBUSY);
+        const int nResult = pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(m_nLogin));
+        const int nRefused = pfnEvent(nullptr, 1, 2, 3, 4, 999) + pfnEvent(nullptr, 1, 2, 3, 4, 1000);
+        EXPECT_TRUE(nResult == 0 && nRefused == 2);
+        EXPECT_EQ(std::exchange(g_nHeard, 0), nHeard);
+    }
     const CInterposed tFault("pthread_mutex_lock", EAGAIN);
-    EXPECT_EQ(pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(m_nLogin)), 1);
     EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 0), 3);
 }
 
