@@ -3,6 +3,7 @@
 #include "adapter/Globals.h"
 #include "adapter/Shapes.h"
 #include "adapter/Trampolines.h"
+#include "adapter/Version.h"
 #include "system/Call.h"
 
 #include <cstdio>
@@ -15,7 +16,7 @@ constinit Adapter_ApplicationLayer::CRegistrations Adapter_ApplicationLayer::g_t
 std::map<int, CSetCallBack> g_SetUserCallBack;
 Adapter_ApplicationLayer::CEvents Adapter_ApplicationLayer::g_tEvents;
 Client g_cClient;
-char const g_cVersion[18] = "Build 1.0.0.29024";
+char const g_cVersion[18] = TESSARO_BUILD;
 
 TESSARO_C_BEGIN
 
