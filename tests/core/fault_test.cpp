@@ -1,7 +1,6 @@
 // Memory that runs out: every allocation that the library makes fails once, in turn.
 
 #include "system/Buffer.h"
-#include "system/File.h"
 #include "tests/core/Support.h"
 
 #include <algorithm>
@@ -116,14 +115,6 @@ TEST_F(Faults, EveryAllocationFailsOnce)
     };
     FailInTurn("subscription", fnSubscribe, 3, Line("ClientAdapter", "ClientAdapter_SubscribeEvent", 295));
 
-    const auto fnFile = []
-    {
-        Adapter_System::CFile tFile;
-        const int nResult = tFile.create("/dev/null", "r");
-        tFile.destroy();
-        return nResult;
-    };
-    FailInTurn("file", fnFile, 1, "[Tessaro] File.cpp create 35 Failed syserr:" + std::to_string(ENOMEM));
     const auto fnBuffer = []
     {
         CAdapta_Buffer tBuffer;
