@@ -197,11 +197,11 @@ TESSARO_API int ClientAdapter_FileUploadCB(int nMediaID, FileUploadCallback pfnS
 /// The blocks of a download go to pfnData.
 TESSARO_API int ClientAdapter_FileDownloadCB(int nMediaID, FileDownloadCallback pfnData, unsigned long dwUser);
 
-/// Device events of a login go to pfnEvent, which gets the login ID first; dwEvent says which. A login has one pfnEvent:
-/// another subscription, whatever its dwEvent, replaces it and dwUser for all events of the login. For RTSP: the events
-/// (eConnectionEvent) of one stream, whatever dwEvent is: of the stream that was opened last under the login when this
-/// is called (202: there is none). So subscribe after opening, once for each stream; the events of all of them go to
-/// the latest pfnEvent and don't say which stream they are of. 3 also when memory runs out.
+/// Device events of a login go to pfnEvent, which gets the login ID first; dwEvent says which. A login has one
+/// pfnEvent: another subscription, whatever its dwEvent, replaces it and dwUser for all events of the login. For RTSP:
+/// the events (eConnectionEvent) of one stream, whatever dwEvent is: of the stream that was opened last under the login
+/// when this is called (202: there is none). So subscribe after opening, once for each stream; the events of all of
+/// them go to the latest pfnEvent and don't say which stream they are of. 3 also when memory runs out.
 TESSARO_API int ClientAdapter_SubscribeEvent(int nLoginID, unsigned long dwEvent, DeviceEventCallback pfnEvent,
                                              unsigned long dwUser);
 

@@ -14,12 +14,6 @@ namespace
 constexpr int g_nFree = 1;
 constexpr int g_nUsed = 2;
 
-static_assert(offsetof(tagResource, byProtocolData) == 4 + (sizeof(void*) - 4) + 2 * sizeof(void*), "tagResource");
-static_assert(sizeof(tagResource) == (sizeof(void*) == 4 ? 616 : 632), "tagResource");
-static_assert(offsetof(Client, m_nUserState) == 1000 * sizeof(tagResource));
-static_assert(offsetof(Client, m_stMedia) == 1000 * (sizeof(tagResource) + sizeof(int)) + sizeof(void*));
-static_assert(sizeof(Client) == 2 * (offsetof(Client, m_stMedia) + sizeof(pthread_mutex_t)));
-
 // One of the two tables, taken apart: they are alike.
 struct tagTable
 {

@@ -475,7 +475,7 @@ TEST_F(Platform, BufferLifeOfAnArray)
 TEST_F(Platform, BufferRefuses)
 {
     COwnedBuffer tBuffer("abcd");
-    const COwnedBuffer tEmpty;
+    COwnedBuffer tEmpty;
     unsigned char abyBytes[8] = "1234567";
     EXPECT_EQ(tBuffer.CheckValid(tBuffer.Buffer()) + tBuffer.CheckValid(tBuffer.Buffer() + 4), 0);
     EXPECT_EQ(tBuffer.Paste(abyBytes, 4), 0);
@@ -518,7 +518,7 @@ private:
 TEST_F(Platform, BufferClones)
 {
     const COwnedBuffer tSource("source");
-    const COwnedBuffer tEmpty;
+    COwnedBuffer tEmpty;
     COwnedBuffer tHollow;
     EXPECT_EQ(tHollow.Create(0), 0);
     CForeignBuffer tCantCreate(false, true);
@@ -566,7 +566,7 @@ TEST_F(Platform, BufferCopiesAndCompares)
     EXPECT_EQ(&(tFirst = tSame), &tFirst);
     EXPECT_EQ(m_tCapture.Text(), Line("Buffer", "operator=", 42));
     EXPECT_TRUE(tFirst.Bytes() == "bytes" && tFirst.Position() == 4);
-    const COwnedBuffer tEmpty;
+    COwnedBuffer tEmpty;
     EXPECT_FALSE(tEmpty == tFirst);
     EXPECT_FALSE(tFirst == tEmpty);
     EXPECT_EQ(m_tCapture.Text(), Line("Buffer", "Compare", 430) + Line("Buffer", "Compare", 430));
