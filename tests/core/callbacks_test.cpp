@@ -82,17 +82,6 @@ TEST_F(Callbacks, MediaTrampolines)
     Register("SetStreamMediaCB", 3573, &ClientAdapter_HistoryStreamCB, &tFrame)();
 }
 
-extern "C" int UploadByValue(FileUploadCallback pfnUpload);
-extern "C" int DownloadByValue(FileDownloadCallback pfnDownload);
-
-TEST_F(Callbacks, RecordsByValueCrossFromC)
-{
-    EXPECT_EQ(UploadByValue(HeardAs(FileUploadCallback{})), INT_MIN);
-    EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{0, 3, 6}));
-    EXPECT_EQ(DownloadByValue(HeardAs(FileDownloadCallback{})), INT_MIN);
-    EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{0, 5, 7}));
-}
-
 TEST_F(Callbacks, RefusedRegistrationsAreKept)
 {
     Journal().Answer("VTQClient_StreamMediaCB", 6);

@@ -151,6 +151,12 @@ TEST_F(RtspBinding, EventsGoToTheNewestStream)
     EXPECT_EQ(Connect(eStreamMain), 0);
     EXPECT_EQ(m_hStream, reinterpret_cast<void*>(0x66));
     EXPECT_EQ(Newest(), hSecond);
+
+    // Logged out meanwhile: the record of a free slot is left alone.
+    Journal().WriteHandles(true);
+    Journal().Answer("RTSPClient_Create", [this](tagCalled const&) { return Logout(), 0; });
+    EXPECT_EQ(Connect(eStreamMain), 0);
+    EXPECT_EQ(g_cClient.m_stUser[reinterpret_cast<std::intptr_t>(m_hLogin)].hStream, hSecond);
 }
 
 TEST_F(RtspBinding, BadLoginsNeverReachThePlugin)
