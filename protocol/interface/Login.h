@@ -1,0 +1,59 @@
+/// @file
+/// Logging in.
+
+#ifndef TESSARO_PROTOCOL_INTERFACE_LOGIN_H
+#define TESSARO_PROTOCOL_INTERFACE_LOGIN_H
+
+#include "protocol/interface/Common.h"
+
+TESSARO_C_BEGIN
+
+/// @addtogroup plugin
+/// @{
+
+/// @defgroup opening Logging in
+/// What a login needs; zero what isn't used.
+/// @{
+
+/// What a login needs. Text is NUL-terminated; one that fills its field ends at the field. What is not used is
+/// zero.
+///
+/// RTSP has no login of its own: the record says how to build the two stream addresses. With dwRtspUrlMode 0,
+/// szAddress is the whole address of the main stream and there is no sub stream. With any other value the addresses
+/// are rtsp://host:port/path, made of the host and the main or sub port and path.
+typedef struct tagUserLoginPara
+{
+    char szAddress[256];       ///< device host name or address; for RTSP with dwRtspUrlMode 0 the whole address
+    uint32_t dwPort;           ///< device port; for RTSP with dwRtspUrlMode 0 the port of that address
+    char szUserName[32];       ///< at most 31 characters
+    char szPassword[32];       ///< at most 31 characters
+    uint32_t dwReserved;       ///< not read
+    int32_t dwRtspMainPort;    ///< RTSP port of the main stream
+    int32_t dwRtspSubPort;     ///< RTSP port of the sub stream
+    char szRtspMainPath[128];  ///< path of the main stream, without the slash before it
+    char szRtspSubPath[128];   ///< path of the sub stream, without the slash before it
+    uint32_t dwRtspUrlMode;    ///< 0: szAddress is the address; any other value: build the addresses
+    uint32_t dwRtspHostSelect; ///< 1: the host is szRtspHost; any other value: szAddress
+    char szRtspHost[256];      ///< second host name or address
+} tagUserLoginPara;
+
+/// @}
+
+/// @}
+
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwPort) == 256, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szUserName) == 260, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szPassword) == 292, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwReserved) == 324, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspMainPort) == 328, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspSubPort) == 332, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szRtspMainPath) == 336, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szRtspSubPath) == 464, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspUrlMode) == 592, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspHostSelect) == 596, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szRtspHost) == 600, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(sizeof(tagUserLoginPara) == 856, "tagUserLoginPara");
+
+TESSARO_C_END
+
+#endif
