@@ -18,7 +18,7 @@ check_room(protocol "(system|protocol)/")
 check_room(bindings "(system|protocol|bindings)/|adapter/HandleRegistry.h\"")
 check_room(adapter "(system|protocol|bindings|adapter)/")
 check_room(plugins "(protocol|plugins)/|system/(Call|Export)\\.h\"")
-check_room(examples "adapter/ClientAdapter\\.h\"")
+check_room(examples "adapter/(ClientAdapter|Globals)\\.h\"|Tour\\.h\"")
 
 file(STRINGS ${ROOT}/adapter/HandleRegistry.h includes REGEX "^#include \"(bindings|adapter)/")
 if(includes)

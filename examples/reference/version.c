@@ -7,7 +7,7 @@
    answer shows only in the variable: preset it to something that no device answers. */
 int AskVersion(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout, eNetworkSDKVersion* peVersion)
 {
-    const eNetworkSDKVersion eNone = -1;
+    const eNetworkSDKVersion eNone = -1; /* no device answers this */
     *peVersion = eNone;
     ClientAdapter_GetSDKVersion(szAddress, dwPort, dwTimeout, peVersion);
     return *peVersion != eNone;

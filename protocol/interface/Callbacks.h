@@ -4,8 +4,9 @@
 #ifndef TESSARO_PROTOCOL_INTERFACE_CALLBACKS_H
 #define TESSARO_PROTOCOL_INTERFACE_CALLBACKS_H
 
+#include "protocol/interface/Discovery.h"
 #include "protocol/interface/Frames.h"
-#include "protocol/interface/Opaque.h"
+#include "protocol/interface/Voice.h"
 
 TESSARO_C_BEGIN
 
@@ -25,7 +26,8 @@ typedef int (*StreamMediaCallback)(void* hStream, tagStreamMediaFrame const* ptF
 /// A frame of voice from the device; eSource: where the device took it.
 typedef int (*StreamVoiceCallback)(void* hVoice, eVoiceStreamSource eSource, tagStreamVoiceFrame const* ptFrame,
                                    unsigned long dwUser);
-/// An event of a device or stream. The four words are the plug-in's; for RTSP streams see eConnectionEvent.
+/// An event of a device or stream. The four words are the plug-in's; for RTSP streams eConnectionEvent, for all others
+/// eDeviceEvent.
 typedef int (*DeviceEventCallback)(void* hSource, unsigned long dwEvent, unsigned long dwWord2, unsigned long dwWord3,
                                    unsigned long dwWord4, unsigned long dwUser);
 /// Bytes that came through a transparent channel.

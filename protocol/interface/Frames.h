@@ -43,6 +43,7 @@ TESSARO_ENUM(eFrameFlag){
     eFrameKey = 1, ///< decoding can start here; H.264 and H.265 then have their parameter sets before the picture
     eFrameDiscontinuity = 2, ///< presentation times do not continue those of the frame before (reconnect, clock jump)
     eFrameDamaged = 4, ///< parts of this frame may be lost: packets were missing at its beginning, inside or at its end
+    eFrameEnd = 8,     ///< no frame: playback has come to its end; dwLength is 0 and pData null
 };
 
 /// One frame of a live or recorded stream. The record and its data belong to the plug-in and are valid until the

@@ -58,7 +58,26 @@ typedef struct tagRTSPClientPara
 TESSARO_ENUM(eTaskControl){
     eTaskPlay = 0,  ///< frames come
     eTaskPause = 1, ///< no frames come, the stream stays open
+    eTaskStep = 2,  ///< playback: one frame comes, then it is paused; RTSP: eResultNotSupported
 };
+
+/// What a stream is for: ClientAdapter_QueryStreamMediaLinkID.
+TESSARO_ENUM(eMediaFunctionType){
+    eMediaFunctionLive = 0,     ///< live streams
+    eMediaFunctionPlayback = 1, ///< playback
+    eMediaFunctionVoice = 2,    ///< voice talk
+    eMediaFunctionDownload = 3, ///< file transfer
+};
+
+/// The link that streams of one kind may share: one connection to the device in place of one for each stream. Streams
+/// marked with its ID (ClientAdapter_SetStreamMediaLinkID, before their frames are asked for) come through it.
+typedef struct tagMediaLinkIDQueryResult
+{
+    uint32_t dwSize;       ///< sizeof this record, by the application
+    uint32_t dwLink;       ///< the link's ID, from 1; 0: the device shares no connection for this
+    uint32_t dwMaxStreams; ///< streams that may share it; 0: no limit
+    uint32_t dwStreams;    ///< streams that share it now
+} tagMediaLinkIDQueryResult;
 
 /// @}
 
@@ -99,7 +118,8 @@ TESSARO_ENUM(eConnectionEvent){
     eEventTransport = 8,  ///< another transport than the one asked for is used
 };
 
-/// What RTSPClient_GetPackageInfo fills in, given the record and its size. Counts run from the stream's creation on
+/// How a stream is doing. What RTSPClient_GetPackageInfo fills in, given the record and its size; also the record of
+/// ClientAdapter_GetPackageInfo. Counts run from the stream's creation on
 /// and survive reconnects.
 typedef struct tagRTSPPackageInfo
 {
@@ -138,5 +158,7 @@ TESSARO_STATIC_ASSERT(sizeof(tagRTSPClientPara) == 632, "tagRTSPClientPara");
 TESSARO_STATIC_ASSERT(sizeof(tagRTSPPackageInfo) == 48, "tagRTSPPackageInfo");
 
 TESSARO_C_END
+
+TESSARO_RECORD(tagMediaLinkIDQueryResult, 16, 16);
 
 #endif

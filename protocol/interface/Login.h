@@ -37,6 +37,21 @@ typedef struct tagUserLoginPara
     char szRtspHost[256];      ///< second host name or address
 } tagUserLoginPara;
 
+/// What a user may do: ClientAdapter_GetLoginLevel.
+TESSARO_ENUM(eUserLevel){
+    eUserViewer = 1,        ///< look and listen, live and recorded
+    eUserOperator = 2,      ///< also move cameras, talk, switch outputs, steer recording and decoders
+    eUserAdministrator = 3, ///< everything
+};
+
+/// Whether a login lives: ClientAdapter_GetLoginStatus. 0 and 1 are nobody's answer: the protocol knows no status, or
+/// its plug-in is missing.
+TESSARO_ENUM(eLoginStatus){
+    eLoginAlive = 10, ///< the device answers
+    eLoginLost = 11,  ///< the device doesn't answer; the plug-in goes on trying
+    eLoginEnded = 12, ///< the device has ended the login, and nobody tries any more: log out
+};
+
 /// @}
 
 /// @}
