@@ -65,7 +65,8 @@ TESSARO_ENUM(eDecoderSourceKind){
     eDecoderSourceTransfer = 4, ///< frames that the application sends: ClientAdapter_StreamTransferConnect
 };
 
-/// A source of pictures. Fields that the kind doesn't need are 0. On a read szPassword is empty.
+/// A source of pictures. Fields that the kind doesn't need are 0. On a read szPassword is empty; written empty for the
+/// address and user that were there before, it stays as it was.
 typedef struct tagDecoderSource
 {
     uint32_t dwKind;       ///< eDecoderSourceKind
