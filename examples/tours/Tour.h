@@ -34,6 +34,16 @@ static inline int Worked(int nResult, char const* szWhat)
     return nResult == eResultOk;
 }
 
+/* 1 when what the device did is what was expected; else says what wasn't. */
+static inline int Expect(int bTrue, char const* szWhat)
+{
+    if (!bTrue)
+    {
+        fprintf(stderr, "not as expected: %s\n", szWhat);
+    }
+    return bTrue;
+}
+
 static inline int ProtocolByName(char const* szName, eProtocolType* peType)
 {
     *peType = strcmp(szName, "vtq") == 0     ? eProtocolVTQ

@@ -63,7 +63,7 @@ static int ReadContacts(int nLogin)
         return 0;
     }
     printf("%lu alarm outputs.\n", dwOutputs);
-    return dwOutputs > 0;
+    return Expect(dwOutputs > 0, "the device has an alarm output");
 }
 
 static int TakePicture(int nLogin)

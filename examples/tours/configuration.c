@@ -75,13 +75,13 @@ static int SetFrameRate(int nLogin, uint32_t dwRate, uint32_t* pdwBefore)
     tVideo.dwFrameRate = dwRate;
     return WriteBlock(nLogin, eConfigVideoEncoder, 0, eStreamMain, &tVideo, sizeof tVideo) &&
            ReadBlock(nLogin, eConfigVideoEncoder, 0, eStreamMain, &tVideo, sizeof tVideo) &&
-           tVideo.dwFrameRate == dwRate;
+           Expect(tVideo.dwFrameRate == dwRate, "the frame rate reads back as it was written");
 }
 
 static int ChangeStream(int nLogin)
 {
     uint32_t dwBefore, dwChanged;
-    return SetFrameRate(nLogin, 15000, &dwBefore) && SetFrameRate(nLogin, dwBefore, &dwChanged) && dwChanged == 15000;
+    return SetFrameRate(nLogin, 15000, &dwBefore) && SetFrameRate(nLogin, dwBefore, &dwChanged);
 }
 
 /* What a device must refuse, and change nothing. */
@@ -90,7 +90,7 @@ static int TryNonsense(int nLogin)
     tagCameraPicture tPicture = {.dwSize = sizeof tPicture, .dwBrightness = 101};
     const int nResult = ClientAdapter_SetIpcPara(nLogin, 0, eCameraPicture, &tPicture, sizeof tPicture);
     printf("A brightness of 101 %%: result %d.\n", nResult);
-    return nResult == eResultBadArgument;
+    return Expect(nResult == eResultBadArgument, "nonsense is refused");
 }
 
 static int ChangePicture(int nLogin)
@@ -108,7 +108,7 @@ static int ChangePicture(int nLogin)
            Worked(ClientAdapter_SetChromaDefault(nLogin, 0, eDefaultPicture), "the factory's picture") &&
            Worked(ClientAdapter_GetIpcPara(nLogin, 0, eCameraPicture, &tPicture, sizeof tPicture),
                   "reading it again") &&
-           tPicture.dwBrightness == 50;
+           Expect(tPicture.dwBrightness == 50, "brightness is the factory's");
 }
 
 int main(int nArguments, char** aszArguments)

@@ -33,5 +33,5 @@ int main(int nArguments, char** aszArguments)
     Sleep(3000);
     ClientAdapter_DeviceProbeStop();
     printf("%lu devices.\n", Counted(&g_tFound));
-    return EndTour(-1, Counted(&g_tFound) > 0);
+    return EndTour(-1, Expect(Counted(&g_tFound) > 0, "a device answers"));
 }

@@ -100,7 +100,7 @@ static int Search(int nLogin, tagHistoryStreamQueryResult* ptFound)
         return Worked(nResult, "searching");
     }
     printf("%d finished recordings.\n", nFound);
-    return nFound > 0;
+    return Expect(nFound > 0, "something was recorded");
 }
 
 static int Steer(int nStream, tagHistoryStreamQueryResult const* ptFound, tagPlayed* ptPlayed)
@@ -128,7 +128,7 @@ static int Steer(int nStream, tagHistoryStreamQueryResult const* ptFound, tagPla
     }
     Sleep(300);
     printf("A step brought %lu frame.\n", Counted(&ptPlayed->tFrames) - dwFrames);
-    if (Counted(&ptPlayed->tFrames) != dwFrames + 1)
+    if (!Expect(Counted(&ptPlayed->tFrames) == dwFrames + 1, "a step is one frame"))
     {
         return 0;
     }
@@ -194,7 +194,7 @@ static int Fetch(int nLogin, tagHistoryStreamQueryResult const* ptFound)
     ClientAdapter_FileDownloadDisconnect(nDownload);
     bWorked = fclose(tFetched.pFile) == 0 && bWorked;
     printf("recording.mp4: %" PRIu64 " of %" PRIu64 " bytes.\n", tFetched.ullBytes, tPara.ullLength);
-    return bWorked && tFetched.ullBytes > 0;
+    return bWorked && Expect(tFetched.ullBytes > 0, "the file holds something");
 }
 
 int main(int nArguments, char** aszArguments)

@@ -45,7 +45,8 @@ static int MoveForATime(int nLogin)
     tagPTZPosition tBefore, tAfter;
     return Position(nLogin, &tBefore) &&
            Command(nLogin, "moving", ePTZMove, TESSARO_SIGNED(-3000), TESSARO_SIGNED(1000), 0, 1000) &&
-           Arrive(nLogin, "After a second to the left") && Position(nLogin, &tAfter) && tAfter.nPan != tBefore.nPan;
+           Arrive(nLogin, "After a second to the left") && Position(nLogin, &tAfter) &&
+           Expect(tAfter.nPan < tBefore.nPan, "the camera looks farther to the left");
 }
 
 static int ListPresets(int nLogin)
@@ -62,7 +63,7 @@ static int ListPresets(int nLogin)
     {
         printf("Preset %" PRIu32 ": %s\n", atPresets[i].dwPreset, atPresets[i].szName);
     }
-    return tList.dwCount >= 2;
+    return Expect(tList.dwCount >= 2, "two presets are there");
 }
 
 static int UsePresets(int nLogin)

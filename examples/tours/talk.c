@@ -37,7 +37,7 @@ static int Say(int nVoice, tagVoiceStreamPara const* ptPara, int nPackets)
     unsigned char abyPacket[1600];
     const uint32_t dwLength = ptPara->dwSampleRate * ptPara->dwPacketMs / 1000;
     unsigned long dwSample = 0;
-    if (dwLength == 0 || dwLength > sizeof abyPacket)
+    if (!Expect(dwLength > 0 && dwLength <= sizeof abyPacket, "packets are of a usual length"))
     {
         return 0;
     }
@@ -69,7 +69,8 @@ static int Talk(int nStream)
     {
         printf("Talking: %" PRIu32 " samples a second, packets of %" PRIu32 " ms.\n", tPara.dwSampleRate,
                tPara.dwPacketMs);
-        bWorked = tPara.dwCodec == eCodecG711U && Say(nVoice, &tPara, 100) && Await(&tHeard, 50, 5, "voice");
+        bWorked = Expect(tPara.dwCodec == eCodecG711U, "the device takes mu-law") && Say(nVoice, &tPara, 100) &&
+                  Await(&tHeard, 50, 5, "voice");
     }
     ClientAdapter_VoiceStreamDisconnect(nVoice); /* tHeard isn't used after this */
     printf("Heard %lu packets.\n", Counted(&tHeard));

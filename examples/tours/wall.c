@@ -25,7 +25,7 @@ static int ShowLayout(int nLogin)
         printf("  window %" PRIu32 ": %.1f %% wide and %.1f %% high\n", atWindows[i].dwChannel,
                atWindows[i].dwWidth / 100.0, atWindows[i].dwHeight / 100.0);
     }
-    return tWall.dwCount >= 4;
+    return Expect(tWall.dwCount >= 4, "the screen was split into four");
 }
 
 /* What the window shows from now on, also after a restart of the decoder. */
@@ -116,7 +116,7 @@ static int AwaitShowing(int nLogin, int nWindows)
         Sleep(100);
         nShowing = CountShowing(nLogin, 0);
     }
-    return CountShowing(nLogin, 1) >= nWindows;
+    return Expect(CountShowing(nLogin, 1) >= nWindows, "all four windows show a picture");
 }
 
 static int TakePicture(int nLogin)
