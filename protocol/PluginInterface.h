@@ -17,19 +17,16 @@
 ///    eResultBadArgument. In a record that a plug-in hands to a callback, dwSize says what the plug-in knows. Records
 ///    without dwSize never change. See docs/decisions/0005-records-grow-by-their-size.md.
 /// 2. *Zero* is the usual choice in a field that an application fills, and "not known" in one that a plug-in fills.
-/// 3. *Numbers* have 32 or 64 bits, in the machine's byte order. Enumerations are 32 bits wide on both sides: `enum
-/// eName
-///    : int` in C++, a typedef of int in C. New values may be added to them. Names that begin with b are 0 or 1.
+/// 3. *Numbers* have 32 or 64 bits, in the machine's byte order. Enumerations are 32 bits wide on both sides (in C++
+///    `enum eName : int`, in C a typedef of int), and may get new values. Names that begin with b are 0 or 1.
 /// 4. *Text* is UTF-8 in an array, with a terminator: a text that fills its array is cut at a character and terminated.
 ///    Only the login record's fields may be full.
 /// 5. *Times* are microseconds since 1970 UTC on the device's clock, durations have their unit in their name.
 /// 6. *Places and sizes* in a picture, a window or a wall are ten-thousandths of its width and height, from its top
-/// left.
-///    Levels are percent. Frame rates are frames per 1000 s.
-/// 7. *Lists* are the application's: ptEntries points at dwCapacity entries of dwEntrySize bytes each (its own sizeof
-/// of
-///    an entry). The plug-in fills as many as there is room for, and says in dwCount how many there are, also when that
-///    is more. A capacity of 0 asks for the count alone.
+///    left. Levels are percent. Frame rates are frames per 1000 s.
+/// 7. *Lists* are the application's: ptEntries points at dwCapacity entries of dwEntrySize bytes each (sizeof an entry
+///    to the application). The plug-in fills as many as there is room for, and says in dwCount how many there are, also
+///    when that is more. A capacity of 0 asks for the count alone.
 /// 8. *Pointers* inside a record take 8 bytes on every machine, so that no offset depends on the word size. What they
 ///    point at is the application's and is used until the call returns, or as long as the field says.
 /// 9. *Channels*, inputs, outputs, disks, screens and windows count from 0. Presets and tours of a camera count from 1.

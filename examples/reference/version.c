@@ -13,13 +13,13 @@ int AskVersion(char const* szAddress, unsigned long dwPort, unsigned long dwTime
     return *peVersion != eNone;
 }
 
-/* The same with a login, which knows its protocol: this one tells why not. */
+/* The same with a login, which knows its protocol: this one says why not. */
 int AskVersionOf(int nLoginID, eNetworkSDKVersion* peVersion)
 {
     const int nResult = ClientAdapter_GetSDKVersionByHandle(nLoginID, peVersion);
     if (nResult != eResultOk)
     {
-        fprintf(stderr, "no version: %s (%d)\n", nResult == eResultUnknownLogin ? "not logged in" : "not told",
+        fprintf(stderr, "no version: %s (%d)\n", nResult == eResultUnknownLogin ? "not logged in" : "no answer",
                 nResult);
     }
     return nResult;

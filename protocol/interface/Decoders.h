@@ -277,12 +277,11 @@ typedef struct tagDecoderWindowStatus
 /// What all windows are doing.
 typedef struct tagDecoderChannelStatus
 {
-    uint32_t dwSize;      ///< sizeof this record, by the application
-    uint32_t dwEntrySize; ///< sizeof(tagDecoderWindowStatus), by the application
-    uint32_t dwCapacity;  ///< entries that there is room for, by the application
-    uint32_t dwCount;     ///< entries that there are, by the plug-in
-    TESSARO_POINTER(
-        tagDecoderWindowStatus* ptEntries); ///< the application's; the first dwCapacity of dwCount are filled
+    uint32_t dwSize;                                    ///< sizeof this record, by the application
+    uint32_t dwEntrySize;                               ///< sizeof(tagDecoderWindowStatus), by the application
+    uint32_t dwCapacity;                                ///< entries that there is room for, by the application
+    uint32_t dwCount;                                   ///< entries that there are, by the plug-in
+    TESSARO_POINTER(tagDecoderWindowStatus* ptEntries); ///< the application's; dwCapacity of dwCount are filled
 } tagDecoderChannelStatus;
 
 /// What to do with a recording in a window.

@@ -102,7 +102,7 @@ typedef struct tagDeviceRegisterInfo
     char szFirmware[64];     ///< what it runs
 } tagDeviceRegisterInfo;
 
-/// What a device tells over HTTP, for ClientAdapter_GetDeviceConfigFromHttp. Answered by the last plug-in that could
+/// What a device answers over HTTP, for ClientAdapter_GetDeviceConfigFromHttp. Answered by the last plug-in that could
 /// tell: dwHttpStatus changes from 0, else nothing has answered.
 typedef struct tagDeviceConfigFromHttp
 {

@@ -23,16 +23,16 @@ TESSARO_C_BEGIN
 /// are rtsp://host:port/path, made of the host and the main or sub port and path.
 typedef struct tagUserLoginPara
 {
-    char szAddress[256];       ///< device host name or address; for RTSP with dwRtspUrlMode 0 the whole address
-    uint32_t dwPort;           ///< device port; for RTSP with dwRtspUrlMode 0 the port of that address
-    char szUserName[32];       ///< at most 31 characters
-    char szPassword[32];       ///< at most 31 characters
-    uint32_t dwReserved;       ///< not read
-    int32_t dwRtspMainPort;    ///< RTSP port of the main stream
-    int32_t dwRtspSubPort;     ///< RTSP port of the sub stream
-    char szRtspMainPath[128];  ///< path of the main stream, without the slash before it
-    char szRtspSubPath[128];   ///< path of the sub stream, without the slash before it
-    uint32_t dwRtspUrlMode;    ///< 0: szAddress is the address; any other value: build the addresses
+    char szAddress[256];      ///< device host name or address; for RTSP with dwRtspUrlMode 0 the whole address
+    uint32_t dwPort;          ///< device port, 0: the usual one; for RTSP with dwRtspUrlMode 0 the port of that address
+    char szUserName[32];      ///< at most 31 characters
+    char szPassword[32];      ///< at most 31 characters
+    uint32_t dwTimeoutMs;     ///< most that a call may take; 0: 10000 for the login, 5000 for others; not for RTSP
+    int32_t dwRtspMainPort;   ///< RTSP port of the main stream
+    int32_t dwRtspSubPort;    ///< RTSP port of the sub stream
+    char szRtspMainPath[128]; ///< path of the main stream, without the slash before it
+    char szRtspSubPath[128];  ///< path of the sub stream, without the slash before it
+    uint32_t dwRtspUrlMode;   ///< 0: szAddress is the address; any other value: build the addresses
     uint32_t dwRtspHostSelect; ///< 1: the host is szRtspHost; any other value: szAddress
     char szRtspHost[256];      ///< second host name or address
 } tagUserLoginPara;
@@ -59,7 +59,7 @@ TESSARO_ENUM(eLoginStatus){
 TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwPort) == 256, "tagUserLoginPara");
 TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szUserName) == 260, "tagUserLoginPara");
 TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szPassword) == 292, "tagUserLoginPara");
-TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwReserved) == 324, "tagUserLoginPara");
+TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwTimeoutMs) == 324, "tagUserLoginPara");
 TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspMainPort) == 328, "tagUserLoginPara");
 TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, dwRtspSubPort) == 332, "tagUserLoginPara");
 TESSARO_STATIC_ASSERT(offsetof(tagUserLoginPara, szRtspMainPath) == 336, "tagUserLoginPara");

@@ -20,28 +20,30 @@ TESSARO_C_BEGIN
 /// takes them back with (int32_t)dwPara.
 /// @{
 
-/// What a camera is to do. What dwPara1 to dwPara4 are depends on the command; those not listed are 0.
+/// What a camera is to do. What dwPara1 to dwPara4 are depends on the command; ms are milliseconds.
 ///
-/// | Command              | dwPara1               | dwPara2               | dwPara3            | dwPara4 | |
-/// -------------------- | --------------------- | --------------------- | ------------------ | ---------------------- |
-/// | ePTZStop             | ePTZAxis bits, 0: all | 0                     | 0                  | 0 | | ePTZMove | pan
-/// speed, signed     | tilt speed, signed    | zoom speed, signed | milliseconds, 0: 5000  | | ePTZZoom             |
-/// zoom speed, signed    | 0                     | 0                  | milliseconds, 0: 5000  | | ePTZFocus | speed, +
-/// is far       | 0                     | 0                  | milliseconds, 0: 5000  | | ePTZIris             | speed,
-/// + opens        | 0                     | 0                  | milliseconds, 0: 5000  | | ePTZAbsolute         | pan,
-/// signed           | tilt, signed          | zoom               | speed, 0: full         | | ePTZRelative         |
-/// pan by, signed        | tilt by, signed       | zoom by, signed    | speed, 0: full         | | ePTZFocusOnce | 0 |
-/// 0                     | 0                  | 0                      | | ePTZPresetSet        | preset, from 1 | its
-/// name (below), or 0 | 0                 | 0                      | | ePTZPresetCall       | preset                |
-/// speed, 0: full        | 0                  | 0                      | | ePTZPresetRemove     | preset | 0 | 0 | 0 |
-/// | ePTZHomeSet          | 0                     | 0                     | 0                  | 0 | | ePTZHomeCall |
-/// speed, 0: full        | 0                     | 0                  | 0                      | | ePTZTourAddPreset |
-/// tour, from 1          | preset                | seconds to stay    | speed, 0: full         | | ePTZTourRecordStart
-/// | tour                  | 0                     | 0                  | 0                      | | ePTZTourRecordStop
-/// | tour                  | 0                     | 0                  | 0                      | | ePTZTourRun | tour
-/// | times, 0: until stopped | 0                | 0                      | | ePTZTourStop         | tour | 0 | 0 | 0 |
-/// | ePTZTourRemove       | tour                  | 0                     | 0                  | 0 | | ePTZAuxiliary |
-/// ePTZAuxiliaryKind     | 1 on, 0 off           | 0                  | milliseconds, 0: stays |
+/// | Command             | dwPara1                | dwPara2               | dwPara3            | dwPara4        |
+/// | ------------------- | ---------------------- | --------------------- | ------------------ | -------------- |
+/// | ePTZStop            | ePTZAxis bits, 0: all  | 0                     | 0                  | 0              |
+/// | ePTZMove            | pan speed, signed      | tilt speed, signed    | zoom speed, signed | ms, 0: 5000    |
+/// | ePTZZoom            | zoom speed, signed     | 0                     | 0                  | ms, 0: 5000    |
+/// | ePTZFocus           | speed, signed, + far   | 0                     | 0                  | ms, 0: 5000    |
+/// | ePTZIris            | speed, signed, + opens | 0                     | 0                  | ms, 0: 5000    |
+/// | ePTZAbsolute        | pan, signed            | tilt, signed          | zoom               | speed, 0: full |
+/// | ePTZRelative        | pan by, signed         | tilt by, signed       | zoom by, signed    | speed, 0: full |
+/// | ePTZFocusOnce       | 0                      | 0                     | 0                  | 0              |
+/// | ePTZPresetSet       | preset, from 1         | name (below), 0: none | 0                  | 0              |
+/// | ePTZPresetCall      | preset                 | speed, 0: full        | 0                  | 0              |
+/// | ePTZPresetRemove    | preset                 | 0                     | 0                  | 0              |
+/// | ePTZHomeSet         | 0                      | 0                     | 0                  | 0              |
+/// | ePTZHomeCall        | speed, 0: full         | 0                     | 0                  | 0              |
+/// | ePTZTourAddPreset   | tour, from 1           | preset                | seconds to stay    | speed, 0: full |
+/// | ePTZTourRecordStart | tour                   | 0                     | 0                  | 0              |
+/// | ePTZTourRecordStop  | tour                   | 0                     | 0                  | 0              |
+/// | ePTZTourRun         | tour                   | rounds, 0: for ever   | 0                  | 0              |
+/// | ePTZTourStop        | tour                   | 0                     | 0                  | 0              |
+/// | ePTZTourRemove      | tour                   | 0                     | 0                  | 0              |
+/// | ePTZAuxiliary       | ePTZAuxiliaryKind      | 1 on, 0 off           | 0                  | ms, 0: stays   |
 ///
 /// Every continuous movement ends by itself after dwPara4 milliseconds (at most 60000, longer ones end then), so a
 /// camera never runs on because a stop was lost. To go on, give the command again before that. A new movement takes
@@ -49,7 +51,7 @@ TESSARO_C_BEGIN
 ///
 /// A name is text, passed as `(unsigned long)"Gate"`: UTF-8, at most 63 bytes, read before the call returns.
 ///
-/// Answers 0 when the camera has taken the command, not when it has arrived: tagPTZPosition::bMoving tells.
+/// Answers 0 when the camera has taken the command, not when it has arrived: see tagPTZPosition::bMoving.
 /// eResultNotSupported: the channel can't move, or has no such function. eResultNotFound: no such preset or tour.
 /// eResultBadArgument: a value out of its range. eResultBusy: a user of a higher level is moving it.
 TESSARO_ENUM(ePTZControlCmdCode){

@@ -27,7 +27,7 @@ TESSARO_ENUM(eMiscParameter){
 };
 
 /// How a simulated device misbehaves. Each goes on for dwMilliseconds (0: until eFaultNone), and dwValue, dwCount and
-/// dwChannel mean what is told here; those not named are 0.
+/// dwChannel mean what stands here; those not named are 0.
 TESSARO_ENUM(eFaultKind){
     eFaultNone = 0,    ///< the device behaves: all its faults end
     eFaultLockOut = 1, ///< after dwCount wrong passwords (0: 5) the account is locked for dwMilliseconds: eResultLocked
@@ -39,7 +39,7 @@ TESSARO_ENUM(eFaultKind){
     eFaultClockDrift = 7,  ///< the device's clock runs too fast by dwValue (signed) parts in a million
     eFaultClockJump = 8,   ///< the device's clock is set forward by llOffsetUs, once
     eFaultStall = 9,       ///< streams of dwChannel stay open, but no frame comes
-    eFaultLose = 10,       ///< of a thousand frames of dwChannel dwValue are lost, and the next one tells it
+    eFaultLose = 10,       ///< of a thousand frames of dwChannel dwValue are lost, and the next one has dwLostBefore
     eFaultDamage = 11,     ///< of a thousand frames of dwChannel dwValue come with eFrameDamaged and wrong bytes
     eFaultDiskFull = 12,   ///< disk dwChannel is full: eEventDiskFull, recordings end, eResultDeviceFull
     eFaultDiskError = 13,  ///< disk dwChannel answers with errors: eEventDiskError
