@@ -29,13 +29,20 @@ TESSARO_ENUM(eRtspTransport){
     eRtspAutomatic = 3, ///< UDP first; TCP when nothing has come within 3 s, which eEventTransport reports
 };
 
+/// Whether an rtsps:// device must show who it is: dwStreamPara[1] of a stream opened on an RTSP login.
+TESSARO_ENUM(eRtspCertificate){
+    eRtspCertificateAny = 0,     ///< any certificate will do: cameras sign their own
+    eRtspCertificateTrusted = 1, ///< it must name the host and lead to an authority of the system's store, or of the
+                                 ///< files that the environment names in SSL_CERT_FILE or SSL_CERT_DIR
+};
+
 /// What to open as a live stream.
 typedef struct tagRealStreamPara
 {
     uint32_t dwChannel;       ///< the device's channel, from 0; RTSP does not use it, its address names the channel
     uint32_t dwReserved;      ///< not read
     uint32_t dwStreamKind;    ///< eStreamKind
-    uint32_t dwStreamPara[7]; ///< for the plug-in; RTSP: [0] eRtspTransport, the others 0
+    uint32_t dwStreamPara[7]; ///< for the plug-in; RTSP: [0] eRtspTransport, [1] eRtspCertificate, the others 0
 } tagRealStreamPara;
 
 /// What the RTSP binding hands to RTSPClient_Create: one stream to connect to. The record is the caller's and need
@@ -126,7 +133,7 @@ typedef struct tagRTSPPackageInfo
     uint32_t dwState;      ///< eConnectionState
     uint32_t dwReconnects; ///< times the stream was connected again after its first connection
     uint32_t dwLastStatus; ///< RTSP status of the last refusal, 0: none yet
-    uint32_t dwReserved;   ///< 0
+    uint32_t dwDropped;    ///< frames dropped because the callback took too long
     uint64_t ullPackets;   ///< access units and audio packets that arrived
     uint64_t ullFrames;    ///< frames handed to a callback
     uint64_t ullBytes;     ///< bytes of those frames

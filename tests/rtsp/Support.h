@@ -28,7 +28,8 @@ using Clock = std::chrono::steady_clock;
 
 inline constexpr auto g_tPatience = 30s; // for anything that is bound to come
 
-/// A running RTSP server with its mounts; see tools/rtsp_server. Ends with the object.
+/// A running RTSP server with its mounts; see tools/rtsp_server. Ends with the object. "--password" among the options
+/// and the word after it go into the server's environment.
 class CServer
 {
 public:
@@ -82,8 +83,14 @@ public:
     }
 
 private:
-    void Launch(std::vector<std::string> const& astrArguments)
+    void Launch(std::vector<std::string> astrArguments)
     {
+        std::string strPassword;
+        if (const auto it = std::ranges::find(astrArguments, "--password"); it != astrArguments.end())
+        {
+            strPassword = it[1];
+            astrArguments.erase(it, it + 2);
+        }
         std::vector<char*> aszArguments;
         for (std::string const& strArgument : astrArguments)
         {
@@ -98,6 +105,7 @@ private:
         {
             dup2(anIn[0], STDIN_FILENO);
             dup2(anOut[1], STDOUT_FILENO);
+            setenv("TESSARO_PASSWORD", strPassword.c_str(), 1);
             execv(aszArguments[0], aszArguments.data());
             _exit(127);
         }

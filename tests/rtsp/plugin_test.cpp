@@ -1,7 +1,7 @@
 // The RTSP plug-in by its own entry points, against a real server.
 
 #include "plugins/rtsp/EntryPoints.h"
-#include "plugins/rtsp/Timeline.h"
+#include "rtsp/Timeline.h"
 #include "tests/rtsp/Support.h"
 
 extern "C"
@@ -363,7 +363,7 @@ TEST(Timeline, GoesOnWhateverTheDevicesClockDoes)
         {
             tTimeline.Restart();
         }
-        const auto tMapped = tTimeline.Map(tStep.iTrack, tStep.llStamp * 1000, tStep.llArrived * 1000);
+        const auto tMapped = tTimeline.Map(std::to_string(tStep.iTrack), tStep.llStamp * 1000, tStep.llArrived * 1000);
         EXPECT_EQ(tMapped.llTimeUs, tStep.llTime * 1000);
         EXPECT_EQ(tMapped.bDiscontinuity, tStep.bDiscontinuity);
         EXPECT_EQ(tMapped.llJumpUs.value_or(0), tStep.llJump * 1000);
