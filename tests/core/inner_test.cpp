@@ -79,52 +79,28 @@ TEST(Binding, NullPath)
 TEST_F(CSession, LookUpsNeverMixTwoConnections)
 {
     using namespace Adapter_ApplicationLayer;
-    struct
+    tagTarget tTarget;
+    tagResource tRecord;
+    const auto fnCheck = [](CSequence& tSequence, auto fnFound)
     {
-        tagLookUp& tLookUp;
-        std::function<bool()> fnFinds;
-        std::function<int()> fnGet;
-        std::function<int()> fnCall;
-        int nUnknown;
-    } const atTables[] = {
-        {g_atUserLookUp[m_nLogin],
-         [this]
-         {
-             tagTarget t;
-             return FindUser(m_nLogin, t);
-         },
-         [this]
-         {
-             tagResource t;
-             return g_cClient.GetUserType(m_nLogin, t);
-         },
-         [this] { return ClientAdapter_ForceIFrame(m_nLogin, m_nMedia); }, 3},
-        {g_atMediaLookUp[m_nMedia],
-         [this]
-         {
-             tagTarget t;
-             return FindMedia(m_nMedia, t);
-         },
-         [this]
-         {
-             tagResource t;
-             return g_cClient.GetMediaType(m_nMedia, t);
-         },
-         [this] { return ClientAdapter_StreamMediaControl(m_nMedia, eTaskPlay); }, -1},
-    };
-    for (auto const& tTable : atTables)
-    {
-        CSequence& tSequence = tTable.tLookUp.tSequence;
         tSequence.BeginWrite();
-        EXPECT_FALSE(tTable.fnFinds());
-        EXPECT_EQ(tTable.fnGet(), 1);
-        EXPECT_EQ(tTable.fnCall(), tTable.nUnknown);
+        EXPECT_EQ(fnFound(), 0);
         tSequence.EndWrite();
-        EXPECT_TRUE(tTable.fnFinds());
-        EXPECT_EQ(tTable.fnGet(), 0);
-        EXPECT_EQ(tTable.fnCall(), 0);
+        EXPECT_EQ(fnFound(), 3);
         EXPECT_FALSE(tSequence.TryRead([&] { tSequence.BeginWrite(), tSequence.EndWrite(); })) << "a whole one between";
-    }
+    };
+    fnCheck(g_atUserLookUp[m_nLogin].tSequence,
+            [&]
+            {
+                return FindUser(m_nLogin, tTarget) + (g_cClient.GetUserType(m_nLogin, tRecord) == 0) +
+                       (ClientAdapter_ForceIFrame(m_nLogin, m_nMedia) != 3);
+            });
+    fnCheck(g_atMediaLookUp[m_nMedia].tSequence,
+            [&]
+            {
+                return FindMedia(m_nMedia, tTarget) + (g_cClient.GetMediaType(m_nMedia, tRecord) == 0) +
+                       (ClientAdapter_StreamMediaControl(m_nMedia, eTaskPlay) != -1);
+            });
 }
 
 unsigned long g_dwHeard; // by the application, as user data
