@@ -3,6 +3,7 @@
 #include "adapter/Globals.h"
 #include "adapter/Shapes.h"
 #include "adapter/Trampolines.h"
+#include "adapter/Version.h"
 #include "system/Call.h"
 
 #include <cstdio>
@@ -13,12 +14,9 @@ CClientProtocolSet g_cProtocolSet;
 constinit CSetCallBack g_SetCallBack[1000];
 constinit Adapter_ApplicationLayer::CRegistrations Adapter_ApplicationLayer::g_tRegistrations;
 std::map<int, CSetCallBack> g_SetUserCallBack;
-namespace
-{
-CEvents g_tEvents;
-}
+Adapter_ApplicationLayer::CEvents Adapter_ApplicationLayer::g_tEvents;
 Client g_cClient;
-char const g_cVersion[18] = "Build 1.0.0.29024";
+char const g_cVersion[18] = TESSARO_BUILD;
 
 TESSARO_C_BEGIN
 

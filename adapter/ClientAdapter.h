@@ -121,7 +121,7 @@ TESSARO_API int ClientAdapter_StreamMediaControl(int nMediaID, eTaskControl eCon
 TESSARO_API int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID);
 
 /// What came in on a connection, into the nLength bytes at pInfo; the plug-in defines the record. Asks VTQ (1: pInfo is
-/// null). RTSP's counts are had through the protocol set: CClientProtocolBase::GetPackageInfo.
+/// null). The counts of an RTSP stream come from TessaroExtra_GetStreamStatistics.
 TESSARO_API int ClientAdapter_GetPackageInfo(int nMediaID, void* pInfo, int nLength);
 
 /// Marks a stream as belonging to a link, whose ID ClientAdapter_QueryStreamMediaLinkID told.

@@ -7,11 +7,10 @@
 // while plug-ins still deliver; what they read here is either never destroyed (the media records have nothing to
 // destroy) or closed first (CEvents).
 
+#include "adapter/Events.h"
 #include "adapter/Registrations.h"
 #include "adapter/Shapes.h"
-#include "system/Lock.h"
 
-#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
@@ -19,6 +18,7 @@
 namespace
 {
 using Adapter_ApplicationLayer::CSetCallBack;
+using Adapter_ApplicationLayer::g_tEvents;
 using Adapter_ApplicationLayer::g_tRegistrations;
 using Adapter_ApplicationLayer::UserEventKind;
 
@@ -91,74 +91,6 @@ int SetFileDownloadCB(void*, tagBuffer tBuffer, unsigned long dwUser)
 {
     return Relay<Adapter_ApplicationLayer::FileDownloadKind>({"SetFileDownloadCB", 3630}, dwUser, tBuffer);
 }
-
-/// Guards g_SetUserCallBack, which changes shape when a login subscribes for the first time. A trampoline that finds
-/// the lock taken doesn't wait for it, but reads a copy. Destroyed before the map is: whoever comes later finds no
-/// record.
-class CEvents
-{
-public:
-    ~CEvents()
-    {
-        const CLock tLock(m_tMutex);
-        m_bClosed = true;
-    }
-
-    /// False when memory runs out or the lock can't be had.
-    bool Register(int nLoginID, UserEventKind::Function pfnEvent, unsigned long dwUser)
-    {
-        if (pthread_mutex_lock(&m_tMutex) != 0)
-        {
-            return false;
-        }
-        const bool bStored = m_bClosed || Store(nLoginID, {true, pfnEvent, nLoginID, dwUser});
-        pthread_mutex_unlock(&m_tMutex);
-        return bStored;
-    }
-
-    /// What is registered; a record that doesn't exist counts as a cleared one.
-    UserEventKind::tagRegistration Find(int nLoginID)
-    {
-        UserEventKind::tagRegistration tFound;
-        if (pthread_mutex_trylock(&m_tMutex) != 0)
-        {
-            if (!m_bClosed && nLoginID < Client::nSlots)
-            {
-                tFound = g_tRegistrations.Read<UserEventKind>(m_atCopy[nLoginID]);
-            }
-            return tFound;
-        }
-        if (!m_bClosed)
-        {
-            if (const auto itRecord = g_SetUserCallBack.find(nLoginID); itRecord != g_SetUserCallBack.end())
-            {
-                tFound = UserEventKind::Load(itRecord->second); // whole: who subscribes holds the lock
-            }
-        }
-        pthread_mutex_unlock(&m_tMutex);
-        return tFound;
-    }
-
-private:
-    static bool Store(int nLoginID, UserEventKind::tagRegistration const& tNew)
-    try
-    {
-        g_tRegistrations.Register<UserEventKind>(g_SetUserCallBack[nLoginID], tNew);
-        g_tRegistrations.Register<UserEventKind>(m_atCopy[nLoginID], tNew);
-        return true;
-    }
-    catch (...)
-    {
-        return false;
-    }
-
-    // Nothing of it is destroyed: outlives this object.
-    static inline pthread_mutex_t m_tMutex = PTHREAD_MUTEX_INITIALIZER;
-    static inline std::atomic<bool> m_bClosed = false;
-    static inline constinit CSetCallBack m_atCopy[Client::nSlots]; // by login ID
-};
-
-extern CEvents g_tEvents;
 
 int SetUserEventCB(void*, unsigned long dwEvent, unsigned long dwWord2, unsigned long dwWord3, unsigned long dwWord4,
                    unsigned long dwUser)

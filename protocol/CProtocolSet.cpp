@@ -31,7 +31,7 @@ bool Valid(eProtocolType eType)
     return static_cast<unsigned>(eType) <= static_cast<unsigned>(eProtocolVTQ);
 }
 
-int Failed(char const* szFunction, int nLine, int nResult = eResultNoProtocol)
+[[gnu::cold, gnu::noinline]] int Failed(char const* szFunction, int nLine, int nResult = eResultNoProtocol)
 {
     DiagnosticLine(g_szSource, szFunction, nLine);
     return nResult;

@@ -17,7 +17,7 @@ compile() {
     done
 }
 
-applications=(adapter/ClientAdapter.h protocol/PluginInterface.h)
+applications=(adapter/ClientAdapter{,Extra}.h protocol/PluginInterface.h)
 classes=(protocol/{CClientProtocolBase,IProtocol}.h system/{Buffer,File,Module,Mutex,Signal,Utility}.h)
 modern=(adapter/{CallbackRecord,ClientService,Globals,HandleRegistry}.h protocol/CProtocolSet.h)
 for compiler in gcc clang; do

@@ -18,7 +18,7 @@ check_room(protocol "(system|protocol)/")
 check_room(bindings "(system|protocol|bindings)/|adapter/LookUp.h\"")
 check_room(adapter "(system|protocol|bindings|adapter)/")
 check_room(plugins "(protocol|plugins)/|system/(Call|Export)\\.h\"")
-check_room(examples "adapter/ClientAdapter\\.h\"")
+check_room(examples "adapter/ClientAdapter(Extra)?\\.h\"")
 
 foreach(header HandleRegistry LookUp)
     file(STRINGS ${ROOT}/adapter/${header}.h includes REGEX "^#include \"(bindings|adapter)/")

@@ -1,10 +1,12 @@
 // The exported functions, through the ONVIF, RTSP and VTQ recorders under the names that the library looks for.
 
+#include "adapter/ClientAdapterExtra.h"
 #include "adapter/ClientService.h"
 #include "tests/core/Support.h"
 
 #include <algorithm>
 #include <functional>
+#include <set>
 
 namespace
 {
@@ -346,5 +348,41 @@ TEST(Service, Classes)
     EXPECT_EQ(&tGlobal, &Adapter_CommonKit::TSingletons<CAdapter_GlobalObject>::Instance());
     EXPECT_NE(tGlobal.ProtocolResource(), &g_cProtocolSet);
     EXPECT_EQ(tGlobal.PlatformResource()->Start(), 0);
+}
+
+TEST_F(CSession, Extra)
+{
+    int nLogin = -1;
+    int nMedia = -1;
+    m_tStream.dwStreamKind = eStreamMain;
+    EXPECT_EQ(ClientAdapter_UserLogin(&nLogin, eProtocolRTSP, &m_tLogin), 0);
+    EXPECT_EQ(ClientAdapter_RealStreamConnect(&nMedia, nLogin, &m_tStream), 0);
+    tagRTSPPackageInfo tInfo{};
+    Journal().Answer("RTSPClient_GetPackageInfo", 209);
+    EXPECT_EQ(TessaroExtra_GetStreamStatistics(nMedia, &tInfo), 209);
+    EXPECT_EQ(Journal().Take().back().auArguments,
+              (std::vector<std::uintptr_t>{Journal().LastHandle(), reinterpret_cast<std::uintptr_t>(&tInfo), 48, 0}));
+    EXPECT_EQ(TessaroExtra_GetStreamStatistics(m_nMedia, &tInfo), 0) << "asks RTSP alone";
+    EXPECT_EQ(TessaroExtra_GetStreamStatistics(-1, &tInfo), -1);
+    ClientAdapter_RealStreamDisconnect(nMedia);
+    ClientAdapter_UserLogout(nLogin);
+
+    const std::string strOther = TessaroExtra_ResultText(12345);
+    std::ifstream tHeader(TESSARO_GOLDEN "/../../protocol/PluginInterface.h");
+    std::set<std::string> astrTexts{strOther};
+    std::size_t nResults = 1;
+    for (std::string strLine; std::getline(tHeader, strLine);)
+    {
+        int nResult = 0;
+        if (std::sscanf(strLine.c_str(), " eResult%*[A-Za-z] = %d,", &nResult) == 1)
+        {
+            astrTexts.insert(TessaroExtra_ResultText(nResult));
+            ++nResults;
+        }
+    }
+    EXPECT_EQ(nResults, 26U);
+    EXPECT_EQ(astrTexts.size(), nResults) << "each has a text of its own";
+    EXPECT_STREQ(TessaroExtra_ResultText(209), "the device has locked the account for a while");
+    EXPECT_TRUE(std::string(TessaroExtra_Version()).ends_with(std::string(", ") + g_cVersion));
 }
 } // namespace
