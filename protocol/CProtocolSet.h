@@ -48,7 +48,7 @@ public:
     /// @endcond
 
 private:
-    CClientProtocolBase* Bound(eProtocolType eType) const;
+    [[gnu::visibility("hidden")]] CClientProtocolBase* Bound(eProtocolType eType) const;
 
     std::uint32_t m_dwState[4];         ///< 1: no binding is inserted for the protocol; 2: one is
     CClientProtocolBase* m_pBinding[4]; ///< owned; null where there is none
