@@ -41,7 +41,7 @@ constexpr unsigned g_nIdleLooks = 100; // without a callback, until it is left
 constexpr auto g_tLate = 20ms;         // a loop that needs longer to come to something is busy
 constexpr unsigned g_nLate = 3;        // so many times in a row: too busy
 constexpr auto g_tProbeTime = 100ms;   // between tries how long that takes
-constexpr auto g_tCalmTime = 3s;       // without need of more runners, until they end
+constexpr auto g_tCalmTime = 3s;       // between looks at how many runners were needed
 constexpr double g_dBusy = 0.6;        // of one core
 
 struct tagThread
@@ -251,6 +251,7 @@ private:
     {
         const std::lock_guard tLock(m_tMutex);
         const unsigned nInside = m_nInside;
+        m_nMostInside = std::max(m_nMostInside, nInside);
         const bool bMany = m_nRunners >= m_nCores + g_nQuickGrowth;
         if (!m_bStopping && (nInside >= m_nRunners || !bMany || IsAnySlow()))
         {
@@ -303,19 +304,20 @@ private:
 
     void Look(Clock::time_point tNow)
     {
+        m_nMostInside = std::max(m_nMostInside, m_nInside.load());
         if (IsAnySlow())
         {
+            m_tLastSlow = tNow;
             m_bSlowTimes = true;
-            m_tCalm = tNow + g_tCalmTime;
             StartRunners(m_nInside + g_nFree);
         }
         else
         {
             Probe(tNow);
         }
-        if (tNow >= m_tCalm)
+        if (tNow - m_tTrimmed >= g_tCalmTime)
         {
-            CalmDown(tNow);
+            Trim(tNow);
         }
     }
 
@@ -328,7 +330,7 @@ private:
             if (bLate && !std::exchange(m_bWasLate, true) && ++m_nLate >= g_nLate && m_nBase < m_nCores)
             {
                 m_nLate = 0;
-                m_tCalm = tNow + g_tCalmTime;
+                m_tTrimmed = tNow;
                 StartRunners(++m_nBase);
             }
         }
@@ -342,17 +344,18 @@ private:
         }
     }
 
-    // All has been quick for a while: fewer runners will do.
-    void CalmDown(Clock::time_point tNow)
+    // Runners that weren't needed lately leave.
+    void Trim(Clock::time_point tNow)
     {
-        const double dCores = std::chrono::duration<double>(CpuTime()) / (tNow - std::exchange(m_tCalmedDown, tNow));
-        m_tCalm = tNow + g_tCalmTime;
-        m_bSlowTimes = false;
+        const double dCores = std::chrono::duration<double>(CpuTime()) / (tNow - std::exchange(m_tTrimmed, tNow));
         m_nBase -= m_nBase > 1 && dCores < g_dBusy * (m_nBase - 1) ? 1 : 0;
-        for (unsigned i = m_nRunners; i > m_nBase; --i)
+        m_bSlowTimes = tNow - m_tLastSlow < g_tCalmTime;
+        const unsigned nNeeded = m_bSlowTimes ? std::max(m_nBase, m_nMostInside + g_nFree) : m_nBase;
+        for (unsigned i = m_nRunners; i > nNeeded; --i)
         {
             asio::post(m_tContext, [] { throw tagLeave{}; });
         }
+        m_nMostInside = 0;
     }
 
     // Of the runners, since it was last asked for.
@@ -386,9 +389,10 @@ private:
     std::mutex m_tMutex;
     std::condition_variable m_tChanged;
     std::list<tagThread> m_atThreads;
-    unsigned m_nBase = 1; ///< runners that are needed when callbacks are quick
-    Clock::time_point m_tCalm;
-    Clock::time_point m_tCalmedDown;
+    unsigned m_nBase = 1;       ///< runners that are needed when callbacks are quick
+    unsigned m_nMostInside = 0; ///< since they were trimmed
+    Clock::time_point m_tTrimmed;
+    Clock::time_point m_tLastSlow;
     Clock::time_point m_tProbed;
     unsigned m_nLate = 0; ///< probes in a row
     bool m_bWasLate = false;

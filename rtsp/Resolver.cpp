@@ -1,12 +1,14 @@
 #include "rtsp/Resolver.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
 #include <map>
 #include <mutex>
+#include <net/if.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <set>
@@ -40,12 +42,11 @@ int ErrnoOf(int nError)
     }
 }
 
-int LookUp(char const* szName, int nFlags, std::vector<tagEndpoint>& atFound)
+int LookUp(char const* szName, std::vector<tagEndpoint>& atFound)
 {
     addrinfo tHints{};
     tHints.ai_family = AF_UNSPEC;
     tHints.ai_socktype = SOCK_STREAM;
-    tHints.ai_flags = nFlags;
     addrinfo* ptFirst = nullptr;
     if (const int nError = getaddrinfo(szName, nullptr, &tHints, &ptFirst); nError != 0)
     {
@@ -94,13 +95,24 @@ bool tagEndpoint::IsSameHost(tagEndpoint const& tOther) const
 
 tagEndpoint ParseEndpoint(std::string const& strAddress, std::uint16_t wPort)
 {
-    std::vector<tagEndpoint> atFound;
-    if (strAddress.empty() || LookUp(strAddress.c_str(), AI_NUMERICHOST, atFound) != 0)
+    tagEndpoint tEndpoint;
+    auto& tV4 = reinterpret_cast<sockaddr_in&>(tEndpoint.tAddress);
+    auto& tV6 = reinterpret_cast<sockaddr_in6&>(tEndpoint.tAddress);
+    const std::size_t nZone = std::min(strAddress.find('%'), strAddress.size());
+    if (inet_pton(AF_INET, strAddress.c_str(), &tV4.sin_addr) == 1)
     {
-        return {};
+        tV4.sin_family = AF_INET;
+        tEndpoint.nLength = sizeof tV4;
+        tEndpoint.SetPort(wPort);
     }
-    atFound[0].SetPort(wPort);
-    return atFound[0];
+    else if (inet_pton(AF_INET6, strAddress.substr(0, nZone).c_str(), &tV6.sin6_addr) == 1)
+    {
+        tV6.sin6_family = AF_INET6;
+        tV6.sin6_scope_id = nZone < strAddress.size() ? if_nametoindex(strAddress.c_str() + nZone + 1) : 0;
+        tEndpoint.nLength = sizeof tV6;
+        tEndpoint.SetPort(wPort);
+    }
+    return tEndpoint;
 }
 
 class CResolver::CImpl : public std::enable_shared_from_this<CImpl>
@@ -188,7 +200,7 @@ private:
         m_nSlowRunning += bSlow;
         tLock.unlock();
         const auto tBegan = std::chrono::steady_clock::now();
-        pLookup->m_nError = LookUp(strName.c_str(), 0, pLookup->m_atFound);
+        pLookup->m_nError = LookUp(strName.c_str(), pLookup->m_atFound);
         const bool bWasSlow = std::chrono::steady_clock::now() - tBegan > g_tSlow;
         tLock.lock();
         m_nSlowRunning -= bSlow;
