@@ -24,11 +24,12 @@
 static char const g_szHelp[] =
     "usage: live_view rtsp://host[:port]/path [options]\n"
     "\n"
-    "  --user U           user name; the password comes from TESSARO_PASSWORD or is asked for\n"
-    "  --seconds N        receive for so long after the first frame (5)\n"
-    "  --transport T      tcp (the default), udp, multicast, or automatic: udp, and tcp if nothing comes\n"
-    "  --out DIR          write the video there: live.h264, live.h265 or live.mjpeg\n"
-    "  --help             this text\n"
+    "  --user U             user name; the password comes from TESSARO_PASSWORD or is asked for\n"
+    "  --seconds N          receive for so long after the first frame (5)\n"
+    "  --transport T        tcp (the default), udp, multicast, or automatic: udp, and tcp if nothing comes\n"
+    "  --check-certificate  at rtsps://: refuse a device whose certificate this system doesn't trust\n"
+    "  --out DIR            write the video there: live.h264, live.h265 or live.mjpeg\n"
+    "  --help               this text\n"
     "\n"
     "Ctrl-C ends it earlier, with the table of what came so far.\n"
     "\n"
@@ -54,6 +55,7 @@ typedef struct tagOptions
     char const* szOut;
     double dSeconds;
     uint32_t dwTransport;
+    uint32_t dwCertificate;
 } tagOptions;
 
 /* What came of one kind of media. */
@@ -283,9 +285,10 @@ static void PrintLoss(unsigned long dwError)
                                  : dwError == ETIMEDOUT    ? "the device didn't answer in time"
                                  : dwError == EHOSTUNREACH || dwError == ENETUNREACH ? "no way leads to this host"
                                  : dwError == ECONNRESET                             ? "the device broke the connection"
-                                 : dwError == EKEYREJECTED ? "the device's certificate isn't trusted"
-                                 : dwError == EPROTO       ? "the answers make no sense; does it speak RTSP there?"
-                                                           : strerror((int)dwError);
+                                 : dwError == EACCES
+                                     ? "the device's certificate isn't trusted, or doesn't name this host"
+                                 : dwError == EPROTO ? "the answers make no sense; does it speak RTSP there?"
+                                                     : strerror((int)dwError);
     fprintf(stderr, "no frame came: %s\n", szReason);
 }
 
@@ -502,6 +505,11 @@ static int ReadOptions(int nArguments, char** aszArguments, tagOptions* ptOption
             ptOptions->szAddress = szName;
             continue;
         }
+        if (strcmp(szName, "--check-certificate") == 0)
+        {
+            ptOptions->dwCertificate = eRtspCertificateTrusted;
+            continue;
+        }
         while (iKnown < nKnown && strcmp(szName, atKnown[iKnown].szName) != 0)
         {
             ++iKnown;
@@ -561,6 +569,7 @@ int main(int nArguments, char** aszArguments)
         return eExitUsage;
     }
     tStream.dwStreamPara[0] = tOptions.dwTransport;
+    tStream.dwStreamPara[1] = tOptions.dwCertificate;
     tReceived.szOut = tOptions.szOut;
 
     nResult = Run(&tReceived, &tLogin, &tStream, tOptions.dSeconds);

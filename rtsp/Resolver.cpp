@@ -38,7 +38,7 @@ int ErrnoOf(int nError)
     case EAI_AGAIN:
         return EAGAIN;
     default:
-        return EHOSTUNREACH;
+        return ENXIO; // there is no such name
     }
 }
 
@@ -62,7 +62,7 @@ int LookUp(char const* szName, std::vector<tagEndpoint>& atFound)
             tEndpoint.nLength = pt->ai_addrlen;
         }
     }
-    return atFound.empty() ? EHOSTUNREACH : 0;
+    return atFound.empty() ? ENXIO : 0;
 }
 } // namespace
 
