@@ -190,6 +190,7 @@ private:
         tFrame.tFrame.llWallClockUs = tUnit.llRecordedUs.value_or(m_tDeviceClock.WallClockUs());
         tFrame.bReplayGap = tUnit.bReplayGap;
         tFrame.bReplayEnd = tUnit.bReplayEnd;
+        tFrame.bRecordingEnds = tUnit.bRecordingEnds;
         m_ptSink->OnFrame(m_tTrack, tFrame);
         GiveBuffer(std::move(tFrame.abyData));
     }

@@ -27,6 +27,7 @@ struct tagTrackFrame
     std::optional<std::int64_t> llRecordedUs; ///< replayed: when it was recorded, microseconds since 1970 UTC
     bool bReplayGap = false;                  ///< replayed: a gap in the recording comes before it
     bool bReplayEnd = false;                  ///< replayed: the contiguous section ends with it
+    bool bRecordingEnds = false;              ///< replayed: the recording has no more
 };
 
 class CTrack;
