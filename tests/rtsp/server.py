@@ -20,7 +20,7 @@ SDP = {
          + ",".join(base64.b64encode(one).decode() for one in SETS) + "\r\na=control:video\r\n",
     "a": "m=audio 0 RTP/AVP 8\r\na=control:audio\r\n",
 }
-GROUP = "239.255.42.77"
+GROUP = "239.255.%d.%d" % divmod(os.getpid() % 65536, 256)  # nobody else on this machine uses it
 
 
 def interleaved(channel, packet, length=None):
