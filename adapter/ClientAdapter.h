@@ -12,13 +12,14 @@
 ///    stays open in the plug-in. An RTSP login takes two of the 1000 login IDs.
 /// 2. Results. 0 is success. 3: unknown login ID; -1: unknown media ID; 4: the protocol has no binding (the service
 ///    isn't started); 1: the protocol's plug-in can't do this. These and the few others are listed at eResult. Any
-///    other number is the plug-in's own, handed on unchanged. Nothing is thrown. Each function below tells only what is
-///    special to it.
+///    other number is the plug-in's own, handed on unchanged. Nothing is thrown. Each function below says only
+///    what is special to it.
 /// 3. What a protocol doesn't know is not asked: 0, nothing done, outputs as they were. RTSP knows logins, live streams
 ///    with their frames, events and control, and attributes; all else on an RTSP ID does nothing, and an opening
-///    function takes a media ID with nothing behind it. ONVIF, VTQ and the private protocol know all but what is told.
-/// 4. Pointers. What a pointer points at stays the caller's and need not outlive the call. Apart from what a function
-///    tells, the library doesn't test pointers: the plug-in gets exactly what the caller passed.
+///    function takes a media ID with nothing behind it. ONVIF, VTQ and the private protocol know everything, unless
+///    a function says otherwise.
+/// 4. Pointers. What a pointer points at stays the caller's and need not outlive the call. Unless a function says
+///    otherwise, the library doesn't test pointers: the plug-in gets exactly what the caller passed.
 /// 5. Values. nLength and dwLength count the bytes at the pointer before them. Channels, codes, sizes, dates and times
 ///    that have no unit below are the device protocol's own, handed on unchanged.
 /// 6. Threads. Any function may be called from any thread, with two exceptions: ClientAdapter_Start and
@@ -124,7 +125,7 @@ TESSARO_API int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID);
 /// null). The counts of an RTSP stream come from TessaroExtra_GetStreamStatistics.
 TESSARO_API int ClientAdapter_GetPackageInfo(int nMediaID, void* pInfo, int nLength);
 
-/// Marks a stream as belonging to a link, whose ID ClientAdapter_QueryStreamMediaLinkID told.
+/// Marks a stream as belonging to a link, whose ID comes from ClientAdapter_QueryStreamMediaLinkID.
 TESSARO_API int ClientAdapter_SetStreamMediaLinkID(int nMediaID, unsigned long dwLink);
 
 /// The link ID to use for a media function, into *ptResult.
@@ -205,19 +206,19 @@ TESSARO_API int ClientAdapter_FileDownloadCB(int nMediaID, FileDownloadCallback 
 TESSARO_API int ClientAdapter_SubscribeEvent(int nLoginID, unsigned long dwEvent, DeviceEventCallback pfnEvent,
                                              unsigned long dwUser);
 
-/// Tells the plug-in to end what ClientAdapter_SubscribeEvent began. Should it call back all the same, the callback
+/// Tells the plug-in to end what ClientAdapter_SubscribeEvent began. If the plug-in still calls back, the callback
 /// runs. For RTSP nothing ends: a stream's events go on until it is closed.
 TESSARO_API int ClientAdapter_UnSubscribeEvent(int nLoginID, unsigned long dwEvent);
 
-/// Told when an ONVIF or VTQ device forces a user off; called by the plug-ins directly, with their own handle of the
-/// login. They may keep pfnDelete until the stop. Always 0.
+/// pfnDelete is called when an ONVIF or VTQ device logs a user out; by the plug-ins directly, with their own handle of
+/// the login. They may keep pfnDelete until the stop. Always 0.
 TESSARO_API int ClientAdapter_DeleteUserForceCB(DeleteUserForceCallback pfnDelete, unsigned long dwUser);
 
-/// ONVIF and VTQ devices that register themselves are told to pfnRegister, by the plug-ins directly. They may keep it
-/// until the stop. Always 0. ClientAdapter_DeviceRegisterListenStart begins the listening.
+/// pfnRegister is called for each ONVIF and VTQ device that registers itself, by the plug-ins directly. They may keep
+/// it until the stop. Always 0. ClientAdapter_DeviceRegisterListenStart starts to listen for devices.
 TESSARO_API int ClientAdapter_DeviceRegisterCB(DeviceRegisterCallback pfnRegister);
 
-/// Looks for ONVIF and VTQ devices on the network; each is told to pfnProbe, by the plug-ins directly, until
+/// Looks for ONVIF and VTQ devices on the network. pfnProbe is called for each, by the plug-ins directly, until
 /// ClientAdapter_DeviceProbeStop. Always 0. Every call writes three diagnostic lines.
 TESSARO_API int ClientAdapter_DeviceProbeStart(tagDeviceProbeParameter* ptPara, DeviceProbeCallback pfnProbe);
 
@@ -264,7 +265,8 @@ TESSARO_API int ClientAdapter_DeviceControl(int nLoginID, eRemoteDeviceControl e
 /// Writes the camera parameter that dwType names, from the dwLength bytes at pPara.
 TESSARO_API int ClientAdapter_SetIpcPara(int nLoginID, int nChannel, unsigned long dwType, void* pPara,
                                          unsigned long dwLength);
-/// Reads the camera parameter that dwType names, into the dwLength bytes at pPara. How many it filled is not told.
+/// Reads the camera parameter that dwType names, into the dwLength bytes at pPara. It doesn't say how many bytes it
+/// filled.
 TESSARO_API int ClientAdapter_GetIpcPara(int nLoginID, int nChannel, unsigned long dwType, void* pPara,
                                          unsigned long dwLength);
 /// Sets a channel's picture (brightness, contrast and the like) back to its default.
@@ -353,8 +355,8 @@ TESSARO_API int ClientAdapter_VoiceStreamSend(int nMediaID, tagBuffer* ptBuffer)
 /// What is on a device: recordings, files, log entries.
 ///
 /// Each query is opened, read record by record until the plug-in's result says there are no more, and closed; which
-/// result that is the plug-in tells, so stop at the first that isn't 0. Opening takes a media ID whatever the plug-in
-/// answers, and closing frees it whatever the plug-in answers. Records are copied into the caller's.
+/// result that is depends on the plug-in, so stop at the first that isn't 0. Opening takes a media ID whatever the
+/// plug-in answers, and closing frees it whatever the plug-in answers. Records are copied into the caller's.
 /// @snippet queries.c queries
 /// @{
 
@@ -438,8 +440,8 @@ TESSARO_API int ClientAdapter_StreamTransferDisconnect(int nMediaID);
 /// @defgroup discovery Devices that register themselves, probing, fonts, configuration over HTTP
 /// What needs no login.
 ///
-/// These ask ONVIF, then VTQ, with the same pointers, so the later answer stands; their results are not told: always 0,
-/// also before the start. What is found goes to the callbacks of ClientAdapter_DeviceRegisterCB and
+/// These ask ONVIF, then VTQ, with the same pointers, so the later answer stands. The plug-ins' results are lost:
+/// always 0, also before the start. What is found goes to the callbacks of ClientAdapter_DeviceRegisterCB and
 /// ClientAdapter_DeviceProbeStart.
 /// @snippet discovery.c discovery
 /// @{
@@ -466,8 +468,8 @@ TESSARO_API int ClientAdapter_DeviceProbeSetConfig(unsigned char const* pbyMac, 
 TESSARO_API int ClientAdapter_DeviceProbeGetConfig(unsigned char const* pbyMac, unsigned short wPort,
                                                    tagDeviceProbeUserLoginPara* ptLogin,
                                                    tagDeviceProbeConfigInformation* ptConfig);
-/// Renders a text as a dot lattice, into pLattice, and tells its width, height and length. How much room pLattice must
-/// have the plug-in defines.
+/// Renders a text as a dot lattice, into pLattice, with its width, height and length. The plug-in defines how much room
+/// pLattice must have.
 TESSARO_API int ClientAdapter_StringToLattice(char const* szText, tagFontPara* ptFont, void* pLattice,
                                               unsigned long* pdwWidth, unsigned long* pdwHeight,
                                               unsigned long* pdwLength);
@@ -609,7 +611,7 @@ TESSARO_API int ClientAdapter_DecoderChannelGetOSDTime(int nLoginID, unsigned lo
 /// Which version a device speaks, into *peVersion, without a login. Blocks for the plug-ins' waits one after the other.
 TESSARO_API int ClientAdapter_GetSDKVersion(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout,
                                             eNetworkSDKVersion* peVersion);
-/// Lets the plug-ins see whether a device answers, without a login. Always 0: the answer isn't told. Blocks as
+/// Lets the plug-ins see whether a device answers, without a login. Always 0, whatever they answer. Blocks as
 /// ClientAdapter_GetSDKVersion.
 TESSARO_API int ClientAdapter_DeviceIsOnline(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout);
 /// The header that recorded files of a type begin with, into pbyHeader, and its length, into *pdwLength.

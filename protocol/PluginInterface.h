@@ -162,7 +162,7 @@ typedef struct tagStreamVoiceFrame
     const unsigned char* pData;   ///< one packet
 } tagStreamVoiceFrame;
 
-/// A block of bytes. Who owns pData is told by the call that takes the record.
+/// A block of bytes. The call that takes the record says who owns pData.
 typedef struct tagBuffer
 {
     unsigned char* pData; ///< the bytes
@@ -258,7 +258,7 @@ TESSARO_ENUM(eTaskControl){
 // --- The life of a connection ----------------------------------------------------------------------------------------
 
 /// @defgroup life The life of a connection
-/// How RTSP streams come and go; the RTSP plug-in's page tells when.
+/// How RTSP streams come and go; the RTSP plug-in's page says when.
 /// @{
 
 /// Where an RTSP stream is in its life.
