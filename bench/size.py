@@ -1,4 +1,5 @@
-"""Prints the third table of bench/run: how large the library is, and what loading it takes. Argument: the library."""
+"""Prints the second table of bench/run: how large the library and its RTSP plug-in are, and what loading the library
+takes. Arguments: the library, the plug-in."""
 
 import ctypes
 import os
@@ -8,10 +9,14 @@ import sys
 import tempfile
 
 library = os.path.realpath(sys.argv[1])
-with tempfile.TemporaryDirectory() as folder:
-    stripped = os.path.join(folder, "stripped.so")
-    subprocess.run(["strip", "-o", stripped, library], check=True)
-    size = os.path.getsize(stripped)
+
+
+def stripped_kb(path):
+    with tempfile.TemporaryDirectory() as folder:
+        stripped = os.path.join(folder, "stripped.so")
+        subprocess.run(["strip", "-o", stripped, path], check=True)
+        return os.path.getsize(stripped) / 1000
+
 
 # A table's heading tells the number of its entries; packed ones stand for several addresses each.
 relocations = subprocess.run(["readelf", "-rW", library], check=True, capture_output=True, text=True).stdout
@@ -29,7 +34,8 @@ with open("/proc/self/smaps") as file:
             private += int(line.split()[1])
 
 print(f"{'':26}{'':>12}{'goal':>8}")
-print(f"{'stripped, KB':26}{size / 1000:12.0f}{110:8}")
+print(f"{'stripped, KB':26}{stripped_kb(library):12.0f}{110:8}")
+print(f"{'RTSP plug-in, KB':26}{stripped_kb(sys.argv[2]):12.0f}{450:8}")
 for section, entries in headings:
     print(f"{'relocations, ' + section:26}{entries:>12}")
 print(f"{'private memory, KiB':26}{private:12}")

@@ -3,13 +3,21 @@
 //
 //   stream_server CLIP
 //
-// Listens on a free port of 127.0.0.1 and prints "stream_server: port N". Ends when its standard input does. Every
-// client gets the clip from its beginning, with sequence numbers and time stamps of its own that have no gap; for a
-// client that doesn't keep up pictures are left out, and its sequence numbers and time stamps then show it.
+// Listens on a free port of 127.0.0.1 and prints "stream_server: port N". Ends when its standard input does. /clip
+// wants the digest of user "bench" with password "bench"; /open wants no login, and of the RTSP methods no other than
+// PLAY.
+//
+// Every client gets the clip from its beginning, with sequence numbers and time stamps of its own that have no gap; for
+// a client that doesn't keep up pictures are left out, and its sequence numbers and time stamps then show it. The
+// streams' pictures are spread evenly over the 40 ms. The last 8 bytes of a picture are the time at which it was handed
+// to the socket; see Stamp.h.
+
+#include "bench/Stamp.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -18,12 +26,16 @@
 #include <memory>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
+#include <openssl/evp.h>
+#include <set>
 #include <string>
 #include <string_view>
+#include <sys/epoll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace
@@ -103,13 +115,15 @@ void AddUnit(tagPicture& tPicture, BytesView abyUnit)
         return AddPacket(tPicture, {}, abyUnit);
     }
     const unsigned char byFirst = abyUnit[0];
-    for (std::size_t nFrom = 1; nFrom < abyUnit.size(); nFrom += g_nPayload)
+    const std::size_t nParts = (abyUnit.size() - 1 + g_nPayload - 1) / g_nPayload;
+    const std::size_t nPart = (abyUnit.size() - 1 + nParts - 1) / nParts; // even: the last one has room for the stamp
+    for (std::size_t nFrom = 1; nFrom < abyUnit.size(); nFrom += nPart)
     {
-        const bool bLast = nFrom + g_nPayload >= abyUnit.size();
+        const bool bLast = nFrom + nPart >= abyUnit.size();
         const int nEnds = (nFrom == 1 ? 0x80 : 0) | (bLast ? 0x40 : 0);
         const unsigned char abyHead[] = {static_cast<unsigned char>((byFirst & 0xE0) | 28),
                                          static_cast<unsigned char>((byFirst & 0x1F) | nEnds)};
-        AddPacket(tPicture, {abyHead, 2}, abyUnit.substr(nFrom, g_nPayload));
+        AddPacket(tPicture, {abyHead, 2}, abyUnit.substr(nFrom, nPart));
     }
 }
 
@@ -143,23 +157,44 @@ tagClip ReadClip(char const* szPath)
     return tClip;
 }
 
+// The value of a quoted parameter of a header: name="value".
+std::string Quoted(std::string const& strText, std::string const& strName)
+{
+    const std::size_t nName = strText.find(strName + "=\"");
+    if (nName == std::string::npos)
+    {
+        return {};
+    }
+    const std::size_t nFrom = nName + strName.size() + 2;
+    return strText.substr(nFrom, strText.find('"', nFrom) - nFrom);
+}
+
 std::string Base64(BytesView abyData)
 {
-    constexpr char szDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string strText;
-    for (std::size_t i = 0; i < abyData.size(); i += 3)
-    {
-        std::uint32_t dw = 0;
-        for (std::size_t k = i; k < i + 3; ++k)
-        {
-            dw = dw << 8 | (k < abyData.size() ? abyData[k] : 0U);
-        }
-        for (std::size_t k = 0; k < 4; ++k)
-        {
-            strText += i + k <= abyData.size() ? szDigits[dw >> (18 - 6 * k) & 63] : '=';
-        }
-    }
+    std::string strText(4 * (abyData.size() + 2) / 3 + 4, '\0');
+    const int nLength = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(strText.data()), abyData.data(),
+                                        static_cast<int>(abyData.size()));
+    strText.resize(static_cast<std::size_t>(nLength));
     return strText;
+}
+
+std::string Md5(std::string const& strText)
+{
+    unsigned char aby[EVP_MAX_MD_SIZE];
+    unsigned int nLength = 0;
+    EVP_Digest(strText.data(), strText.size(), aby, &nLength, EVP_md5(), nullptr);
+    std::string strHex;
+    for (unsigned int i = 0; i < nLength; ++i)
+    {
+        strHex += {"0123456789abcdef"[aby[i] >> 4], "0123456789abcdef"[aby[i] & 15]};
+    }
+    return strHex;
+}
+
+bool IsLoggedIn(std::string const& strRequest, std::string const& strMethod)
+{
+    static const std::string strUser = Md5("bench:bench:bench") + ":nonce:"; // user, realm, password
+    return Quoted(strRequest, "response") == Md5(strUser + Md5(strMethod + ':' + Quoted(strRequest, "uri")));
 }
 
 class CClient
@@ -170,10 +205,17 @@ public:
     CClient(CClient const&) = delete;
     CClient& operator=(CClient const&) = delete;
 
-    pollfd Waits() const { return {m_nSocket, static_cast<short>(m_abyOut.empty() ? POLLIN : POLLIN | POLLOUT), 0}; }
+    int Socket() const { return m_nSocket; }
     bool IsGone() const { return m_bGone; }
     bool IsPlaying() const { return m_bPlaying; }
+    bool IsWaiting() const { return !m_abyOut.empty(); }
+    bool HasBegunOrEndedToWait()
+    {
+        const bool bWaited = std::exchange(m_bWaited, IsWaiting());
+        return bWaited != m_bWaited;
+    }
     Clock::time_point Due() const { return m_tDue; }
+    void DelayBy(Clock::duration tBy) { m_tDue += tBy; }
 
     void Read()
     {
@@ -206,7 +248,6 @@ public:
     void SendPicture()
     {
         tagPicture const& tPicture = m_tClip.atPictures[m_nPicture++ % m_tClip.atPictures.size()];
-        m_tDue += g_tPeriod;
         if (m_abyOut.size() < g_nMostWaiting)
         {
             if (m_nPicture % 125 == 1)
@@ -221,6 +262,7 @@ public:
                 Put(&m_abyOut[nAt + nPacket + 6], wSequence++, 2);
                 Put(&m_abyOut[nAt + nPacket + 8], m_dwStamp, 4);
             }
+            PutStamp(m_abyOut.data() + m_abyOut.size());
             Flush();
         }
         m_wSequence = static_cast<std::uint16_t>(m_wSequence + tPicture.anPackets.size());
@@ -257,13 +299,19 @@ private:
     {
         const std::string strMethod = strRequest.substr(0, strRequest.find(' '));
         const std::size_t nNumber = strRequest.find("CSeq:");
-        std::string strAnswer = "RTSP/1.0 200 OK\r\n";
+        const bool bOpen = strMethod == "OPTIONS" || strRequest.find("/open RTSP/1.0\r\n") != std::string::npos;
+        const bool bAllowed = bOpen || IsLoggedIn(strRequest, strMethod);
+        std::string strAnswer = bAllowed ? "RTSP/1.0 200 OK\r\n" : "RTSP/1.0 401 Unauthorized\r\n";
         strAnswer += nNumber == std::string::npos
                          ? ""s
                          : strRequest.substr(nNumber, strRequest.find("\r\n", nNumber) + 2 - nNumber);
         strAnswer += "Session: 1;timeout=60\r\n";
         std::string strBody;
-        if (strMethod == "OPTIONS")
+        if (!bAllowed)
+        {
+            strAnswer += "WWW-Authenticate: Digest realm=\"bench\", nonce=\"nonce\"\r\n";
+        }
+        else if (strMethod == "OPTIONS")
         {
             strAnswer += "Public: OPTIONS, DESCRIBE, SETUP, PLAY, GET_PARAMETER, TEARDOWN\r\n";
         }
@@ -309,10 +357,11 @@ private:
     std::string m_strIn;
     Bytes m_abyOut; // what waits for the socket
     std::size_t m_nPicture = 0;
-    Clock::time_point m_tDue;
+    Clock::time_point m_tDue; // the next picture
     std::uint32_t m_dwStamp = 90000;
     std::uint16_t m_wSequence = 1;
     bool m_bPlaying = false;
+    bool m_bWaited = false;
     bool m_bGone = false;
 };
 
@@ -335,53 +384,130 @@ int Listen()
     return nListener;
 }
 
-void Serve(int nListener, tagClip const& tClip)
+// All clients, and when each is due.
+class CServer
 {
-    std::vector<std::unique_ptr<CClient>> apClients;
-    std::vector<pollfd> atWaits;
-    while (true)
+public:
+    explicit CServer(tagClip const& tClip) : m_tClip(tClip)
     {
-        Clock::time_point tNext = Clock::now() + 1s;
-        atWaits.assign({{STDIN_FILENO, POLLIN, 0}, {nListener, POLLIN, 0}});
-        for (auto const& pClient : apClients)
+        Watch(STDIN_FILENO, EPOLLIN, EPOLL_CTL_ADD);
+        Watch(m_nListener, EPOLLIN, EPOLL_CTL_ADD);
+    }
+
+    // Until standard input ends.
+    void Run()
+    {
+        while (true)
         {
-            atWaits.push_back(pClient->Waits());
-            tNext = pClient->IsPlaying() ? std::min(tNext, pClient->Due()) : tNext;
-        }
-        const auto tWait = std::chrono::ceil<std::chrono::milliseconds>(tNext - Clock::now());
-        poll(atWaits.data(), atWaits.size(), std::max(0, static_cast<int>(tWait.count())));
-        char chIgnored;
-        if (atWaits[0].revents && read(STDIN_FILENO, &chIgnored, 1) <= 0)
-        {
-            return;
-        }
-        const Clock::time_point tNow = Clock::now();
-        for (std::size_t i = 0; i < apClients.size(); ++i)
-        {
-            CClient& tClient = *apClients[i];
-            const short nReady = atWaits[i + 2].revents;
-            if (nReady & ~POLLOUT)
+            epoll_event atReady[256];
+            const int nReady = Wait(atReady, 256);
+            for (int i = 0; i < nReady; ++i)
             {
-                tClient.Read();
+                const int nFile = atReady[i].data.fd;
+                char chIgnored;
+                if (nFile == STDIN_FILENO && read(nFile, &chIgnored, 1) <= 0)
+                {
+                    return;
+                }
+                if (nFile == m_nListener)
+                {
+                    Accept();
+                }
+                else if (nFile != STDIN_FILENO)
+                {
+                    Serve(nFile, atReady[i].events);
+                }
             }
-            if (nReady & POLLOUT)
+            while (!m_tDue.empty() && m_tDue.begin()->first <= Clock::now())
             {
-                tClient.Flush();
-            }
-            while (!tClient.IsGone() && tClient.IsPlaying() && tClient.Due() <= tNow)
-            {
-                tClient.SendPicture();
+                SendFirst();
             }
         }
-        std::erase_if(apClients, [](auto const& pClient) { return pClient->IsGone(); });
-        for (int nSocket; (nSocket = accept4(nListener, nullptr, nullptr, SOCK_NONBLOCK)) >= 0;)
+    }
+
+private:
+    void Watch(int nFile, std::uint32_t dwEvents, int nOperation) const
+    {
+        epoll_event tEvent{};
+        tEvent.events = dwEvents;
+        tEvent.data.fd = nFile;
+        epoll_ctl(m_nEpoll, nOperation, nFile, &tEvent);
+    }
+
+    // For files that are ready, or until the next picture is due.
+    int Wait(epoll_event* atReady, int nMost) const
+    {
+        const std::chrono::nanoseconds tLeft = m_tDue.empty() ? 1s : m_tDue.begin()->first - Clock::now();
+        const long nLeft = std::max<long>(0, tLeft.count());
+        const timespec tWait{nLeft / 1000000000, nLeft % 1000000000};
+        return epoll_pwait2(m_nEpoll, atReady, nMost, &tWait, nullptr);
+    }
+
+    void Accept()
+    {
+        for (int nSocket; (nSocket = accept4(m_nListener, nullptr, nullptr, SOCK_NONBLOCK)) >= 0;)
         {
             const int nOn = 1;
             setsockopt(nSocket, IPPROTO_TCP, TCP_NODELAY, &nOn, sizeof nOn);
-            apClients.push_back(std::make_unique<CClient>(nSocket, tClip));
+            m_apClients[nSocket] = std::make_unique<CClient>(nSocket, m_tClip);
+            Watch(nSocket, EPOLLIN, EPOLL_CTL_ADD);
         }
     }
-}
+
+    void Serve(int nSocket, std::uint32_t dwEvents)
+    {
+        CClient& tClient = *m_apClients.at(nSocket);
+        const bool bPlayed = tClient.IsPlaying();
+        if (dwEvents & ~static_cast<std::uint32_t>(EPOLLOUT))
+        {
+            tClient.Read();
+        }
+        if (dwEvents & EPOLLOUT)
+        {
+            tClient.Flush();
+        }
+        if (tClient.IsPlaying() && !bPlayed)
+        {
+            // Multiples of the golden ratio lie evenly in a circle, however many there are.
+            const auto tPhase = std::fmod(++m_nPlayed * 0.618034, 1) * g_tPeriod;
+            tClient.DelayBy(std::chrono::duration_cast<Clock::duration>(tPhase));
+            m_tDue.emplace(tClient.Due(), &tClient);
+        }
+        Settle(tClient);
+    }
+
+    // The picture that is due first.
+    void SendFirst()
+    {
+        CClient& tClient = *m_tDue.begin()->second;
+        m_tDue.erase(m_tDue.begin());
+        tClient.SendPicture();
+        tClient.DelayBy(g_tPeriod);
+        m_tDue.emplace(tClient.Due(), &tClient);
+        Settle(tClient);
+    }
+
+    // After anything that may have left bytes that wait, or ended the client.
+    void Settle(CClient& tClient)
+    {
+        if (tClient.IsGone())
+        {
+            m_tDue.erase({tClient.Due(), &tClient});
+            m_apClients.erase(tClient.Socket());
+        }
+        else if (tClient.HasBegunOrEndedToWait())
+        {
+            Watch(tClient.Socket(), tClient.IsWaiting() ? EPOLLIN | EPOLLOUT : EPOLLIN, EPOLL_CTL_MOD);
+        }
+    }
+
+    tagClip const& m_tClip;
+    const int m_nListener = Listen();
+    const int m_nEpoll = epoll_create1(0);
+    std::unordered_map<int, std::unique_ptr<CClient>> m_apClients; // by socket
+    std::set<std::pair<Clock::time_point, CClient*>> m_tDue;       // when, and whose next picture
+    int m_nPlayed = 0;
+};
 } // namespace
 
 int main(int nArguments, char** aszArguments)
@@ -396,6 +522,6 @@ int main(int nArguments, char** aszArguments)
         std::fputs("usage: stream_server CLIP, an H.264 byte stream\n", stderr);
         return EXIT_FAILURE;
     }
-    Serve(Listen(), tClip);
+    CServer(tClip).Run();
     return EXIT_SUCCESS;
 }

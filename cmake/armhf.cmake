@@ -12,6 +12,8 @@ if(EXISTS ${sysroot})
     list(APPEND CMAKE_FIND_ROOT_PATH ${sysroot})
     set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${sysroot})
     set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
+    # OpenSSL's headers include one that differs between machines.
+    set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES ${sysroot}/usr/include/arm-linux-gnueabihf)
     set(ENV{PKG_CONFIG_SYSROOT_DIR} ${sysroot})
     set(ENV{PKG_CONFIG_LIBDIR} ${sysroot}/usr/lib/arm-linux-gnueabihf/pkgconfig)
     add_link_options(-Wl,-rpath-link,${sysroot}/usr/lib/arm-linux-gnueabihf:${sysroot}/lib/arm-linux-gnueabihf)

@@ -1,83 +1,66 @@
-// Connect blocks: three lines, for address, user name and password.
+// A URL, as users and redirects give it, and behind it, one a line, control addresses of an SDP.
 
-#include "plugins/rtsp/Address.h"
 #include "fuzz/Input.h"
+#include "rtsp/Address.h"
 
 #include <string>
 
 namespace
 {
-std::string Unescape(std::string_view strText)
+bool IsPlain(std::string_view strText)
 {
-    std::string strPlain;
-    for (std::size_t i = 0; i < strText.size(); ++i)
-    {
-        if (strText[i] == '%')
-        {
-            REQUIRE(i + 2 < strText.size());
-            strPlain += static_cast<char>(std::stoi(std::string(strText.substr(i + 1, 2)), nullptr, 16));
-            i += 2;
-        }
-        else
-        {
-            strPlain += strText[i];
-        }
-    }
-    return strPlain;
+    return std::all_of(strText.begin(), strText.end(), [](unsigned char by) { return by > ' ' && by != 127; });
 }
-bool HasControl(std::string_view strText)
+bool IsOf(std::string_view strText, std::string_view strCharacters)
 {
-    return std::any_of(strText.begin(), strText.end(), [](unsigned char by) { return by < ' ' || by == 127; });
+    return strText.find_first_not_of(strCharacters) == std::string_view::npos;
 }
 
-// An address that the plug-in's documentation refuses. A login's length is that of its escaped form: at most three
-// times its own.
-bool IsRightToRefuse(std::string_view strUrl, std::string_view strUser, std::string_view strPassword)
+// A URL that nobody has a reason to refuse: a name, perhaps a port, and a path.
+bool IsSimple(std::string_view strUrl)
 {
-    const std::size_t nScheme = strUrl.find("://");
-    const std::string_view strScheme = strUrl.substr(0, nScheme);
-    if (nScheme == std::string_view::npos || (strScheme != "rtsp" && strScheme != "rtsps") || HasControl(strUrl))
+    if (!strUrl.starts_with("rtsp://") || !IsPlain(strUrl))
     {
-        return true;
+        return false;
     }
-    const std::string_view strRest = strUrl.substr(nScheme + 3);
-    const std::string_view strAuthority = strRest.substr(0, strRest.find_first_of("/?#"));
-    return strAuthority.empty() || strAuthority.find('@') != std::string_view::npos ||
-           strUser.find(':') != std::string_view::npos ||
-           (!strUser.empty() && 3 * (strUser.size() + strPassword.size()) + 1 > 127);
+    strUrl.remove_prefix(7);
+    const std::string_view strAuthority = strUrl.substr(0, strUrl.find('/'));
+    const std::size_t nColon = std::min(strAuthority.find(':'), strAuthority.size());
+    const std::string_view strPort = strAuthority.substr(std::min(nColon + 1, strAuthority.size()));
+    return nColon > 0 && IsOf(strAuthority.substr(0, nColon), "abcdefghijklmnopqrstuvwxyz0123456789.-") &&
+           IsOf(strPort, "123456789") && strPort.size() < 5;
 }
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t nLength)
 {
     CInput tInput(pbyData, nLength);
-    tagRTSPClientPara tPara{};
-    tInput.Line(tPara.szUrl);
-    tInput.Line(tPara.szUserName);
-    tInput.Line(tPara.szPassword);
-    const auto tAddress = rtsp::MakeAddress(tPara);
-    const std::string_view strUrl = FieldText(tPara.szUrl);
-    if (!tAddress)
+    const std::string_view strUrl = tInput.Line();
+    const auto tUrl = rtsp::ParseUrl(strUrl);
+    REQUIRE(tUrl || !IsSimple(strUrl));
+    if (!tUrl)
     {
-        REQUIRE(IsRightToRefuse(strUrl, FieldText(tPara.szUserName), FieldText(tPara.szPassword)));
         return 0;
     }
-    // One request line's worth, with the login where a URL has it and nothing else changed.
-    const std::string_view strWhole = tAddress->strUrl;
-    const std::size_t nHost = strUrl.find("://") + 3;
-    REQUIRE(strWhole.starts_with("rtsp://") || strWhole.starts_with("rtsps://"));
-    REQUIRE(!HasControl(strWhole));
-    REQUIRE(strWhole.ends_with(strUrl.substr(nHost)));
-    REQUIRE(strWhole.substr(0, nHost) == strUrl.substr(0, nHost));
-    const std::string_view strLogin = strWhole.substr(nHost, strWhole.size() - strUrl.size());
-    REQUIRE(strLogin.empty() == (tPara.szUserName[0] == '\0'));
-    if (!strLogin.empty())
+    const std::string strText = tUrl->Text();
+    REQUIRE(IsPlain(strText) && tUrl->wPort != 0 && !tUrl->strHost.empty());
+    REQUIRE(tUrl->strPath.empty() || tUrl->strPath.front() == '/');
+    REQUIRE(strUrl.ends_with(tUrl->strPath) || strUrl.ends_with(std::string_view(tUrl->strPath).substr(1)));
+    REQUIRE(tUrl->Authority().find_first_of("@/?#%") == std::string::npos ||
+            tUrl->strHost.find(':') == std::string::npos);
+    REQUIRE(tUrl->strHost.find('@') == std::string::npos); // no login came through
+    auto tAgain = rtsp::ParseUrl(strText);
+    REQUIRE(tAgain && tAgain->Text() == strText);
+    if (const std::size_t nZone = tUrl->strHost.find('%'); tUrl->strHost.find(':') < nZone)
     {
-        REQUIRE(strLogin.size() <= 128 && strLogin.ends_with('@'));
-        REQUIRE(strLogin.find_first_of("/?#@") == strLogin.size() - 1);
-        const std::size_t nColon = strLogin.find(':');
-        REQUIRE(Unescape(strLogin.substr(0, nColon)) == FieldText(tPara.szUserName));
-        REQUIRE(Unescape(strLogin.substr(nColon + 1, strLogin.size() - nColon - 2)) == FieldText(tPara.szPassword));
+        tAgain->strHost += tUrl->strHost.substr(std::min(nZone, tUrl->strHost.size()));
+    }
+    REQUIRE(tAgain == tUrl);
+    while (!tInput.IsEmpty())
+    {
+        const std::string strControl = rtsp::ResolveControl(strText, tInput.Line());
+        REQUIRE(IsPlain(strControl) && strControl.find("://") != std::string::npos);
+        REQUIRE(rtsp::ResolveControl(strText, strControl) == strControl);
     }
     return 0;
 }

@@ -17,13 +17,19 @@ compile() {
     done
 }
 
-applications=(adapter/ClientAdapter{,Extra}.h protocol/PluginInterface.h)
+applications=(adapter/ClientAdapter{,Extra}.h protocol/PluginInterface.h protocol/interface/*.h)
 classes=(protocol/{CClientProtocolBase,IProtocol}.h system/{Buffer,File,Module,Mutex,Signal,Utility}.h)
-modern=(adapter/{CallbackRecord,ClientService,Globals,HandleRegistry}.h protocol/CProtocolSet.h)
+modern=(adapter/{CallbackRecord,ClientService,Globals,HandleRegistry}.h protocol/{CProtocolSet,Record}.h)
 for compiler in gcc clang; do
     compile c c99 $compiler "${applications[@]}"
     compile c++ c++17 $compiler "${applications[@]}" "${classes[@]}"
     compile c++ c++20 $compiler "${modern[@]}"
+done
+# No record but two older ones has padding that isn't written down, also where 64-bit words may stand at odd places.
+for word in -m64 -m32; do
+    count=$((count + 1))
+    gcc -x c -std=c99 $word -ffreestanding -fsyntax-only -Wpadded -I. -include protocol/PluginInterface.h /dev/null 2>&1 |
+        grep -v -e interface/Frames.h -e '^ ' -e '^In file' -e '^ *from' && failures=$((failures + 1))
 done
 echo "tried: headers, $count compilations, $failures failed"
 [ $failures -eq 0 ]

@@ -4,6 +4,7 @@
 
 using rtsp::CStream;
 using rtsp::CStreams;
+using rtsp::eListener;
 
 namespace
 {
@@ -30,20 +31,9 @@ int OnStream(void* hStream, F fnEntry)
         });
 }
 
-int Listen(void* hStream, CStream::eListener eWhich, DeviceEventCallback pfnEvent, unsigned long dwUser)
+int Listen(void* hStream, eListener eWhich, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
-    return OnStream(hStream,
-                    [&](CStream& tStream)
-                    {
-                        tStream.SetListener(eWhich, pfnEvent, dwUser);
-                        return eResultOk;
-                    });
-}
-
-// A process that ends without a stop: streams may go on, but call nobody any more.
-[[gnu::destructor]] void OnExit()
-{
-    CStreams::Instance().MuteAll();
+    return OnStream(hStream, [&](CStream& tStream) { return tStream.SetListener(eWhich, pfnEvent, dwUser); });
 }
 } // namespace
 
@@ -75,22 +65,17 @@ int RTSPClient_Destroy(void* hStream)
 
 int RTSPClient_StreamCB(void* hStream, StreamMediaCallback pfnFrame, unsigned long dwUser)
 {
-    return OnStream(hStream,
-                    [&](CStream& tStream)
-                    {
-                        tStream.SetFrameCallback(pfnFrame, dwUser);
-                        return eResultOk;
-                    });
+    return OnStream(hStream, [&](CStream& tStream) { return tStream.SetFrameCallback(pfnFrame, dwUser); });
 }
 
 int RTSPClient_EventCB(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
-    return Listen(hStream, CStream::eListener::EventCB, pfnEvent, dwUser);
+    return Listen(hStream, eListener::EventCB, pfnEvent, dwUser);
 }
 
 int RTSPClient_SetRtspEvenCb(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
-    return Listen(hStream, CStream::eListener::SetRtspEvenCb, pfnEvent, dwUser);
+    return Listen(hStream, eListener::SetRtspEvenCb, pfnEvent, dwUser);
 }
 
 int RTSPClient_Control(void* hStream, eTaskControl eControl)

@@ -19,11 +19,15 @@ TESSARO_API int RTSPClient_Start(void);
 /// Ends every stream; at most 2 s.
 TESSARO_API int RTSPClient_Stop(void);
 
-/// Opens a stream and returns at once; it connects on a thread of its own. *phStream: its handle, on 0 only.
+/// Opens a stream and returns at once; it connects on the plug-in's threads. *phStream: its handle, on 0 only.
 TESSARO_API int RTSPClient_Create(void** phStream, tagRTSPClientPara* ptPara, unsigned int dwChannel);
-/// Closes a stream; at most 2 s. None of its callbacks runs afterwards.
+/// Closes a stream; at most 2 s. None of its callbacks runs afterwards. From inside a callback of the stream it returns
+/// at once, and that callback is the last. eResultStillRunning: closed, but a callback has been running for the 2 s,
+/// and is the last.
 TESSARO_API int RTSPClient_Destroy(void* hStream);
 
+/// Of these three: on 0 the function registered before isn't running any more. eResultStillRunning: registered, but the
+/// one before has been running for 2 s since.
 TESSARO_API int RTSPClient_StreamCB(void* hStream, StreamMediaCallback pfnFrame, unsigned long dwUser);
 /// Events (eConnectionEvent) go to pfnEvent; the present state is told to it first. Two registrations of equal rank.
 TESSARO_API int RTSPClient_EventCB(void* hStream, DeviceEventCallback pfnEvent, unsigned long dwUser);

@@ -1,5 +1,9 @@
 #include "plugins/rtsp/Streams.h"
 
+#include <cstdlib>
+#include <cstring>
+#include <openssl/ssl.h>
+#include <string_view>
 #include <utility>
 
 namespace rtsp
@@ -9,6 +13,34 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr auto g_tEndTime = 1800ms; // of the 2 s that closing may take
+
+template <std::size_t n>
+std::string_view Text(char const (&szField)[n])
+{
+    return {szField, strnlen(szField, n)};
+}
+
+// Nothing: not an address of ours.
+std::optional<tagStreamOptions> MakeOptions(tagRTSPClientPara const& tPara)
+{
+    const std::optional<tagUrl> tUrl = ParseUrl(Text(tPara.szUrl));
+    if (!tUrl)
+    {
+        return std::nullopt;
+    }
+    tagStreamOptions tOptions;
+    tOptions.tUrl = *tUrl;
+    tOptions.strUser = Text(tPara.szUserName);
+    tOptions.strPassword = Text(tPara.szPassword);
+    tOptions.eTransport = static_cast<eRtspTransport>(tPara.dwStreamPara[0]);
+    tOptions.eCertificate = static_cast<eRtspCertificate>(tPara.dwStreamPara[1]);
+    return tOptions;
+}
+
+void OnExit()
+{
+    CStreams::Instance().Freeze();
+}
 } // namespace
 
 CStreams& CStreams::Instance()
@@ -19,19 +51,16 @@ CStreams& CStreams::Instance()
 
 int CStreams::Start()
 {
-    Bury({});
     const std::lock_guard tLock(m_tMutex);
-    if (!m_bStarted)
-    {
-        TakeStackLog();
-        m_bStarted = true;
-    }
+    m_bStarted = true;
     return eResultOk;
 }
 
 int CStreams::Stop()
 {
-    Streams apStreams;
+    const Clock::time_point tUntil = Clock::now() + g_tEndTime;
+    std::shared_ptr<CEngine> pEngine;
+    std::map<std::uintptr_t, std::shared_ptr<CStream>> apStreams;
     {
         const std::lock_guard tLock(m_tMutex);
         if (!m_bStarted)
@@ -39,21 +68,27 @@ int CStreams::Stop()
             return eResultNotStarted;
         }
         m_bStarted = false;
-        apStreams = std::exchange(m_apEnding, {});
-        for (auto const& [uHandle, pStream] : m_apOpen)
-        {
-            apStreams.push_back(pStream);
-        }
-        m_apOpen.clear();
+        pEngine = std::exchange(m_pEngine, nullptr);
+        apStreams = std::exchange(m_apOpen, {});
     }
-    End(std::move(apStreams));
-    GiveBackStackLog();
+    for (auto const& [uHandle, pStream] : apStreams)
+    {
+        pStream->Close();
+    }
+    for (auto const& [uHandle, pStream] : apStreams)
+    {
+        pStream->AwaitSilence(tUntil);
+    }
+    apStreams.clear();
+    if (pEngine)
+    {
+        pEngine->Stop(tUntil);
+    }
     return eResultOk;
 }
 
 int CStreams::Create(void** phStream, tagRTSPClientPara const& tPara)
 {
-    Bury({});
     const std::lock_guard tLock(m_tMutex);
     if (!m_bStarted)
     {
@@ -63,20 +98,27 @@ int CStreams::Create(void** phStream, tagRTSPClientPara const& tPara)
     {
         return eResultTooManyStreams;
     }
-    std::optional<tagAddress> tAddress = MakeAddress(tPara);
-    if (!tAddress)
+    std::optional<tagStreamOptions> tOptions = MakeOptions(tPara);
+    if (!tOptions)
     {
         return eResultBadAddress;
     }
+    if (!m_pEngine)
+    {
+        // OpenSSL cleans up at exit. Registered behind it, we are still before that.
+        static const bool g_bOnce = OPENSSL_init_ssl(0, nullptr) == 1 && std::atexit(&OnExit) == 0;
+        static_cast<void>(g_bOnce);
+        m_pEngine = std::make_shared<CEngine>();
+    }
     const std::uintptr_t uHandle = m_uLastHandle + 1;
-    auto& pStream = m_apOpen[uHandle]; // first, so that nothing can fail once the thread runs
+    const auto itStream = m_apOpen.emplace(uHandle, nullptr).first; // first, so that nothing can fail once it lives
     try
     {
-        pStream = std::make_shared<CStream>(reinterpret_cast<void*>(uHandle), *std::move(tAddress));
+        itStream->second = m_pEngine->Open(reinterpret_cast<void*>(uHandle), *std::move(tOptions));
     }
     catch (...)
     {
-        m_apOpen.erase(uHandle);
+        m_apOpen.erase(itStream);
         throw;
     }
     m_uLastHandle = uHandle;
@@ -86,7 +128,8 @@ int CStreams::Create(void** phStream, tagRTSPClientPara const& tPara)
 
 int CStreams::Destroy(void* hStream)
 {
-    Streams apStreams;
+    const Clock::time_point tUntil = Clock::now() + g_tEndTime;
+    std::shared_ptr<CStream> pStream;
     {
         const std::lock_guard tLock(m_tMutex);
         const auto itStream = m_apOpen.find(reinterpret_cast<std::uintptr_t>(hStream));
@@ -94,11 +137,11 @@ int CStreams::Destroy(void* hStream)
         {
             return m_bStarted ? eResultBadHandle : eResultNotStarted;
         }
-        apStreams.push_back(itStream->second);
+        pStream = std::move(itStream->second);
         m_apOpen.erase(itStream);
     }
-    End(std::move(apStreams));
-    return eResultOk;
+    pStream->Close();
+    return pStream->AwaitSilence(tUntil);
 }
 
 std::shared_ptr<CStream> CStreams::Find(void* hStream)
@@ -126,48 +169,20 @@ unsigned CStreams::Open()
     return static_cast<unsigned>(m_apOpen.size());
 }
 
-void CStreams::MuteAll()
+void CStreams::Freeze()
 {
-    const std::lock_guard tLock(m_tMutex);
-    for (auto const& [uHandle, pStream] : m_apOpen)
+    std::shared_ptr<CEngine> pEngine;
     {
-        pStream->MuteNow();
-    }
-}
-
-// All at once, so that many take no longer than one.
-void CStreams::End(Streams apStreams)
-{
-    const Clock::time_point tUntil = Clock::now() + g_tEndTime;
-    for (auto const& pStream : apStreams)
-    {
-        pStream->RequestEnd();
-    }
-    for (auto const& pStream : apStreams)
-    {
-        pStream->Mute();
-    }
-    for (auto const& pStream : apStreams)
-    {
-        pStream->WaitForEnd(tUntil);
-    }
-    Bury(std::move(apStreams));
-}
-
-// A stream is destroyed where its thread can be joined at once: never on that thread, and never before it has ended.
-void CStreams::Bury(Streams apStreams)
-{
-    Streams apEnded;
-    const std::lock_guard tLock(m_tMutex);
-    m_apEnding.insert(m_apEnding.end(), apStreams.begin(), apStreams.end());
-    apStreams.clear();
-    for (auto& pStream : m_apEnding)
-    {
-        if (pStream->WaitForEnd(Clock::time_point::min()))
+        const std::lock_guard tLock(m_tMutex);
+        for (auto const& [uHandle, pStream] : m_apOpen)
         {
-            apEnded.push_back(std::move(pStream));
+            pStream->Mute();
         }
+        pEngine = m_pEngine;
     }
-    std::erase(m_apEnding, nullptr);
+    if (pEngine)
+    {
+        pEngine->Freeze();
+    }
 }
 } // namespace rtsp

@@ -1,9 +1,11 @@
 #pragma once
 
-#include "plugins/rtsp/Stream.h"
+#include "rtsp/Stream.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 
 namespace rtsp
 {
@@ -17,8 +19,8 @@ public:
     static CStreams& Instance();
 
     int Start();
-    /// Ends every stream; done within 2 s. Threads that need longer (a name look-up can't be interrupted), and the
-    /// caller's own, end by themselves.
+    /// Ends every stream; done within 2 s. Threads that need longer (a name look-up can't be interrupted, a callback
+    /// may still run), and the caller's own, end by themselves.
     int Stop();
 
     int Create(void** phStream, tagRTSPClientPara const& tPara);
@@ -29,19 +31,15 @@ public:
     void SetMost(unsigned nStreams); ///< 0: nDefaultMost
     unsigned Most();
     unsigned Open();
-    void MuteAll(); ///< without waiting, for a process that is ending
+    /// For a process that ends without a stop: streams call nobody any more.
+    void Freeze();
 
 private:
-    using Streams = std::vector<std::shared_ptr<CStream>>;
-
-    void End(Streams apStreams);
-    void Bury(Streams apStreams);
-
     std::mutex m_tMutex;
+    bool m_bStarted = false;
+    std::shared_ptr<CEngine> m_pEngine; ///< from the first stream on
     std::map<std::uintptr_t, std::shared_ptr<CStream>> m_apOpen;
-    Streams m_apEnding; ///< closed, but their threads haven't ended
     std::uintptr_t m_uLastHandle = 0;
     unsigned m_nMost = nDefaultMost;
-    bool m_bStarted = false;
 };
 } // namespace rtsp

@@ -368,7 +368,7 @@ TEST_F(CSession, Extra)
     ClientAdapter_UserLogout(nLogin);
 
     const std::string strOther = TessaroExtra_ResultText(12345);
-    std::ifstream tHeader(TESSARO_GOLDEN "/../../protocol/PluginInterface.h");
+    std::ifstream tHeader(TESSARO_GOLDEN "/../../protocol/interface/Results.h");
     std::set<std::string> astrTexts{strOther};
     std::size_t nResults = 1;
     for (std::string strLine; std::getline(tHeader, strLine);)

@@ -61,7 +61,7 @@ protected:
                               .dwPort = 8000,
                               .szUserName = "user",
                               .szPassword = "secret",
-                              .dwReserved = 0,
+                              .dwTimeoutMs = 0,
                               .dwRtspMainPort = 554,
                               .dwRtspSubPort = 555,
                               .szRtspMainPath = "a",

@@ -5,7 +5,6 @@
 #include "system/Export.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <dlfcn.h>
 #include <pthread.h>
 #include <sys/select.h>
@@ -29,15 +28,6 @@ F* Next(F*, char const* szName)
         const int nError = CInterposed::ErrorOf(#name);                                                                \
         return nError != 0 ? nError : pfnNext arguments;                                                               \
     }
-// The others answer something else, and leave the error in errno.
-#define SETS_ERROR(failed, type, name, parameters, arguments)                                                          \
-    extern "C" TESSARO_API type name parameters                                                                        \
-    {                                                                                                                  \
-        NEXT(name);                                                                                                    \
-        const int nError = CInterposed::ErrorOf(#name);                                                                \
-        return nError != 0 ? (errno = nError, failed) : pfnNext arguments;                                             \
-    }
-
 // clang-format off
 ANSWERS_ERROR(pthread_mutexattr_init, (pthread_mutexattr_t* pt) noexcept, (pt))
 ANSWERS_ERROR(pthread_mutex_init, (pthread_mutex_t* pt, pthread_mutexattr_t const* ptAttributes) noexcept, (pt, ptAttributes))
@@ -45,9 +35,6 @@ ANSWERS_ERROR(pthread_mutex_lock, (pthread_mutex_t* pt) noexcept, (pt))
 ANSWERS_ERROR(pthread_mutex_trylock, (pthread_mutex_t* pt) noexcept, (pt))
 ANSWERS_ERROR(pthread_cond_init, (pthread_cond_t* pt, pthread_condattr_t const* ptAttributes) noexcept, (pt, ptAttributes))
 ANSWERS_ERROR(pthread_cond_wait, (pthread_cond_t* pt, pthread_mutex_t* ptMutex), (pt, ptMutex))
-SETS_ERROR(nullptr, FILE*, fopen, (char const* szPath, char const* szMode), (szPath, szMode))
-SETS_ERROR(-1, int, fseek, (FILE* pt, long nOffset, int nWhence), (pt, nOffset, nWhence))
-SETS_ERROR(EOF, int, fflush, (FILE* pt), (pt))
 // clang-format on
 
 extern "C" TESSARO_API int pthread_cond_timedwait(pthread_cond_t* pt, pthread_mutex_t* ptMutex,

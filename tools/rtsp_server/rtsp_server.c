@@ -1,11 +1,12 @@
 /* A launcher for GStreamer's RTSP server, for the demo and the tests:
 
-     rtsp_server [--user U --password P] [--port N] [--tls PEM] [--seconds N] /mount 'pipeline' [/mount 'pipeline'...]
+     rtsp_server [--user U] [--port N] [--tls PEM] [--seconds N] /mount 'pipeline' [/mount 'pipeline'...]
 
    Listens on 127.0.0.1 only; port 0 (the default) takes a free one. Prints one line, "rtsp_server: port N", when it is
    ready. Ends when its standard input does, or after --seconds. A pipeline is what gst-launch takes, with payloaders
    named pay0, pay1...; every client gets one of its own, from its beginning. --tls: a file with certificate
-   and key, for rtsps. With a user, clients must authenticate by digest. */
+   and key, for rtsps. With a user, clients must authenticate by digest; the password
+   is that of the environment's TESSARO_PASSWORD. */
 
 #include <gst/gst.h>
 #include <gst/rtsp-server/rtsp-server.h>
@@ -13,7 +14,6 @@
 #include <stdlib.h>
 
 static gchar* g_szUser;
-static gchar* g_szPassword;
 static gchar* g_szTls;
 static gint g_nPort;
 static gint g_nSeconds = 3600;
@@ -21,7 +21,6 @@ static gchar** g_aszMounts;
 
 static GOptionEntry g_atOptions[] = {
     {"user", 0, 0, G_OPTION_ARG_FILENAME, &g_szUser, "name that clients must give", "U"},
-    {"password", 0, 0, G_OPTION_ARG_FILENAME, &g_szPassword, "password of that user", "P"},
     {"port", 0, 0, G_OPTION_ARG_INT, &g_nPort, "port to listen on, 0: a free one", "N"},
     {"tls", 0, 0, G_OPTION_ARG_FILENAME, &g_szTls, "certificate and key, to serve rtsps", "PEM"},
     {"seconds", 0, 0, G_OPTION_ARG_INT, &g_nSeconds, "end after so long", "N"},
@@ -59,7 +58,7 @@ static void RequireLogin(GstRTSPServer* pServer)
     GstRTSPAuth* pAuth = gst_rtsp_auth_new();
     GstRTSPToken* pToken = gst_rtsp_token_new(GST_RTSP_TOKEN_MEDIA_FACTORY_ROLE, G_TYPE_STRING, "viewer", NULL);
     gst_rtsp_auth_set_supported_methods(pAuth, GST_RTSP_AUTH_DIGEST);
-    gst_rtsp_auth_add_digest(pAuth, g_szUser, g_szPassword ? g_szPassword : "", pToken);
+    gst_rtsp_auth_add_digest(pAuth, g_szUser, g_getenv("TESSARO_PASSWORD"), pToken);
     gst_rtsp_token_unref(pToken);
     if (g_szTls)
     {
@@ -103,6 +102,10 @@ int main(int nArguments, char** aszArguments)
     if (g_szTls && !g_szUser)
     {
         return Fail("--tls needs a --user");
+    }
+    if (g_szUser && !g_getenv("TESSARO_PASSWORD"))
+    {
+        return Fail("--user needs a password in TESSARO_PASSWORD");
     }
 
     GstRTSPServer* pServer = gst_rtsp_server_new();
