@@ -35,7 +35,7 @@ class CDelivery
 public:
     using Words = std::array<unsigned long, 4>;
 
-    static constexpr std::size_t nMostBytes = 8 * 1024 * 1024; ///< of frames that wait
+    static constexpr std::size_t nMostBytes = std::size_t{8} << 20; ///< of frames that wait
 
     /// hStream: what callbacks get first.
     CDelivery(void* hStream, CLoop& tLoop, IDeliverer& tDeliverer);
