@@ -77,7 +77,7 @@ CTask<int> CControl::ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoin
     {
         co_return nError;
     }
-    m_pConnection = std::make_unique<CConnection>(m_tLoop, std::move(tSocket), NextTag());
+    m_tConnection.emplace(m_tLoop, std::move(tSocket), NextTag());
     m_ePhase = ePhase::Connecting;
     m_tPeerAddress = tEndpoint;
     const auto fnWait = [&](int nNow) // an errno that ends it, or EAGAIN
@@ -90,18 +90,18 @@ CTask<int> CControl::ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoin
     };
     if (nError == EINPROGRESS)
     {
-        m_pConnection->AwaitWritable(m_tClient);
+        m_tConnection->AwaitWritable(m_tClient);
         m_bWritable = false;
-        while ((nError = fnWait(m_bWritable ? ConnectResult(m_pConnection->File()) : EAGAIN)) == EAGAIN)
+        while ((nError = fnWait(m_bWritable ? ConnectResult(m_tConnection->File()) : EAGAIN)) == EAGAIN)
         {
             co_await m_tStrand.Next(tUntil);
         }
     }
     if (nError == 0 && tPeer.tUrl.bTls)
     {
-        m_pConnection->BeginTls(tPeer.tUrl.strHost, tPeer.bTrusted);
+        m_tConnection->BeginTls(tPeer.tUrl.strHost, tPeer.bTrusted);
         m_bReady = true;
-        while ((nError = fnWait(std::exchange(m_bReady, false) ? m_pConnection->Handshake(m_tClient) : EAGAIN)) ==
+        while ((nError = fnWait(std::exchange(m_bReady, false) ? m_tConnection->Handshake(m_tClient) : EAGAIN)) ==
                EAGAIN)
         {
             co_await m_tStrand.Next(tUntil);
@@ -113,15 +113,15 @@ CTask<int> CControl::ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoin
         co_return nError;
     }
     m_ePhase = ePhase::Open;
-    m_pReader = std::make_unique<CMessageReader>();
-    m_pConnection->BeginReading(m_tClient);
+    m_tReader = {};
+    m_tConnection->BeginReading(m_tClient);
     co_return 0;
 }
 
 void CControl::Close()
 {
-    m_pConnection.reset();
-    m_pReader.reset();
+    m_tConnection.reset();
+    m_tReader = {};
     m_strSession.clear();
     m_nEnd.reset();
     m_tAnswer.reset();
@@ -201,7 +201,7 @@ void CControl::Write(std::string_view strBytes)
 {
     if (IsOpen())
     {
-        Fail(m_pConnection->Write(strBytes, m_tClient));
+        Fail(m_tConnection->Write(strBytes, m_tClient));
     }
 }
 
@@ -219,7 +219,7 @@ void CControl::Fail(int nError)
 
 bool CControl::OnReadable(std::uint32_t dwTag)
 {
-    if (!m_pConnection || m_pConnection->Tag() != dwTag)
+    if (!m_tConnection || m_tConnection->Tag() != dwTag)
     {
         return false;
     }
@@ -237,7 +237,7 @@ bool CControl::OnReadable(std::uint32_t dwTag)
 
 bool CControl::OnWritable(std::uint32_t dwTag)
 {
-    if (!m_pConnection || m_pConnection->Tag() != dwTag)
+    if (!m_tConnection || m_tConnection->Tag() != dwTag)
     {
         return false;
     }
@@ -248,7 +248,7 @@ bool CControl::OnWritable(std::uint32_t dwTag)
     }
     else if (!m_nEnd)
     {
-        Fail(m_pConnection->Flush(m_tClient));
+        Fail(m_tConnection->Flush(m_tClient));
     }
     return true;
 }
@@ -267,7 +267,7 @@ void CControl::Read()
     m_bReadOn = false;
     for (int i = 0; i < g_nMostReads; ++i)
     {
-        const std::ptrdiff_t nRead = m_pConnection->Read(abyRoom);
+        const std::ptrdiff_t nRead = m_tConnection->Read(abyRoom);
         if (nRead == -EAGAIN)
         {
             break;
@@ -278,12 +278,12 @@ void CControl::Read()
             m_tStrand.Notify();
             return;
         }
-        if (!m_pReader->Take(abyRoom.first(static_cast<std::size_t>(nRead)), *this))
+        if (!m_tReader.Take(abyRoom.first(static_cast<std::size_t>(nRead)), *this))
         {
             Fail(EPROTO);
             return;
         }
-        if (!m_pConnection->IsTls() && static_cast<std::size_t>(nRead) < abyRoom.size())
+        if (!m_tConnection->IsTls() && static_cast<std::size_t>(nRead) < abyRoom.size())
         {
             break; // that was all
         }
@@ -292,13 +292,13 @@ void CControl::Read()
     {
         return;
     }
-    if (m_pConnection->HasMore())
+    if (m_tConnection->HasMore())
     {
         m_bReadOn = true; // no readability tells of it
     }
     else
     {
-        m_pConnection->AwaitReadable(m_tClient);
+        m_tConnection->AwaitReadable(m_tClient);
     }
 }
 

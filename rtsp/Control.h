@@ -49,7 +49,7 @@ public:
     void Close();
     /// It is of no use any more: nError is how it ended.
     void Fail(int nError);
-    bool IsOpen() const { return m_pConnection != nullptr && !m_nEnd; }
+    bool IsOpen() const { return m_tConnection && !m_nEnd; }
     /// How the connection ended: an errno, 0: the server closed it. Nothing: it hasn't.
     std::optional<int> End() const { return m_nEnd; }
 
@@ -75,7 +75,7 @@ public:
     void ReadOn();
 
     tagEndpoint const& Peer() const { return m_tPeerAddress; }
-    tagEndpoint Local() const { return LocalEndpoint(m_pConnection->File()); }
+    tagEndpoint Local() const { return LocalEndpoint(m_tConnection->File()); }
     /// The server announced that what it sends has come to its end.
     bool IsEndAnnounced() const { return m_bEndAnnounced; }
     std::uint32_t NextTag() { return ++m_dwTag; }
@@ -102,9 +102,9 @@ private:
     CStrand& m_tStrand;
     IControlOwner& m_tOwner;
     ILoopClient& m_tClient;
-    std::unique_ptr<CConnection> m_pConnection;
+    std::optional<CConnection> m_tConnection;
     ePhase m_ePhase = ePhase::Connecting;
-    std::unique_ptr<CMessageReader> m_pReader;
+    CMessageReader m_tReader;
     CAuthenticator* m_pAuthenticator = nullptr;
     tagEndpoint m_tPeerAddress;
     std::string m_strSession;

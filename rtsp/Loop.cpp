@@ -19,7 +19,9 @@
 #include <exception>
 #include <list>
 #include <mutex>
+#include <new>
 #include <pthread.h>
+#include <system_error>
 #include <thread>
 #include <time.h>
 #include <unistd.h>
@@ -441,30 +443,46 @@ struct CDescriptor::tagImpl
     asio::posix::basic_stream_descriptor<Executor> tDescriptor;
 };
 
-CDescriptor::CDescriptor(CLoop& tLoop, int nFile, std::uint32_t dwTag)
-try : m_pImpl(new tagImpl{asio::posix::basic_stream_descriptor<Executor>(tLoop.m_pImpl->Context())}), m_dwTag(dwTag)
+CDescriptor::tagImpl& CDescriptor::Impl()
 {
-    m_pImpl->tDescriptor.assign(nFile);
+    return *std::launder(reinterpret_cast<tagImpl*>(m_abyPlace));
 }
-catch (...)
+
+CDescriptor::tagImpl const& CDescriptor::Impl() const
 {
-    close(nFile);
+    return *std::launder(reinterpret_cast<tagImpl const*>(m_abyPlace));
+}
+
+CDescriptor::CDescriptor(CLoop& tLoop, int nFile, std::uint32_t dwTag) : m_dwTag(dwTag)
+{
+    static_assert(sizeof(tagImpl) <= nPlace && alignof(tagImpl) <= alignof(std::max_align_t));
+    tagImpl* const ptImpl =
+        new (m_abyPlace) tagImpl{asio::posix::basic_stream_descriptor<Executor>(tLoop.m_pImpl->Context())};
+    asio::error_code tError;
+    ptImpl->tDescriptor.assign(nFile, tError);
+    if (tError)
+    {
+        close(nFile);
+        ptImpl->~tagImpl();
+        throw std::system_error(tError);
+    }
 }
 
 CDescriptor::~CDescriptor()
 {
     asio::error_code tIgnored;
-    m_pImpl->tDescriptor.close(tIgnored);
+    Impl().tDescriptor.close(tIgnored);
+    Impl().~tagImpl();
 }
 
 int CDescriptor::File() const
 {
-    return m_pImpl->tDescriptor.native_handle();
+    return const_cast<tagImpl&>(Impl()).tDescriptor.native_handle();
 }
 
 void CDescriptor::AwaitReadable(ILoopClient& tClient)
 {
-    m_pImpl->tDescriptor.async_wait(
+    Impl().tDescriptor.async_wait(
         asio::posix::descriptor_base::wait_read,
         [pClient = tClient.shared_from_this(), dwTag = m_dwTag](asio::error_code const& tError)
         {
@@ -477,7 +495,7 @@ void CDescriptor::AwaitReadable(ILoopClient& tClient)
 
 void CDescriptor::AwaitWritable(ILoopClient& tClient)
 {
-    m_pImpl->tDescriptor.async_wait(
+    Impl().tDescriptor.async_wait(
         asio::posix::descriptor_base::wait_write,
         [pClient = tClient.shared_from_this(), dwTag = m_dwTag](asio::error_code const& tError)
         {
@@ -491,8 +509,8 @@ void CDescriptor::AwaitWritable(ILoopClient& tClient)
 // asio watches for ever what was waited for once.
 void CDescriptor::ForgetWritable()
 {
-    const int nFile = m_pImpl->tDescriptor.release();
-    m_pImpl->tDescriptor.assign(nFile);
+    const int nFile = Impl().tDescriptor.release();
+    Impl().tDescriptor.assign(nFile);
 }
 
 struct CAlarm::tagImpl

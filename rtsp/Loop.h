@@ -86,7 +86,11 @@ public:
 
 private:
     struct tagImpl;
-    std::unique_ptr<tagImpl> m_pImpl;
+    tagImpl& Impl();
+    tagImpl const& Impl() const;
+
+    static constexpr std::size_t nPlace = 64;
+    alignas(std::max_align_t) unsigned char m_abyPlace[nPlace]; ///< of a tagImpl: here, since each packet looks at it
     const std::uint32_t m_dwTag;
 };
 

@@ -46,28 +46,38 @@ void CMedia::Clear()
 CChannel& CMedia::Add(tagMediaDescription const& tDescription, eRtspTransport eTransport)
 {
     const bool bUdp = eTransport == eRtspUdp || eTransport == eRtspMulticast;
-    tagTrack tTrack;
-    unsigned nSame = 0;
-    do
-    {
-        tTrack.pTrack = std::make_unique<CTrack>(tDescription, bUdp ? g_tReorderTime : g_tTcpReorderTime, nSame++);
-    } while (std::any_of(m_atTracks.begin(), m_atTracks.end(),
-                         [&](tagTrack const& tOther)
-                         { return tOther.pTrack->Identity() == tTrack.pTrack->Identity(); }));
-    tTrack.pChannel = std::make_unique<CChannel>(m_tLoop, m_tClient, m_tControl, eTransport);
-    tTrack.iIdentity = IdentityOf(*tTrack.pTrack);
-    m_atTracks.push_back(std::move(tTrack));
+    tagTrack& tTrack = m_atTracks.emplace_back(m_tLoop, m_tClient, m_tControl, eTransport);
     m_bLastIsBack = false;
-    return *m_atTracks.back().pChannel;
+    try
+    {
+        unsigned nSame = 0;
+        do
+        {
+            tTrack.tTrack.emplace(tDescription, bUdp ? g_tReorderTime : g_tTcpReorderTime, nSame++);
+        } while (IsKnown(tTrack.tTrack->Identity()));
+        tTrack.iIdentity = IdentityOf(*tTrack.tTrack);
+    }
+    catch (...)
+    {
+        m_atTracks.pop_back();
+        throw;
+    }
+    return tTrack.tChannel;
+}
+
+// To a track before the last one.
+bool CMedia::IsKnown(std::string const& strIdentity) const
+{
+    return std::any_of(m_atTracks.begin(), m_atTracks.end() - 1,
+                       [&](tagTrack const& t) { return t.tTrack->Identity() == strIdentity; });
 }
 
 CChannel& CMedia::AddBackChannel(tagMediaDescription const& tDescription, tagAudioFormat const& tFormat,
                                  eRtspTransport eTransport)
 {
-    m_pBack.reset(new tagBack{CBackChannel(tDescription, tFormat),
-                              std::make_unique<CChannel>(m_tLoop, m_tClient, m_tControl, eTransport)});
+    m_pBack.reset(new tagBack{CBackChannel(tDescription, tFormat), {m_tLoop, m_tClient, m_tControl, eTransport}});
     m_bLastIsBack = true;
-    return *m_pBack->pChannel;
+    return m_pBack->tChannel;
 }
 
 void CMedia::DropLast()
@@ -102,9 +112,9 @@ void CMedia::Begin(CTimeline::ePace ePace)
     bool bHasVideo = false;
     for (tagTrack& tTrack : m_atTracks)
     {
-        tTrack.pTrack->Reset();
+        tTrack.tTrack->Reset();
         tTrack.bRecordingEnds = false;
-        bHasVideo |= tTrack.pTrack->Type() == eMediaVideo;
+        bHasVideo |= tTrack.tTrack->Type() == eMediaVideo;
     }
     m_tDelivery.Restart(bHasVideo);
 }
@@ -134,7 +144,7 @@ bool CMedia::HaveEnded() const
 {
     return !m_atTracks.empty() &&
            std::all_of(m_atTracks.begin(), m_atTracks.end(),
-                       [](tagTrack const& t) { return t.bRecordingEnds || t.pTrack->HasEnded(); });
+                       [](tagTrack const& t) { return t.bRecordingEnds || t.tTrack->HasEnded(); });
 }
 
 // --- packets ---------------------------------------------------------------------------------------------------------
@@ -143,7 +153,7 @@ void CMedia::OnInterleaved(unsigned nChannel, Bytes abyPacket, Clock::time_point
 {
     for (tagTrack& tTrack : m_atTracks)
     {
-        if (const CChannel::eKind eWhat = tTrack.pChannel->OfInterleaved(nChannel); eWhat != CChannel::eKind::None)
+        if (const CChannel::eKind eWhat = tTrack.tChannel.OfInterleaved(nChannel); eWhat != CChannel::eKind::None)
         {
             m_tNow = tNow;
             Take(tTrack, eWhat, abyPacket);
@@ -157,15 +167,15 @@ void CMedia::OnReadable(std::uint32_t dwTag, Clock::time_point tNow)
     m_tNow = tNow;
     for (tagTrack& tTrack : m_atTracks)
     {
-        if (const CChannel::eKind eWhat = tTrack.pChannel->OfTag(dwTag); eWhat != CChannel::eKind::None)
+        if (const CChannel::eKind eWhat = tTrack.tChannel.OfTag(dwTag); eWhat != CChannel::eKind::None)
         {
-            tTrack.pChannel->Receive(eWhat, [&](Bytes abyPacket) { Take(tTrack, eWhat, abyPacket); });
+            tTrack.tChannel.Receive(eWhat, [&](Bytes abyPacket) { Take(tTrack, eWhat, abyPacket); });
             return;
         }
     }
-    if (m_pBack && m_pBack->pChannel->OfTag(dwTag) != CChannel::eKind::None)
+    if (m_pBack && m_pBack->tChannel.OfTag(dwTag) != CChannel::eKind::None)
     {
-        m_pBack->pChannel->Receive(m_pBack->pChannel->OfTag(dwTag), [](Bytes) {});
+        m_pBack->tChannel.Receive(m_pBack->tChannel.OfTag(dwTag), [](Bytes) {});
     }
 }
 
@@ -175,7 +185,7 @@ void CMedia::Take(tagTrack& tTrack, CChannel::eKind eWhat, Bytes abyPacket)
     {
         return;
     }
-    CTrack& tReceiver = *tTrack.pTrack;
+    CTrack& tReceiver = *tTrack.tTrack;
     if (eWhat == CChannel::eKind::Rtcp)
     {
         tReceiver.TakeRtcp(abyPacket, m_tNow);
@@ -211,7 +221,7 @@ Clock::time_point CMedia::Deadline() const
     }
     for (tagTrack const& tTrack : m_atTracks)
     {
-        tFirst = std::min(tFirst, tTrack.pTrack->Deadline().value_or(tFirst));
+        tFirst = std::min(tFirst, tTrack.tTrack->Deadline().value_or(tFirst));
     }
     return tFirst;
 }
@@ -223,26 +233,26 @@ void CMedia::OnDeadline(Clock::time_point tNow)
         return;
     }
     m_tNow = tNow;
-    for (tagTrack const& tTrack : m_atTracks)
+    for (tagTrack& tTrack : m_atTracks)
     {
-        Feed(*tTrack.pTrack, [&] { tTrack.pTrack->OnDeadline(tNow, *this); });
+        Feed(*tTrack.tTrack, [&] { tTrack.tTrack->OnDeadline(tNow, *this); });
     }
 }
 
 void CMedia::SendReports(Clock::time_point tNow)
 {
-    for (tagTrack const& tTrack : m_atTracks)
+    for (tagTrack& tTrack : m_atTracks)
     {
-        if (const std::string strReport = tTrack.pTrack->Report(tNow); !strReport.empty())
+        if (const std::string strReport = tTrack.tTrack->Report(tNow); !strReport.empty())
         {
-            tTrack.pChannel->SendRtcp(AsBytes(strReport));
+            tTrack.tChannel.SendRtcp(AsBytes(strReport));
         }
     }
     if (m_pBack)
     {
         if (const std::string strReport = m_pBack->tPackets.MakeReport(); !strReport.empty())
         {
-            m_pBack->pChannel->SendRtcp(AsBytes(strReport));
+            m_pBack->tChannel.SendRtcp(AsBytes(strReport));
         }
     }
 }
@@ -254,13 +264,13 @@ std::optional<tagAudioFormat> CMedia::BackFormat() const
 
 void CMedia::SendAudio(Bytes abyFrame, std::uint32_t nSamples, bool bFirst)
 {
-    m_pBack->pChannel->SendRtp(AsBytes(m_pBack->tPackets.MakePacket(abyFrame, nSamples, bFirst)));
+    m_pBack->tChannel.SendRtp(AsBytes(m_pBack->tPackets.MakePacket(abyFrame, nSamples, bFirst)));
 }
 
 void CMedia::OnFrame(CTrack& tTrack, tagTrackFrame& tTrackFrame)
 {
     const auto itTrack = std::find_if(m_atTracks.begin(), m_atTracks.end(),
-                                      [&](tagTrack const& tOther) { return tOther.pTrack.get() == &tTrack; });
+                                      [&](tagTrack const& tOther) { return &*tOther.tTrack == &tTrack; });
     tagIdentity& tIdentity = m_atIdentities[itTrack->iIdentity];
     tagStreamMediaFrame& tFrame = tTrackFrame.tFrame;
     const CTimeline::tagMapped tMapped = m_tTimeline.Map(tIdentity.strName, tTrackFrame.llStampUs, Us(m_tNow));

@@ -6,6 +6,7 @@
 #include "rtsp/Timeline.h"
 #include "rtsp/Track.h"
 
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -65,15 +66,20 @@ public:
 private:
     struct tagTrack
     {
-        std::unique_ptr<CTrack> pTrack;
-        std::unique_ptr<CChannel> pChannel;
+        tagTrack(CLoop& tLoop, ILoopClient& tClient, CControl& tControl, eRtspTransport eTransport)
+            : tChannel(tLoop, tClient, tControl, eTransport)
+        {
+        }
+
+        CChannel tChannel;
+        std::optional<CTrack> tTrack;
         std::size_t iIdentity = 0;
         bool bRecordingEnds = false; ///< its last frame came
     };
     struct tagBack
     {
         CBackChannel tPackets;
-        std::unique_ptr<CChannel> pChannel;
+        CChannel tChannel;
     };
     /// What a track is beyond sessions.
     struct tagIdentity
@@ -87,13 +93,14 @@ private:
     void Take(tagTrack& tTrack, CChannel::eKind eWhat, Bytes abyPacket);
     template <class F>
     void Feed(CTrack& tTrack, F fn);
+    bool IsKnown(std::string const& strIdentity) const;
     void OnFrame(CTrack& tTrack, tagTrackFrame& tFrame) override;
 
     CLoop& m_tLoop;
     ILoopClient& m_tClient;
     CControl& m_tControl;
     CDelivery& m_tDelivery;
-    std::vector<tagTrack> m_atTracks;
+    std::deque<tagTrack> m_atTracks;
     std::unique_ptr<tagBack> m_pBack;
     std::vector<tagIdentity> m_atIdentities;
     CTimeline m_tTimeline;
