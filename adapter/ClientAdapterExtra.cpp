@@ -8,8 +8,8 @@ namespace
 {
 struct tagResultText
 {
-    short nResult;
-    char szText[58]; // in place: pointers would be relocated at every start
+    int nResult;
+    char const* szText;
 };
 constexpr tagResultText g_atResultText[] = {
     {eResultOk, "done"},

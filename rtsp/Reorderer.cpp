@@ -35,10 +35,7 @@ void CReorderer::Take(tagRtpPacket const& tPacket, Bytes abyWhole, std::chrono::
     if (nAhead == 0)
     {
         Pass(tPacket, 0, tSink);
-        if (!m_atHeld.empty())
-        {
-            PassHeld(tSink);
-        }
+        PassHeld(tSink);
     }
     else if (m_tWait.count() == 0)
     {
