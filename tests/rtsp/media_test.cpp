@@ -248,9 +248,9 @@ TEST(Track, KnowsTheTimeOfItsDevice)
     }
     tSource.dwStamp -= 3600 * 3002;
     EXPECT_EQ(tSource.Play("/ p. w").tLast.llStampUs, (std::int64_t{0xFFFFF000} - 3600) * 1000000 / 90001);
-    tSource.Report(ullNtp, tSource.dwStamp + 3600 + 9000); // it was set
+    tSource.Report(ullNtp, tSource.dwStamp + 3600 + 9000);                         // it was set
     EXPECT_EQ(tSource.Play("/ p. w").tLast.tFrame.llWallClockUs, llNtpUs - 99999); // rounded down
-    tSource.Report(0, 0); // it doesn't know the time any more
+    tSource.Report(0, 0);                                                          // it doesn't know the time any more
     EXPECT_EQ(tSource.Play("/ p. w").tLast.tFrame.llWallClockUs, 0);
 
     // Replayed: the time of recording, and what the recording has around it.
