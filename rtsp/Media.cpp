@@ -129,9 +129,9 @@ void CMedia::Hold(Clock::time_point tNow)
     m_tNow = tNow;
     try
     {
-        for (tagTrack const& tTrack : m_atTracks)
+        for (tagTrack& tTrack : m_atTracks)
         {
-            Feed(*tTrack.pTrack, [&] { tTrack.pTrack->Finish(tNow, *this); });
+            Feed(*tTrack.tTrack, [&] { tTrack.tTrack->Finish(tNow, *this); });
         }
     }
     catch (...)
