@@ -170,10 +170,16 @@ void CDelivery::PutFrame(tagTrackFrame& tFrame, unsigned iTrack)
 // Under the mutex.
 void CDelivery::Put(tagItem&& tItem)
 {
-    if (!m_bMuted)
+    if (m_bMuted)
     {
-        m_atItems.push_back(std::move(tItem));
+        return;
     }
+    if (m_atSpare.empty())
+    {
+        m_atSpare.emplace_back();
+    }
+    m_atSpare.front() = std::move(tItem);
+    m_atItems.splice(m_atItems.end(), m_atSpare, m_atSpare.begin());
 }
 
 void CDelivery::SetState(Words const& adwWords)
@@ -244,11 +250,13 @@ bool CDelivery::CallNext(std::unique_lock<std::mutex>& tLock)
     {
         return false;
     }
-    tagItem tItem = std::move(m_atItems.front());
-    m_atItems.pop_front();
+    std::list<tagItem> atNow;
+    atNow.splice(atNow.begin(), m_atItems, m_atItems.begin());
+    tagItem& tItem = atNow.front();
     if (tItem.adwWords[0] == 0)
     {
         CallWithFrame(tLock, tItem);
+        m_atSpare.swap(atNow);
         return true;
     }
     if (bStateNext)

@@ -19,6 +19,8 @@ enum : unsigned
     g_uEnhancedLowDelay = 39,
 };
 
+constexpr unsigned g_uExtension = 0x2B7; // 11 bits
+
 unsigned ReadKind(CBitReader& tReader)
 {
     const unsigned uKind = tReader.Bits(5);
@@ -73,16 +75,15 @@ bool SkipGeneral(CBitReader& tReader, unsigned uKind, bool bChannelsHere, tagAud
 // Replication and stereo as older decoders pass over them: behind the end.
 void ReadExtension(CBitReader& tReader, tagAudioConfig& tConfig)
 {
-    if (tReader.Bits(11) != 0x2B7 || ReadKind(tReader) != g_uReplication || !tReader.Flag())
+    if (tReader.Bits(11) != g_uExtension || ReadKind(tReader) != g_uReplication || !tReader.Flag())
     {
         return;
     }
     const std::uint32_t dwRate = ReadRate(tReader);
     tConfig.dwRate = !tReader.Failed() && dwRate != 0 ? dwRate : tConfig.dwRate;
-    if (CBitReader tAhead = tReader; tAhead.Bits(11) == 0x548)
+    if (tReader.Bits(11) == 0x548 && tReader.Flag() && !tReader.Failed())
     {
-        tReader = tAhead;
-        tConfig.nChannels = tReader.Flag() && !tReader.Failed() ? 2 : tConfig.nChannels;
+        tConfig.nChannels = 2;
     }
 }
 } // namespace
@@ -112,9 +113,9 @@ std::optional<tagAudioConfig> ParseAudioConfig(CBitReader& tReader, bool bToTheE
     }
     if (!bToTheEnd)
     {
-        // GStreamer has the extension here too. Nothing else begins like it: the word would name a reserved frame
-        // length.
-        if (CBitReader tAhead = tReader; bFound && tAhead.Bits(11) == 0x2B7)
+        // Some encoders let the extension follow here too. What else may follow never begins with its mark.
+        CBitReader tAhead = tReader;
+        if (bFound && tAhead.Bits(11) == g_uExtension && !tAhead.Failed())
         {
             ReadExtension(tReader, tConfig);
         }

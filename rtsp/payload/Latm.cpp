@@ -26,13 +26,9 @@ public:
         : CPacketPayload(tDescription, eCodecAAC, "aac"), m_bInStream(tDescription.Parameter("cpresent") != "0"),
           m_dwClockRate(tDescription.dwClockRate)
     {
-        std::vector<unsigned char> abyConfig = FromHex(tDescription.Parameter("config"));
-        if (!abyConfig.empty())
-        {
-            abyConfig.resize(abyConfig.size() + 2); // GStreamer leaves out zeros at the end
-            CBitReader tReader(abyConfig);
-            m_bConfigured = ReadConfig(tReader, abyConfig);
-        }
+        const std::vector<unsigned char> abyConfig = FromHex(tDescription.Parameter("config"));
+        CBitReader tReader(abyConfig);
+        m_bConfigured = !abyConfig.empty() && ReadConfig(tReader, abyConfig);
     }
 
     void Take(tagRtpPacket const& tPacket, unsigned nLostBefore, IUnitSink& tSink) override
@@ -187,7 +183,7 @@ private:
         }
         tReader.Skip(8);
         ReadRest(tReader, bNewer);
-        return !tReader.Failed();
+        return !m_bInStream || !tReader.Failed(); // a description may leave out the end, where all is zero
     }
 
     void ReadRest(CBitReader& tReader, bool bNewer)

@@ -382,7 +382,7 @@ class Life(Base):
         self.probe.tell("release")
         for stream in hanging:
             await stream.until(lambda s: s.frames[-1].time > hang)
-            self.assertEqual([event[0] for event in stream.events], [CONNECTING, LIVE])
+            self.assertEqual({event[0] for event in stream.events} - {CONNECTING}, {LIVE})
             info = await stream.ask_info()
             self.assertEqual((info.reconnects, info.lost), (0, 0))
         info = await hanging[0].ask_info()
