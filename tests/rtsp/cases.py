@@ -16,6 +16,7 @@ there instead of a part of the good answer, or of all of it), script (what is se
 (close, reset, stall, flood); tracks; auth, user, password; ...-uri (what a request must name).
 """
 
+import os
 import struct
 
 from server import SETS, SLICE, interleaved, rtcp
@@ -317,4 +318,5 @@ case("automatic", "live transport=3 frames=KPPPP never=8", script="KPPPP")
 case("automatic where UDP brings nothing", f"live transport=3 hears={TRANSPORT}", **{"no-udp": "nothing"})
 case("automatic where UDP is refused", f"live transport=3 hears={TRANSPORT}", **{"no-udp": "461"})
 case("UDP that brings nothing", "lost transport=1", **{"no-udp": "nothing"})
-case("multicast", "live transport=2 frames=KPPP lost=0", script="KPPPKPPP")
+if "qemu" not in os.environ["PROBE"]:  # the emulator can't join a group
+    case("multicast", "live transport=2 frames=KPPP lost=0", script="KPPPKPPP")
