@@ -65,6 +65,19 @@ public:
         }
         return pObject;
     }
+    /// How many objects of this class fnCounts says true of.
+    template <class Object, class F>
+    uint32_t Count(F fnCounts) const
+    {
+        const std::shared_lock tLock(m_tMutex);
+        uint32_t dwCount = 0;
+        for (auto const& [nHandle, pAny] : m_tObjects)
+        {
+            auto const* const pObject = dynamic_cast<Object const*>(pAny.get());
+            dwCount += pObject && fnCounts(*pObject) ? 1 : 0;
+        }
+        return dwCount;
+    }
     std::vector<std::shared_ptr<CObject>> TakeAll()
     {
         std::vector<std::shared_ptr<CObject>> apAll;

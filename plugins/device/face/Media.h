@@ -2,48 +2,108 @@
 
 #include "plugins/device/Sinks.h"
 #include "plugins/device/face/Face.h"
+#include "plugins/device/media/Download.h"
+#include "plugins/device/media/LiveStream.h"
+#include "plugins/device/media/Playback.h"
+#include "plugins/device/media/VoiceLink.h"
 
 namespace device
 {
 /// Frames on their way to an application.
-class CFrameCallback : public IFrameSink
+class CFrameSink : public IFrameSink
 {
 public:
-    void OnFrame(tagStreamMediaFrame const& tFrame) override { m_tCallback.Call(m_hStream.load(), &tFrame); }
+    void OnFrame(tagStreamMediaFrame const& tFrame) override;
+    /// What comes before the next key frame is held back from m_tFrames.
+    void AwaitKeyFrame() { m_bAwaitKey = true; }
+    bool IsWanted() const { return m_tFrames || m_tRaw; }
 
     std::atomic<void*> m_hStream{nullptr};
-    CCallback<StreamMediaCallback> m_tCallback;
+    CCallback<StreamMediaCallback> m_tFrames;
+    CCallback<StreamMediaCallback> m_tRaw;
+
+private:
+    std::atomic<bool> m_bAwaitKey{false};
 };
 
 /// A stream of media: other things are opened under it.
 class CMedia : public CObject
 {
 public:
-    using CObject::CObject;
+    CMedia(CObject const& tParent, std::shared_ptr<CFrameSink> pSink)
+        : CObject(tParent.DevicePointer(), tParent.SessionPointer()), m_pSink(std::move(pSink))
+    {
+    }
+    virtual int Control(eTaskControl eControl) = 0;
+    CFrameSink& Sink() const { return *m_pSink; }
+
+    std::atomic<uint32_t> m_dwLink{0};
+
+private:
+    std::shared_ptr<CFrameSink> m_pSink;
 };
 
 /// A live stream.
 class CLive : public CMedia
 {
 public:
-    using CMedia::CMedia;
-    bool Close() override { return true; }
+    CLive(CObject const& tParent, std::shared_ptr<CFrameSink> pSink, std::shared_ptr<CLiveStream> pStream)
+        : CMedia(tParent, std::move(pSink)), m_pStream(std::move(pStream))
+    {
+    }
+    bool Close() override;
+    int Control(eTaskControl eControl) override { return m_pStream->Control(eControl); }
+    CLiveStream& Stream() const { return *m_pStream; }
+
+private:
+    std::shared_ptr<CLiveStream> m_pStream;
 };
 
 /// A playback.
 class CRecorded : public CMedia
 {
 public:
-    using CMedia::CMedia;
-    bool Close() override { return true; }
+    CRecorded(CObject const& tParent, std::shared_ptr<CFrameSink> pSink, std::shared_ptr<CPlayback> pPlayback)
+        : CMedia(tParent, std::move(pSink)), m_pPlayback(std::move(pPlayback))
+    {
+    }
+    bool Close() override;
+    int Control(eTaskControl eControl) override { return m_pPlayback->Control(eControl); }
+    std::shared_ptr<CPlayback> const& Playback() const { return m_pPlayback; }
+
+private:
+    std::shared_ptr<CPlayback> m_pPlayback;
+};
+
+/// Voice on its way to an application.
+class CVoiceSink : public IVoiceSink
+{
+public:
+    void OnVoice(eVoiceStreamSource eSource, tagStreamVoiceFrame const& tFrame) override
+    {
+        m_tCallback.Call(m_hVoice.load(), eSource, &tFrame);
+    }
+
+    std::atomic<void*> m_hVoice{nullptr};
+    CCallback<StreamVoiceCallback> m_tCallback;
 };
 
 /// A voice connection.
-class CVoice : public CMedia
+class CVoice : public CObject
 {
 public:
-    using CMedia::CMedia;
-    bool Close() override { return true; }
+    CVoice(CObject const& tParent, std::shared_ptr<CVoiceSink> pSink, std::shared_ptr<CVoiceLink> pLink)
+        : CObject(tParent.DevicePointer(), tParent.SessionPointer()), m_pSink(std::move(pSink)),
+          m_pLink(std::move(pLink))
+    {
+    }
+    bool Close() override;
+    CVoiceSink& Sink() const { return *m_pSink; }
+    CVoiceLink& Link() const { return *m_pLink; }
+
+private:
+    std::shared_ptr<CVoiceSink> m_pSink;
+    std::shared_ptr<CVoiceLink> m_pLink;
 };
 
 /// A serial port of the device.
@@ -95,12 +155,32 @@ private:
     uint32_t m_dwRun = 0; // of one that was paused the older steps don't count
 };
 
+/// A file's blocks on their way to an application.
+class CBlockSink : public IBlockSink
+{
+public:
+    void OnBlock(tagBuffer const& tBlock) override { m_tCallback.Call(m_hDownload.load(), tBlock); }
+
+    std::atomic<void*> m_hDownload{nullptr};
+    CCallback<FileDownloadCallback> m_tCallback;
+};
+
 /// A file on its way from the device.
 class CFetch : public CObject
 {
 public:
-    using CObject::CObject;
-    bool Close() override { return true; }
+    CFetch(CObject const& tParent, std::shared_ptr<CBlockSink> pSink, std::shared_ptr<CDownload> pDownload)
+        : CObject(tParent.DevicePointer(), tParent.SessionPointer()), m_pSink(std::move(pSink)),
+          m_pDownload(std::move(pDownload))
+    {
+    }
+    bool Close() override;
+    CBlockSink& Sink() const { return *m_pSink; }
+    CDownload& Download() const { return *m_pDownload; }
+
+private:
+    std::shared_ptr<CBlockSink> m_pSink;
+    std::shared_ptr<CDownload> m_pDownload;
 };
 
 /// Frames on their way to a window.

@@ -4,6 +4,7 @@
 #include "plugins/device/Fleet.h"
 #include "plugins/device/Text.h"
 #include "plugins/device/face/Operations.h"
+#include "plugins/device/media/Lattice.h"
 
 #include <cstring>
 
@@ -294,5 +295,22 @@ int Serve(tagCall<&CClientProtocolBase::GetDeviceConfigFromHttp>, char const* sz
                           Adapter_ProtocolSet::WriteRecord(ptConfig, t);
                           return nResult;
                       });
+}
+
+// --- files and fonts -------------------------------------------------------------------------------------------------
+
+int Serve(tagCall<&CClientProtocolBase::GetFileHeader>, unsigned long dwType, char* pbyHeader, unsigned long* pdwLength)
+{
+    return pdwLength ? FileHeader(static_cast<uint32_t>(dwType), pbyHeader, *pdwLength)
+                     : static_cast<int>(eResultBadArgument);
+}
+
+int Serve(tagCall<&CClientProtocolBase::StringToLattice>, char const* szText, tagFontPara* ptFont, void* pLattice,
+          unsigned long* pdwWidth, unsigned long* pdwHeight, unsigned long* pdwLength)
+{
+    tagFontPara tFont{};
+    return !szText || !pdwWidth || !pdwHeight || !pdwLength || ReadRecord(tFont, ptFont) != eResultOk
+               ? static_cast<int>(eResultBadArgument)
+               : Lattice(szText, tFont, pLattice, *pdwWidth, *pdwHeight, *pdwLength);
 }
 } // namespace device

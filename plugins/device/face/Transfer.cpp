@@ -229,6 +229,57 @@ int Serve(tagCall<&CClientProtocolBase::FileUploadCB>, void* hUpload, FileUpload
     return With<CUpload>(hUpload, [&](CUpload& tUpload) { return Ended(tUpload.m_tCallback.Set(pfnState, dwUser)); });
 }
 
+// --- downloads -------------------------------------------------------------------------------------------------------
+
+bool CFetch::Close()
+{
+    m_pDownload->Close();
+    return m_pSink->m_tCallback.Close();
+}
+
+int Serve(tagCall<&CClientProtocolBase::FileDownloadConnect>, void** phDownload, void* hLogin,
+          tagFileDownloadPara* ptPara)
+{
+    return AskWith<CLogin>(hLogin, eUserViewer,
+                           [&](CLogin const& tLogin) -> int
+                           {
+                               tagFileDownloadPara tPara{};
+                               if (!phDownload || ReadRecord(tPara, ptPara) != eResultOk)
+                               {
+                                   return eResultBadArgument;
+                               }
+                               const bool bSecret = tPara.dwKind == eFileConfiguration || tPara.dwKind == eFileSupport;
+                               if (bSecret && tLogin.Session().Level() < eUserAdministrator)
+                               {
+                                   return eResultWrongLogin;
+                               }
+                               const auto pSink = std::make_shared<CBlockSink>();
+                               std::shared_ptr<CDownload> pDownload;
+                               const int nResult = CDownload::Open(tLogin.DevicePointer(), tPara, pSink, pDownload);
+                               if (nResult == eResultOk)
+                               {
+                                   Adapter_ProtocolSet::WriteRecord(ptPara, tPara);
+                                   *phDownload =
+                                       Face().tHandles.Add(std::make_shared<CFetch>(tLogin, pSink, pDownload));
+                                   pSink->m_hDownload = *phDownload;
+                               }
+                               return nResult;
+                           });
+}
+
+int Serve(tagCall<&CClientProtocolBase::FileDownloadControl>, void* hDownload, eFileTransferControl eControl)
+{
+    return AskWith<CFetch>(hDownload, eUserViewer,
+                           [&](CFetch const& tFetch) { return tFetch.Download().Control(eControl); });
+}
+
+int Serve(tagCall<&CClientProtocolBase::FileDownloadCB>, void* hDownload, FileDownloadCallback pfnData,
+          unsigned long dwUser)
+{
+    return With<CFetch>(hDownload,
+                        [&](CFetch const& tFetch) { return Ended(tFetch.Sink().m_tCallback.Set(pfnData, dwUser)); });
+}
+
 // --- frames to a window ----------------------------------------------------------------------------------------------
 
 bool CWindowTransfer::Close()
