@@ -6,6 +6,7 @@
 #include "plugins/device/media/Pump.h"
 
 #include "protocol/interface/Live.h"
+#include "protocol/interface/Results.h"
 
 #include <atomic>
 #include <memory>
@@ -55,9 +56,11 @@ private:
     };
     bool Refresh();
     void Anchor(int64_t llDeviceUs, bool bNewTime);
-    void SendVideo(int64_t llDeviceUs);
+    void CheckClock(int64_t llNowUs, int64_t llDeviceUs);
+    void SendVideo();
     void SendAudio();
-    void Send(tagTrack& tTrack, tagStreamMediaFrame& tFrame);
+    void Send(tagTrack& tTrack, tagStreamMediaFrame& tFrame, Bytes tData);
+    void SetState(uint32_t dwState);
 
     const std::shared_ptr<CDevice> m_pDevice;
     const uint32_t m_dwChannel;
@@ -71,14 +74,15 @@ private:
     // The rest belongs to Run.
     bool m_bKnown = false; // m_tState holds
     uint32_t m_dwVersion = 0;
+    uint32_t m_dwState = 0; // eConnectionState
     tagStreamState m_tState{};
     CClip const* m_pClip = nullptr;
-    bool m_bAnchored = false;
+    bool m_bAnchored = false; // the tracks stand at the device's present time
+    bool m_bBegan = false;    // the stream's time line has begun
+    bool m_bGateOpen = false; // the first key frame has come
     int64_t m_llBaseUs = 0;   // time on the device's clock that is 0 on the stream's time line
-    int64_t m_llOffsetUs = 0; // the device's clock less the pump's, at the last frame
-    int64_t m_llLastUs = 0;   // the pump's clock, at the last frame
-    bool m_bBegan = false;
-    bool m_bAudioGate = false; // the first key frame has come
+    int64_t m_llOffsetUs = 0; // the device's clock less the pump's, lately
+    int64_t m_llLastUs = 0;   // on the stream's time line: the end of what came last
     uint32_t m_dwSinceKey = 0;
     uint32_t m_dwLostBefore = 0;
     tagTrack m_tVideo;

@@ -39,6 +39,10 @@ public:
     static constexpr int64_t g_llPatienceUs = 20000;
     static constexpr int g_nMaxThreads = 8;
 
+    CPump() = default;
+    ~CPump();
+    CPump(CPump const&) = delete;
+    CPump& operator=(CPump const&) = delete;
     /// The one that all share.
     static CPump& Instance();
     static int64_t NowUs();
@@ -52,7 +56,7 @@ public:
 private:
     struct tagState;
     static void Work(std::shared_ptr<tagState> const& pState);
-    static bool Lead(std::shared_ptr<tagState> const& pState, std::unique_lock<std::mutex>& tLock);
+    static void Lead(std::shared_ptr<tagState> const& pState, std::unique_lock<std::mutex>& tLock);
     static void StartThread(std::shared_ptr<tagState> const& pState);
 
     std::mutex m_tMutex;
