@@ -2,6 +2,7 @@
 
 #include "plugins/device/Recording.h"
 #include "plugins/device/Sinks.h"
+#include "plugins/device/media/PlayClock.h"
 #include "plugins/device/media/Pump.h"
 #include "plugins/device/media/RecordedFrames.h"
 
@@ -11,40 +12,12 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace device
 {
 class CDevice;
-class CPlayback;
-
-/// What drives one playback, or several that are in step: at what time of the recordings they are.
-class CPlayClock
-{
-public:
-    explicit CPlayClock(int64_t llTimeUs, bool bPaused) : m_bPaused(bPaused), m_llTimeUs(llTimeUs) {}
-
-    /// Each of these needs Mutex.
-    std::mutex& Mutex() { return m_tMutex; }
-    int64_t At(int64_t llNowUs) const;
-    int64_t When(int64_t llTimeUs) const;
-    void Set(int64_t llTimeUs, int64_t llNowUs);
-    void SetSpeed(uint32_t dwSpeed, int64_t llNowUs);
-    void Pause(bool bPaused, int64_t llNowUs);
-
-    bool m_bPaused;
-    bool m_bReverse = false;
-    uint32_t m_dwSpeed = eSpeedNormal; // thousandths
-    uint32_t m_dwSeeks = 0;            // counts the positions that were set
-    uint32_t m_dwSteps = 0;            // counts the steps that were asked for
-    int64_t m_llLastUs = 0;            // when what came last was recorded
-    std::vector<std::weak_ptr<CPlayback>> m_apMembers;
-
-private:
-    std::mutex m_tMutex;
-    int64_t m_llTimeUs;      // of the recordings
-    int64_t m_llSinceUs = 0; // the pump's clock at that time; 0: it does not run yet
-};
 
 /// A playback of recordings. Any thread may call any function; none of them waits for the sink.
 ///
@@ -58,7 +31,7 @@ public:
     static int Open(std::shared_ptr<CDevice> pDevice, tagRecordingQuestion const& tQuestion, uint32_t dwFlags,
                     std::shared_ptr<IFrameSink> pSink, std::shared_ptr<CPlayback>& pPlayback);
     CPlayback(std::shared_ptr<CDevice> pDevice, tagRecordingQuestion const& tQuestion, uint32_t dwFlags,
-              std::shared_ptr<IFrameSink> pSink, std::vector<tagRecording> const& atRecordings);
+              std::shared_ptr<IFrameSink> pSink);
 
     /// Frames come from now on.
     void Start();
@@ -82,12 +55,18 @@ public:
 private:
     std::shared_ptr<CPlayClock> Clock() const;
     void Join(std::shared_ptr<CPlayClock> const& pClock);
-    void Leave();
     static void WakeAll(CPlayClock const& tClock);
+    template <class F>
+    void Steer(F fnSteer);
     bool IsLeader(CPlayClock const& tClock) const;
-    void Seek(int64_t llTimeUs, bool bReverse);
-    void End();
+    CRecordedFrames Find() const;
+    void Follow(CPlayClock& tClock, int64_t llNowUs);
+    bool Fetch();
+    bool CatchUp(CPlayClock& tClock, int64_t llNowUs);
+    bool IsDeviceUp();
+    bool GrowsOn();
     void Deliver(tagRecordedFrame const& tFrame);
+    void SendEnd();
 
     const std::shared_ptr<CDevice> m_pDevice;
     const tagRecordingQuestion m_tQuestion;
@@ -95,20 +74,31 @@ private:
     const std::shared_ptr<IFrameSink> m_pSink;
     std::atomic<bool> m_bStarted{false};
     std::atomic<bool> m_bClosed{false};
-    mutable std::mutex m_tClockMutex; // of the pointer
+    std::atomic<int64_t> m_llLastUs{0}; // when what came last was recorded
+    mutable std::mutex m_tClockMutex;   // of the pointer
     std::shared_ptr<CPlayClock> m_pClock;
 
     // The rest belongs to Run.
+    bool m_bKnown = false; // m_bUp holds
+    bool m_bUp = false;
+    uint32_t m_dwVersion = 0;
     CRecordedFrames m_tFrames;
-    CPlayClock const* m_pSeenClock = nullptr;
+    std::optional<tagRecordedFrame> m_tNext;
+    std::shared_ptr<CPlayClock> m_pSeen; // the clock that these belong to
     uint32_t m_dwSeeks = 0;
     uint32_t m_dwSteps = 0;
     uint32_t m_dwToStep = 0;
     bool m_bReverse = false;
-    bool m_bEnded = false;
-    bool m_bDiscontinuity = false;
-    uint32_t m_dwVideo = 0; // sequences
-    uint32_t m_dwAudio = 0;
-    int64_t m_llBaseUs = -1; // time of the recording that is 0 on the stream's time line
+    bool m_bSaidEnd = false;
+    struct tagTrack
+    {
+        uint32_t dwSequence = 0;
+        bool bDiscontinuity = false;
+    };
+    tagTrack m_tVideo;
+    tagTrack m_tAudio;
+    bool m_bBegan = false;
+    int64_t m_llBeforeUs = 0;       // time of the frame before
+    int64_t m_llPresentationUs = 0; // of the frame before
 };
 } // namespace device

@@ -45,6 +45,8 @@ public:
     bool Seek(int64_t llTimeUs);
     /// The next one is the last key frame at or before this time, and others follow backwards. False: before the begin.
     bool SeekBackwards(int64_t llTimeUs);
+    /// The next one is the first one from this time on.
+    void Resume(int64_t llTimeUs);
     /// False: there is no further one.
     bool Next(tagRecordedFrame& tFrame);
     /// The key frame before. False: there is none.
@@ -63,16 +65,17 @@ private:
     };
     void Enter(std::size_t nSpan);
     static int64_t FirstPicture(tagSpan const& tSpan);
-    static int64_t PictureCount(tagSpan const& tSpan);
+    static int64_t LastPicture(tagSpan const& tSpan);
     static int64_t KeyBefore(tagSpan const& tSpan, int64_t llPicture);
-    void FillVideo(tagSpan const& tSpan, int64_t llPicture, tagRecordedFrame& tFrame) const;
+    static tagRecordedFrame Video(tagSpan const& tSpan, int64_t llPicture);
 
-    const bool m_bAudio;
-    const bool m_bKeyFramesOnly;
+    bool m_bAudio;
+    bool m_bKeyFramesOnly;
     std::vector<tagSpan> m_atSpans;
     std::size_t m_nSpan = 0;
     int64_t m_llPicture = 0;
     int64_t m_llPacket = 0;
-    bool m_bAfterGap = false;
+    bool m_bVideoAfterGap = false;
+    bool m_bAudioAfterGap = false;
 };
 } // namespace device
