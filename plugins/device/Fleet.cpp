@@ -29,7 +29,7 @@ std::shared_ptr<CDevice> FirstOf(std::vector<std::shared_ptr<CDevice>> const& ap
 
 CFleet& Fleet()
 {
-    static CFleet s_tFleet;
+    static CFleet& s_tFleet = *new CFleet; // threads that go on at the end of the process look at it
     return s_tFleet;
 }
 
