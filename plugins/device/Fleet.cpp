@@ -29,7 +29,7 @@ std::shared_ptr<CDevice> FirstOf(std::vector<std::shared_ptr<CDevice>> const& ap
 
 CFleet& Fleet()
 {
-    static CFleet s_tFleet;
+    static CFleet& s_tFleet = *new CFleet; // threads that go on at the end of the process look at it
     return s_tFleet;
 }
 
@@ -88,6 +88,12 @@ std::shared_ptr<CDevice> CFleet::Find(std::string const& strAddress, uint32_t dw
         {
             return it->second;
         }
+    }
+    // One that listens at a port of its own is the only one at its address; 0 asks for it too.
+    const std::string strPrefix = Key(strAddress, 0) + ':';
+    if (const auto it = m_tDevices.lower_bound(strPrefix); it != m_tDevices.end() && it->first.starts_with(strPrefix))
+    {
+        return dwPort == 0 ? it->second : nullptr;
     }
     const bool bNobody = strAddress.empty() || LowerCase(strAddress).ends_with(".invalid");
     if (!m_bDefault || bNobody)

@@ -42,6 +42,15 @@ int LoadEnvironment()
     return eResultOk;
 }
 
+void SaveAll()
+{
+    for (auto const& pDevice : Fleet().All())
+    {
+        const CDevice::CLock tLock(*pDevice);
+        pDevice->Store().Save();
+    }
+}
+
 // A process that ends without a stop: no callback runs any more.
 [[gnu::destructor]] void OnExit()
 {
@@ -50,6 +59,7 @@ int LoadEnvironment()
         MediaStop();
         TimeWorker().Stop();
         DeliveryWorker().Stop();
+        SaveAll();
     }
 }
 
@@ -126,11 +136,7 @@ int Serve(tagCall<&CClientProtocolBase::Stop>)
     MediaStop();
     TimeWorker().Stop();
     DeliveryWorker().Stop();
-    for (auto const& pDevice : apDevices)
-    {
-        const CDevice::CLock tDeviceLock(*pDevice);
-        pDevice->Store().Save();
-    }
+    SaveAll();
     Face().pfnLog = nullptr;
     return Ended(bEnded);
 }

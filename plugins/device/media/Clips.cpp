@@ -185,6 +185,11 @@ std::size_t CClip::Length(uint64_t ullPicture, uint32_t dwSinceKey) const
     return Unit(ullPicture, dwSinceKey).tFrame.size();
 }
 
+std::size_t CClip::SliceBegin(uint64_t ullPicture, uint32_t dwSinceKey) const
+{
+    return Unit(ullPicture, dwSinceKey).nSlice;
+}
+
 Bytes CClip::Frame(uint64_t ullPicture, uint32_t dwSinceKey, std::vector<unsigned char>& abyRoom) const
 {
     tagUnit const& tUnit = Unit(ullPicture, dwSinceKey);

@@ -52,6 +52,8 @@ public:
     Bytes Frame(uint64_t ullPicture, uint32_t dwSinceKey, std::vector<unsigned char>& abyRoom) const;
     /// How long that is.
     std::size_t Length(uint64_t ullPicture, uint32_t dwSinceKey) const;
+    /// Where the slice begins in that frame, after its start code. Before it there are parameter sets at most.
+    std::size_t SliceBegin(uint64_t ullPicture, uint32_t dwSinceKey) const;
     /// The parameter sets before its key frames, without start codes: VPS (H.265), SPS, PPS.
     std::vector<Bytes> const& ParameterSets() const { return m_atParameterSets; }
     /// The picture that this key frame shows; -1: none of the clip's.

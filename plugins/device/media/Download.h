@@ -11,17 +11,21 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 namespace device
 {
 class CDevice;
 class CMuxer;
 
-/// A file on its way from a device. Any thread may call any function; none of them waits for the sink.
+/// A file on its way from a device. Gaps between recordings are left out of its time. What
+/// is coded in another way than the first recording is left out too: players take one codec a file. Any thread may call
+/// any function; none of them waits for the sink.
 class CDownload final : public CPumped
 {
 public:
-    static constexpr std::size_t g_nBlock = 256 << 10;
+    static constexpr std::size_t g_nBlock = 64 << 10;
 
     /// What tPara asks for; tPara.ullLength receives the length. Waits for eTransferStart. eResultNotFound: no such
     /// file, or nothing was recorded; eResultNoChannel, eResultBadArgument (ullOffset after the end too);
@@ -45,8 +49,12 @@ private:
         Running,
         Over,
     };
-    int Find(tagFileDownloadPara& tPara);
-    bool Fill(std::vector<unsigned char>& abyBlock);
+    int Find(tagFileDownloadPara const& tPara);
+    int FindRecording(tagFileDownloadPara const& tPara, std::string const& strFile);
+    bool Make();
+    uint64_t Measure(uint32_t dwFormat);
+    void Restart(uint32_t dwFormat);
+    bool Give();
     void End(int nResult);
 
     const std::shared_ptr<CDevice> m_pDevice;
@@ -55,14 +63,18 @@ private:
     eState m_eState = eState::Waiting;
 
     // The rest belongs to Run.
+    uint32_t m_dwChannel = 0;
     SharedBytes m_pFile;                        // a file that is kept as such
-    std::unique_ptr<CRecordedFrames> m_pFrames; // a recording
+    std::unique_ptr<CRecordedFrames> m_pFrames; // or a recording
     std::unique_ptr<CMuxer> m_pMuxer;
-    bool m_bHeader = false;
-    uint64_t m_ullSkip = 0; // of what comes
-    std::vector<unsigned char> m_abyAhead;
+    bool m_bBegan = false;
+    bool m_bEnded = false;
+    int64_t m_llGapsUs = 0; // time before the file's begin, and that of all gaps
+    int64_t m_llEndUs = 0;  // of the frame before
+    uint64_t m_ullSkip = 0; // bytes that the application has
+    std::vector<unsigned char> m_abyMade;
+    std::size_t m_nGiven = 0; // bytes of those
     std::FILE* m_pOutput = nullptr;
-    std::vector<unsigned char> m_abyRoom;
 };
 
 /// What every file of this format (eFileFormat) begins with, into pbyHeader; dwLength: the room there, then the length.

@@ -81,6 +81,25 @@ CRecordedFrames::CRecordedFrames(std::vector<tagRecording> const& atRecordings, 
     }
 }
 
+std::vector<CClip const*> CRecordedFrames::Clips() const
+{
+    std::vector<CClip const*> apClips;
+    for (tagSpan const& t : m_atSpans)
+    {
+        if (std::ranges::find(apClips, t.pClip) == apClips.end())
+        {
+            apClips.push_back(t.pClip);
+        }
+    }
+    return apClips;
+}
+
+uint32_t CRecordedFrames::AudioCodec() const
+{
+    const auto it = std::ranges::find_if(m_atSpans, [](tagSpan const& t) { return t.tAudio.bEnabled != 0; });
+    return m_bAudio && it != m_atSpans.end() ? it->tAudio.dwCodec : 0;
+}
+
 int64_t CRecordedFrames::StartUs() const
 {
     return m_atSpans.empty() ? 0 : m_atSpans.front().llStartUs;

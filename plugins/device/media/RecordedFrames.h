@@ -38,6 +38,10 @@ public:
                     bool bKeyFramesOnly);
 
     bool IsEmpty() const { return m_atSpans.empty(); }
+    /// The clips that occur.
+    std::vector<CClip const*> Clips() const;
+    /// eMediaCodec of the sound; 0: there is none.
+    uint32_t AudioCodec() const;
     int64_t StartUs() const;
     int64_t EndUs() const;
     /// The next one is the key frame at or before this time; in a gap: the first one after the gap. False: after the

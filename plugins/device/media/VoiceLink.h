@@ -40,9 +40,9 @@ private:
         int64_t llAtUs;
         eVoiceStreamSource eSource;
         std::vector<unsigned char> abyData;
-        int64_t llTimeUs;
     };
-    void Deliver(eVoiceStreamSource eSource, unsigned char const* pData, std::size_t nLength, int64_t llTimeUs);
+    int64_t Listen(int64_t llNowUs, bool bUp);
+    void Deliver(eVoiceStreamSource eSource, std::vector<unsigned char> const& abyData, int64_t llTimeUs);
 
     const std::shared_ptr<CDevice> m_pDevice;
     const tagVoiceStreamPara m_tPara;
