@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -18,13 +19,12 @@ namespace
 {
 using namespace std::chrono_literals;
 using CClock = std::chrono::steady_clock;
-constexpr int g_nStreams = 10; // of each device
 constexpr int64_t g_llHour = 3600000000;
 
 struct tagStream
 {
     int nMedia = -1;
-    int nDevice = 0;
+    unsigned nDevice = 0;
     std::atomic<unsigned> dwFrames{0};
     std::atomic<unsigned> dwWrong{0};
 };
@@ -40,14 +40,18 @@ int OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwU
     return 0;
 }
 
-void Fault(int nDevice, eFaultKind eKind, uint32_t dwMilliseconds, int64_t llOffsetUs = 0)
+void Address(unsigned nDevice, char (&szAddress)[256])
+{
+    std::snprintf(szAddress, sizeof szAddress, "fleet-%u", nDevice);
+}
+void Fault(unsigned nDevice, eFaultKind eKind, uint32_t dwMilliseconds, int64_t llOffsetUs = 0)
 {
     tagDeviceFault tFault{};
     tFault.dwSize = sizeof tFault;
     tFault.dwFault = static_cast<uint32_t>(eKind);
     tFault.dwMilliseconds = dwMilliseconds;
     tFault.llOffsetUs = llOffsetUs;
-    std::snprintf(tFault.szAddress, sizeof tFault.szAddress, "fleet-%d", nDevice);
+    Address(nDevice, tFault.szAddress);
     EXPECT_EQ(ClientAdapter_RTSPSetIsProductTest(eMiscFault, &tFault, sizeof tFault, eProtocolVTQ), 0);
 }
 
@@ -67,35 +71,106 @@ long ResidentKiB()
     return nKiB;
 }
 
-// All devices' streams, for a while during which devices restart.
-void Run(int nDevices, std::chrono::milliseconds tFor)
+// Devices, each with a login and streams of all its channels.
+class CFleetOfStreams
 {
-    std::vector<int> anLogins(static_cast<std::size_t>(nDevices), -1);
-    std::vector<tagStream> atStreams(anLogins.size() * g_nStreams);
-    for (int i = 0; i < nDevices; ++i)
+public:
+    explicit CFleetOfStreams(unsigned nDevices) : m_anLogins(nDevices, -1), m_atStreams(std::size_t{nDevices} * 10)
     {
         tagUserLoginPara tLogin{};
-        std::snprintf(tLogin.szAddress, sizeof tLogin.szAddress, "fleet-%d", i);
         strcpy(tLogin.szUserName, "admin");
         strcpy(tLogin.szPassword, "admin");
-        int& nLogin = anLogins[static_cast<std::size_t>(i)];
-        ASSERT_EQ(ClientAdapter_UserLogin(&nLogin, eProtocolVTQ, &tLogin), 0);
-        for (int j = 0; j < g_nStreams; ++j)
+        for (unsigned i = 0; i < m_atStreams.size(); ++i)
         {
-            tagStream& tStream = atStreams[static_cast<std::size_t>(i * g_nStreams + j)];
-            tagRealStreamPara tPara{static_cast<uint32_t>(j) % 4, 0, j % 2 ? eStreamMain : eStreamSub, {}};
-            tStream.nDevice = i;
-            ASSERT_EQ(ClientAdapter_RealStreamConnect(&tStream.nMedia, nLogin, &tPara), 0);
-            ASSERT_EQ(ClientAdapter_StreamMediaCB(tStream.nMedia, OnFrame, reinterpret_cast<unsigned long>(&tStream)),
+            tagStream& tStream = m_atStreams[i];
+            tStream.nDevice = i / 10;
+            int& nLogin = m_anLogins[tStream.nDevice];
+            if (i % 10 == 0)
+            {
+                Address(tStream.nDevice, tLogin.szAddress);
+                EXPECT_EQ(ClientAdapter_UserLogin(&nLogin, eProtocolVTQ, &tLogin), 0);
+            }
+            tagRealStreamPara tPara{i % 4, 0, static_cast<uint32_t>(i % 2 ? eStreamMain : eStreamSub), {}};
+            EXPECT_EQ(ClientAdapter_RealStreamConnect(&tStream.nMedia, nLogin, &tPara), 0);
+            EXPECT_EQ(ClientAdapter_StreamMediaCB(tStream.nMedia, OnFrame, reinterpret_cast<unsigned long>(&tStream)),
                       0);
         }
     }
-    std::minstd_rand tRandom(nDevices);
-    for (const auto tEnd = CClock::now() + tFor; CClock::now() < tEnd; std::this_thread::sleep_for(20ms))
+    ~CFleetOfStreams()
     {
-        Fault(static_cast<int>(tRandom() % static_cast<unsigned>(nDevices)), eFaultRestart, 100 + tRandom() % 900);
+        unsigned dwWrong = 0;
+        for (tagStream const& tStream : m_atStreams)
+        {
+            EXPECT_EQ(ClientAdapter_RealStreamDisconnect(tStream.nMedia), 0);
+            dwWrong += tStream.dwWrong;
+        }
+        for (const int nLogin : m_anLogins)
+        {
+            EXPECT_EQ(ClientAdapter_UserLogout(nLogin), 0);
+        }
+        EXPECT_EQ(dwWrong, 0) << "frames of another stream's device";
     }
-    // Every stream comes back.
-    std::vector<unsigned> adwBefore(atStreams.begin(), atStreams.end());
-}
+    CFleetOfStreams(CFleetOfStreams const&) = delete;
+    CFleetOfStreams& operator=(CFleetOfStreams const&) = delete;
+
+    // Each of them brings more frames.
+    void AwaitAll()
+    {
+        std::vector<unsigned> adwBefore(m_atStreams.size());
+        std::ranges::transform(m_atStreams, adwBefore.begin(), [](tagStream const& t) { return t.dwFrames.load(); });
+        const auto tUntil = CClock::now() + 90s;
+        for (std::size_t i = 0; i < m_atStreams.size();)
+        {
+            if (m_atStreams[i].dwFrames >= adwBefore[i] + 5)
+            {
+                ++i;
+            }
+            else if (CClock::now() > tUntil)
+            {
+                FAIL() << "stream " << i % 10 << " of device " << i / 10 << " has not come back";
+            }
+            else
+            {
+                std::this_thread::sleep_for(10ms);
+            }
+        }
+    }
+
+private:
+    std::vector<int> m_anLogins;
+    std::deque<tagStream> m_atStreams;
+};
 } // namespace
+
+TEST(Fleet, StreamsOutliveRestarts)
+{
+    std::minstd_rand tRandom(7);
+    ClientAdapter_Start(16);
+    for (unsigned i = 0; i < TESSARO_DEVICES; ++i)
+    {
+        Fault(i, eFaultClockJump, 0, i * g_llHour);
+    }
+    {
+        CFleetOfStreams(TESSARO_DEVICES).AwaitAll(); // what is made once is there then
+    }
+    const auto nThreads = Entries("/proc/self/task");
+    const auto nFiles = Entries("/proc/self/fd");
+    const auto nKiB = ResidentKiB();
+    {
+        CFleetOfStreams tFleet(TESSARO_DEVICES);
+        for (const auto tEnd = CClock::now() + std::chrono::seconds(TESSARO_SECONDS); CClock::now() < tEnd;)
+        {
+            Fault(static_cast<unsigned>(tRandom() % TESSARO_DEVICES), eFaultRestart,
+                  static_cast<uint32_t>(100 + tRandom() % 900));
+            std::this_thread::sleep_for(30ms);
+        }
+        tFleet.AwaitAll();
+    }
+    EXPECT_EQ(Entries("/proc/self/task"), nThreads);
+    EXPECT_EQ(Entries("/proc/self/fd"), nFiles);
+    if (TESSARO_MEASURES_MEMORY)
+    {
+        EXPECT_LT(ResidentKiB(), nKiB + 8192);
+    }
+    ClientAdapter_Stop();
+}
