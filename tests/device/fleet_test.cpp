@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
@@ -27,6 +28,7 @@ struct tagStream
     unsigned nDevice = 0;
     std::atomic<unsigned> dwFrames{0};
     std::atomic<unsigned> dwWrong{0};
+    std::atomic<unsigned> dwReturns{0};
 };
 
 // A device's clock is as many hours ahead as its number is.
@@ -37,6 +39,7 @@ int OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwU
     const bool bMine =
         reinterpret_cast<intptr_t>(hStream) == tStream.nMedia && (llAhead + g_llHour / 2) / g_llHour == tStream.nDevice;
     ++(bMine ? tStream.dwFrames : tStream.dwWrong);
+    tStream.dwReturns += (ptFrame->dwFlags & eFrameDiscontinuity) != 0;
     return 0;
 }
 
@@ -136,6 +139,13 @@ public:
         }
     }
 
+    // How often streams have come back.
+    unsigned Returns() const
+    {
+        return std::accumulate(m_atStreams.begin(), m_atStreams.end(), 0U,
+                               [](unsigned n, tagStream const& t) { return n + t.dwReturns; });
+    }
+
 private:
     std::vector<int> m_anLogins;
     std::deque<tagStream> m_atStreams;
@@ -165,6 +175,7 @@ TEST(Fleet, StreamsOutliveRestarts)
             std::this_thread::sleep_for(30ms);
         }
         tFleet.AwaitAll();
+        EXPECT_GT(tFleet.Returns(), TESSARO_DEVICES * 10);
     }
     EXPECT_EQ(Entries("/proc/self/task"), nThreads);
     EXPECT_EQ(Entries("/proc/self/fd"), nFiles);
