@@ -15,13 +15,14 @@
 ///    other number is the plug-in's own, handed on unchanged: ePluginResult. Nothing is thrown. Every call to a device
 ///    may answer eResultBadHandle (the plug-in was stopped meanwhile), eResultBadArgument, eResultNotSupported,
 ///    eResultNotStarted, eResultNoResources, eResultBusy, eResultTimeOut, eResultConnectionLost, eResultUnreachable,
-///    and eResultWrongLogin when the user's level (eUserLevel) doesn't allow it. Each group tells which others can
+///    and eResultWrongLogin when the user's level (eUserLevel) doesn't allow it. Each group says which others can
 ///    come, and each function only what is special to it.
 /// 3. What a protocol doesn't know is not asked: 0, nothing done, outputs as they were. RTSP knows logins, live streams
 ///    with their frames, events and control, and attributes; all else on an RTSP ID does nothing, and an opening
-///    function takes a media ID with nothing behind it. ONVIF, VTQ and the private protocol know all but what is told.
-/// 4. Pointers. What a pointer points at stays the caller's and need not outlive the call. Apart from what a function
-///    tells, the library doesn't test pointers: the plug-in gets exactly what the caller passed.
+///    function takes a media ID with nothing behind it. ONVIF, VTQ and the private protocol know everything, unless
+///    a function says otherwise.
+/// 4. Pointers. What a pointer points at stays the caller's and need not outlive the call. Unless a function says
+///    otherwise, the library doesn't test pointers: the plug-in gets exactly what the caller passed.
 /// 5. Values. nLength and dwLength count the bytes at the pointer before them. Records and codes, with their units,
 ///    are those of @ref plugin; channels, inputs, outputs, disks, screens and windows count from 0. A plug-in of
 ///    somebody else's may have numbers of its own: the library hands everything on unchanged.
@@ -134,7 +135,7 @@ TESSARO_API int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID);
 /// counts of an RTSP stream come from TessaroExtra_GetStreamStatistics.
 TESSARO_API int ClientAdapter_GetPackageInfo(int nMediaID, void* pInfo, int nLength);
 
-/// Marks a stream as belonging to a link, whose ID ClientAdapter_QueryStreamMediaLinkID told.
+/// Marks a stream as belonging to a link, whose ID comes from ClientAdapter_QueryStreamMediaLinkID.
 TESSARO_API int ClientAdapter_SetStreamMediaLinkID(int nMediaID, unsigned long dwLink);
 
 /// The link ID to use for a media function, into *ptResult.
@@ -216,19 +217,19 @@ TESSARO_API int ClientAdapter_FileDownloadCB(int nMediaID, FileDownloadCallback 
 TESSARO_API int ClientAdapter_SubscribeEvent(int nLoginID, unsigned long dwEvent, DeviceEventCallback pfnEvent,
                                              unsigned long dwUser);
 
-/// Tells the plug-in to end the events of dwEvent, 0: all that ClientAdapter_SubscribeEvent began. Should it call back
-/// all the same, the callback runs. For RTSP nothing ends: a stream's events go on until it is closed.
+/// Tells the plug-in to end the events of dwEvent, 0: all that ClientAdapter_SubscribeEvent began. If it still calls
+/// back, the callback runs. For RTSP nothing ends: a stream's events go on until it is closed.
 TESSARO_API int ClientAdapter_UnSubscribeEvent(int nLoginID, unsigned long dwEvent);
 
-/// Told when an ONVIF or VTQ device forces a user off; called by the plug-ins directly, with their own handle of the
-/// login. They may keep pfnDelete until the stop. Always 0.
+/// pfnDelete is called when an ONVIF or VTQ device logs a user out; by the plug-ins directly, with their own handle of
+/// the login. They may keep pfnDelete until the stop. Always 0.
 TESSARO_API int ClientAdapter_DeleteUserForceCB(DeleteUserForceCallback pfnDelete, unsigned long dwUser);
 
-/// ONVIF and VTQ devices that register themselves are told to pfnRegister, by the plug-ins directly. They may keep it
-/// until the stop. Always 0. ClientAdapter_DeviceRegisterListenStart begins the listening.
+/// pfnRegister is called for each ONVIF and VTQ device that registers itself, by the plug-ins directly. They may keep
+/// it until the stop. Always 0. ClientAdapter_DeviceRegisterListenStart starts to listen for devices.
 TESSARO_API int ClientAdapter_DeviceRegisterCB(DeviceRegisterCallback pfnRegister);
 
-/// Looks for ONVIF and VTQ devices on the network; each is told to pfnProbe, by the plug-ins directly, until
+/// Looks for ONVIF and VTQ devices on the network. pfnProbe is called for each, by the plug-ins directly, until
 /// ClientAdapter_DeviceProbeStop. Always 0. Every call writes three diagnostic lines.
 TESSARO_API int ClientAdapter_DeviceProbeStart(tagDeviceProbeParameter* ptPara, DeviceProbeCallback pfnProbe);
 
@@ -472,8 +473,8 @@ TESSARO_API int ClientAdapter_StreamTransferDisconnect(int nMediaID);
 /// @defgroup discovery Devices that register themselves, probing, fonts, configuration over HTTP
 /// What needs no login.
 ///
-/// These ask ONVIF, then VTQ, with the same pointers, so the later answer stands; their results are not told: always 0,
-/// also before the start. What is found goes to the callbacks of ClientAdapter_DeviceRegisterCB and
+/// These ask ONVIF, then VTQ, with the same pointers, so the later answer stands. The plug-ins' results are lost:
+/// always 0, also before the start. What is found goes to the callbacks of ClientAdapter_DeviceRegisterCB and
 /// ClientAdapter_DeviceProbeStart.
 /// @snippet discovery.c discovery
 /// @{
@@ -655,7 +656,7 @@ TESSARO_API int ClientAdapter_DecoderChannelGetOSDTime(int nLoginID, unsigned lo
 /// for the plug-ins' waits one after the other.
 TESSARO_API int ClientAdapter_GetSDKVersion(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout,
                                             eNetworkSDKVersion* peVersion);
-/// Lets the plug-ins see whether a device answers, without a login. Always 0: the answer isn't told. Blocks as
+/// Lets the plug-ins see whether a device answers, without a login. Always 0, whatever they answer. Blocks as
 /// ClientAdapter_GetSDKVersion.
 TESSARO_API int ClientAdapter_DeviceIsOnline(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout);
 /// The header that recorded files of a type (eFileFormat) begin with, into pbyHeader. *pdwLength: the room there, then

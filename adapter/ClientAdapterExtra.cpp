@@ -8,8 +8,8 @@ namespace
 {
 struct tagResultText
 {
-    int nResult;
-    char const* szText;
+    short nResult;
+    char szText[58]; // in place: pointers would be relocated at every start
 };
 constexpr tagResultText g_atResultText[] = {
     {eResultOk, "done"},

@@ -62,7 +62,7 @@ int Allocate(tagTable const& tTable, int& nID, F fnStore)
         return 0;
     }
     tagResource& tRecord = tTable.atRecord[nFound];
-    tagLookUp tUnused{};
+    tagLookUp tUnused;
     tagLookUp& tLookUp = tTable.atLookUp ? tTable.atLookUp[nFound] : tUnused;
     tLookUp.tSequence.BeginWrite();
     fnStore(tRecord);

@@ -21,6 +21,7 @@ constexpr std::size_t g_nWord = sizeof(void*);
 constexpr bool g_b32Bit = g_nWord == 4;
 
 // A class with virtual functions that had these members, one after the other.
+// NOLINTBEGIN(bugprone-sizeof-expression): pointers are members like any other.
 template <class... Members>
 constexpr std::size_t Polymorphic()
 {
@@ -28,6 +29,7 @@ constexpr std::size_t Polymorphic()
     ((nSize = (nSize + alignof(Members) - 1) / alignof(Members) * alignof(Members) + sizeof(Members)), ...);
     return (nSize + g_nWord - 1) / g_nWord * g_nWord;
 }
+// NOLINTEND(bugprone-sizeof-expression)
 
 static_assert(sizeof(CSetCallBack) == (g_b32Bit ? 88 : 152));
 static_assert(offsetof(CSetCallBack, cbFileDownload) == 6 * g_nWord);

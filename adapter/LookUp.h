@@ -20,9 +20,9 @@ struct tagTarget
 /// takes no memory until IDs are given.
 struct alignas(16) tagLookUp
 {
-    CSequence tSequence; ///< whole while the slot is used: not while it is free or being allocated
-    eProtocolType eType; ///< the record's
-    void* hHandle;       ///< the record's
+    CSequence tSequence;     ///< whole while the slot is used: not while it is free or being allocated
+    eProtocolType eType{};   ///< the record's
+    void* hHandle = nullptr; ///< the record's
 };
 
 [[gnu::visibility("hidden")]] extern tagLookUp g_atUserLookUp[Client::nSlots];  ///< of the logins

@@ -22,7 +22,7 @@ inline constexpr tagBindingProfile g_tVTQProfile{
     .szOpenFailed = "open vtq client fail ",
 };
 
-/// VTQ. Irregular: three login queries refuse a null output pointer, and a missing ForceIFrame is told on every call.
+/// VTQ. Irregular: three login queries refuse a null output pointer, and a missing ForceIFrame writes a line on every call.
 class CProtocolSetVTQ final : public CClientProtocolBase
 {
 public:

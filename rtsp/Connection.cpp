@@ -13,7 +13,7 @@ namespace rtsp
 {
 namespace
 {
-constexpr std::size_t g_nMostKept = 256 * 1024;
+constexpr std::size_t g_nMostKept = std::size_t{256} << 10;
 
 // OpenSSL's own way to a socket raises SIGPIPE.
 int SendOnSocket(BIO* ptBio, char const* pData, int nLength)

@@ -101,7 +101,6 @@ CTask<int> CControl::ConnectTo(tagPeer const& tPeer, tagEndpoint const& tEndpoin
     {
         m_pConnection->BeginTls(tPeer.tUrl.strHost, tPeer.bTrusted);
         m_bReady = true;
-        nError = EAGAIN;
         while ((nError = fnWait(std::exchange(m_bReady, false) ? m_pConnection->Handshake(m_tClient) : EAGAIN)) ==
                EAGAIN)
         {

@@ -20,32 +20,66 @@ thread_local CDelivery const* g_pOwn = nullptr;
 
 // Which stream's callback waits for which other stream's callback to return. Streams that close each other from their
 // callbacks would wait for each other; the one that would close the circle doesn't wait.
-struct tagWait
+class CWait
 {
-    CDelivery const* pWaiter;
-    CDelivery const* pTarget;
-    tagWait* ptNext;
-};
-std::mutex& g_tWaitsMutex = *new std::mutex; // never destroyed: streams may outlive statics
-tagWait* g_ptWaits = nullptr;
-
-bool StartsCircle(CDelivery const* pWaiter, CDelivery const* pTarget)
-{
-    while (pTarget != pWaiter)
+public:
+    /// pWaiter: null: the caller is in no callback.
+    CWait(CDelivery const* pWaiter, CDelivery const* pTarget) : m_pWaiter(pWaiter), m_pTarget(pTarget)
     {
-        tagWait const* pt = g_ptWaits;
-        while (pt && pt->pWaiter != pTarget)
+        if (m_pWaiter)
         {
-            pt = pt->ptNext;
+            const std::lock_guard tLock(g_tMutex);
+            m_bClosesCircle = IsCircle();
+            m_pNext = std::exchange(g_pFirst, this);
         }
-        if (!pt)
-        {
-            return false;
-        }
-        pTarget = pt->pTarget;
     }
-    return true;
-}
+    ~CWait()
+    {
+        if (m_pWaiter)
+        {
+            const std::lock_guard tLock(g_tMutex);
+            CWait** ppWait = &g_pFirst;
+            while (*ppWait != this)
+            {
+                ppWait = &(*ppWait)->m_pNext;
+            }
+            *ppWait = m_pNext;
+        }
+    }
+    CWait(CWait const&) = delete;
+    CWait& operator=(CWait const&) = delete;
+
+    bool ClosesCircle() const { return m_bClosesCircle; }
+
+private:
+    bool IsCircle() const
+    {
+        CDelivery const* pTarget = m_pTarget;
+        while (pTarget != m_pWaiter)
+        {
+            CWait const* pWait = g_pFirst;
+            while (pWait && (pWait->m_pWaiter != pTarget || pWait->m_bClosesCircle))
+            {
+                pWait = pWait->m_pNext;
+            }
+            if (!pWait)
+            {
+                return false;
+            }
+            pTarget = pWait->m_pTarget;
+        }
+        return true;
+    }
+
+    // Nothing to destroy: streams may outlive statics.
+    static inline constinit std::mutex g_tMutex;
+    static inline constinit CWait* g_pFirst = nullptr;
+
+    CDelivery const* const m_pWaiter;
+    CDelivery const* const m_pTarget;
+    CWait* m_pNext = nullptr;
+    bool m_bClosesCircle = false;
+};
 
 bool IsVideo(tagStreamMediaFrame const& tFrame)
 {
@@ -129,10 +163,16 @@ void CDelivery::PutFrame(tagTrackFrame& tFrame, unsigned iTrack)
 // Under the mutex.
 void CDelivery::Put(tagItem&& tItem)
 {
-    if (!m_bMuted)
+    if (m_bMuted)
     {
-        m_atItems.push_back(std::move(tItem));
+        return;
     }
+    if (m_atSpare.empty())
+    {
+        m_atSpare.emplace_back();
+    }
+    m_atSpare.front() = std::move(tItem);
+    m_atItems.splice(m_atItems.end(), m_atSpare, m_atSpare.begin());
 }
 
 void CDelivery::SetState(Words const& adwWords)
@@ -203,11 +243,13 @@ bool CDelivery::CallNext(std::unique_lock<std::mutex>& tLock)
     {
         return false;
     }
-    tagItem tItem = std::move(m_atItems.front());
-    m_atItems.pop_front();
+    std::list<tagItem> atNow;
+    atNow.splice(atNow.begin(), m_atItems, m_atItems.begin());
+    tagItem& tItem = atNow.front();
     if (tItem.adwWords[0] == 0)
     {
         CallWithFrame(tLock, tItem);
+        m_atSpare.swap(atNow);
         return true;
     }
     if (bStateNext)
@@ -361,32 +403,8 @@ int CDelivery::AwaitCallback(void const* pCallback, Clock::time_point tUntil)
     {
         return eResultOk;
     }
-    tagWait tWait{g_pOwn, this, nullptr};
-    if (g_pOwn)
-    {
-        tLock.unlock();
-        {
-            const std::lock_guard tWaitsLock(g_tWaitsMutex);
-            if (StartsCircle(g_pOwn, this))
-            {
-                return eResultOk;
-            }
-            tWait.ptNext = std::exchange(g_ptWaits, &tWait);
-        }
-        tLock.lock();
-    }
-    const bool bOver = m_tChanged.wait_until(tLock, tUntil, fnOver);
-    tLock.unlock();
-    if (g_pOwn)
-    {
-        const std::lock_guard tWaitsLock(g_tWaitsMutex);
-        tagWait** pptWait = &g_ptWaits;
-        while (*pptWait != &tWait)
-        {
-            pptWait = &(*pptWait)->ptNext;
-        }
-        *pptWait = tWait.ptNext;
-    }
+    const CWait tWait(g_pOwn, this);
+    const bool bOver = tWait.ClosesCircle() || m_tChanged.wait_until(tLock, tUntil, fnOver);
     return bOver ? 0 : eResultStillRunning;
 }
 } // namespace rtsp

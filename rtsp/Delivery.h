@@ -9,7 +9,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <mutex>
 
 namespace rtsp
@@ -35,7 +35,7 @@ class CDelivery
 public:
     using Words = std::array<unsigned long, 4>;
 
-    static constexpr std::size_t nMostBytes = 8 * 1024 * 1024; ///< of frames that wait
+    static constexpr std::size_t nMostBytes = std::size_t{8} << 20; ///< of frames that wait
 
     /// hStream: what callbacks get first.
     CDelivery(void* hStream, CLoop& tLoop, IDeliverer& tDeliverer);
@@ -108,9 +108,10 @@ private:
     std::array<tagCallback<DeviceEventCallback>, 2> m_atListeners;
     std::array<bool, 2> m_abNewListener{};
     Words m_adwTold{}; ///< the last change of state that was told
-    std::deque<tagItem> m_atItems;
-    std::size_t m_nBytes = 0; ///< of the frames among them
-    bool m_bRunning = false;  ///< a thread is in Run
+    std::list<tagItem> m_atItems;
+    std::list<tagItem> m_atSpare; ///< room for the next one
+    std::size_t m_nBytes = 0;     ///< of the frames among them
+    bool m_bRunning = false;      ///< a thread is in Run
     bool m_bMuted = false;
     void const* m_pCalled = nullptr; ///< the registration whose function is running
     std::uint64_t m_ullCalls = 0;    ///< callbacks that have returned

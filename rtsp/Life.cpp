@@ -132,6 +132,32 @@ void CLife::Play(tagPlayback const& tPlayback)
     m_tWaker.Raise(*this);
 }
 
+std::optional<tagAudioFormat> CLife::BackFormat()
+{
+    std::optional<tagAudioFormat> tFormat;
+    m_tStrand.Visit([&] { tFormat = m_tMedia.BackFormat(); });
+    return tFormat;
+}
+
+bool CLife::SendAudio(Bytes abyFrame, std::uint32_t nSamples, bool bFirst)
+{
+    bool bSent = false;
+    m_tStrand.Visit(
+        [&]
+        {
+            if (m_tMedia.BackFormat() && m_tControl.IsOpen())
+            {
+                m_tMedia.SendAudio(abyFrame, nSamples, bFirst);
+                bSent = m_tControl.IsOpen();
+            }
+        });
+    if (!bSent)
+    {
+        m_tWaker.Raise(*this); // the connection may have broken just now
+    }
+    return bSent;
+}
+
 void CLife::RequestEnd()
 {
     m_bEndRequested = true;
@@ -317,7 +343,7 @@ CTask<> CLife::Try()
     {
         m_nError = ENOMEM;
     }
-    m_tMedia.Hold();
+    m_tMedia.Hold(Clock::now());
     const bool bPaused = m_bPauseWanted && eWhy != eOutcome::Refused;
     if (!m_bEndRequested && !bPaused && eWhy != eOutcome::Paused)
     {
@@ -426,7 +452,7 @@ CTask<CLife::eOutcome> CLife::SetUpAt(tagUrl tUrl)
     tRequest.atHeaders.push_back({"Accept", "application/sdp"});
     if (m_tOptions.bBackChannel)
     {
-        tRequest.atHeaders.push_back({"Require", "www.onvif.org/ver20/backchannel"});
+        AddRequire(tRequest);
     }
     if (const eOutcome eWhy = co_await Request(tRequest, tAnswer); eWhy != eOutcome::Done)
     {
@@ -447,14 +473,25 @@ CTask<CLife::eOutcome> CLife::SetUpTracks(tagDescription tDescription, std::stri
 {
     std::vector<std::string> astrTracks;
     eOutcome eRefused = eOutcome::Done;
+    // By the rules a description tells which way media goes as its server sees it; ONVIF's back channel is told as the
+    // client sees it. Which of the two a device means, its video tells.
+    const bool bServersView = std::any_of(
+        tDescription.atMedia.begin(), tDescription.atMedia.end(),
+        [](auto const& tMedia) { return tMedia.strMedia == "video" && tMedia.eWay == eDirection::SendOnly; });
+    const eDirection eBack = bServersView ? eDirection::ReceiveOnly : eDirection::SendOnly;
     for (tagMediaDescription const& tMedia : tDescription.atMedia)
     {
-        if (tMedia.nPayloadType < 0 || tMedia.eWay == eDirection::Inactive || m_tMedia.Count() == g_nMostTracks)
+        const bool bBack = m_tOptions.bBackChannel && tMedia.strMedia == "audio" && tMedia.eWay == eBack;
+        const std::optional<tagAudioFormat> tFormat = bBack ? CBackChannel::FormatOf(tMedia) : std::nullopt;
+        if (tMedia.nPayloadType < 0 || tMedia.eWay == eDirection::Inactive || astrTracks.size() == g_nMostTracks ||
+            (bBack && !tFormat))
         {
             continue;
         }
         std::string strUri = ResolveControl(strBase, tMedia.strControl);
-        const eOutcome eWhy = co_await SetUpTrack(tMedia, strUri);
+        CChannel& tChannel =
+            bBack ? m_tMedia.AddBackChannel(tMedia, *tFormat, m_eTransport) : m_tMedia.Add(tMedia, m_eTransport);
+        const eOutcome eWhy = co_await SetUpTrack(tChannel, tMedia, strUri, astrTracks.size());
         if (eWhy == eOutcome::Done)
         {
             astrTracks.push_back(std::move(strUri));
@@ -467,7 +504,7 @@ CTask<CLife::eOutcome> CLife::SetUpTracks(tagDescription tDescription, std::stri
         m_tMedia.DropLast();
         eRefused = eWhy;
     }
-    if (astrTracks.empty())
+    if (m_tMedia.Count() == 0)
     {
         co_return eRefused == eOutcome::Refused ? eRefused : Failed(EPROTO);
     }
@@ -475,26 +512,19 @@ CTask<CLife::eOutcome> CLife::SetUpTracks(tagDescription tDescription, std::stri
     co_return co_await PlayAll(astrTracks);
 }
 
-CTask<CLife::eOutcome> CLife::SetUpTrack(tagMediaDescription const& tDescription, std::string strUri)
+CTask<CLife::eOutcome> CLife::SetUpTrack(CChannel& tChannel, tagMediaDescription const& tDescription,
+                                         std::string strUri, std::size_t iTrack)
 {
     tagMessage tRequest;
     tRequest.strMethod = "SETUP";
     tRequest.strUri = std::move(strUri);
-    const std::size_t iTrack = m_tMedia.Add(tDescription, m_eTransport);
     std::string strTransport;
-    if (const int nError = m_tMedia.MakeTransport(iTrack, strTransport); nError != 0)
+    if (const int nError = tChannel.MakeRequest(iTrack, strTransport); nError != 0)
     {
         co_return Failed(nError);
     }
     tRequest.atHeaders.push_back({"Transport", strTransport});
-    if (m_tOptions.bBackChannel)
-    {
-        tRequest.atHeaders.push_back({"Require", "www.onvif.org/ver20/backchannel"});
-    }
-    else if (m_tOptions.tPlayback)
-    {
-        tRequest.atHeaders.push_back({"Require", "onvif-replay"});
-    }
+    AddRequire(tRequest);
     tagMessage tAnswer;
     if (const eOutcome eWhy = co_await Request(std::move(tRequest), tAnswer); eWhy != eOutcome::Done)
     {
@@ -511,8 +541,21 @@ CTask<CLife::eOutcome> CLife::SetUpTrack(tagMediaDescription const& tDescription
         m_tSignOfLifeTime = SignOfLifeTime(0);
     }
     const std::optional<tagTransport> tTransport = ParseTransport(tAnswer.Header("Transport"));
-    const int nError = tTransport ? m_tMedia.TakeTransport(iTrack, *tTransport, tDescription) : EPROTO;
+    const int nError = tTransport ? tChannel.TakeAnswer(*tTransport, tDescription) : EPROTO;
     co_return nError == 0 ? eOutcome::Done : Failed(nError);
+}
+
+// A server that doesn't know the word refuses.
+void CLife::AddRequire(tagMessage& tRequest) const
+{
+    if (m_tOptions.bBackChannel)
+    {
+        tRequest.atHeaders.push_back({"Require", "www.onvif.org/ver20/backchannel"});
+    }
+    if (m_tOptions.tPlayback)
+    {
+        tRequest.atHeaders.push_back({"Require", "onvif-replay"});
+    }
 }
 
 // One PLAY for all tracks, or where a server doesn't want that, one for each.
@@ -551,11 +594,14 @@ tagMessage CLife::PlayRequest(std::string strUri, bool bResumes)
     }
     const bool bAnew = m_bPlayAnew.exchange(false);
     const std::lock_guard tLock(m_tPlaybackMutex);
-    tRequest.atHeaders.push_back({"Require", "onvif-replay"});
+    AddRequire(tRequest);
     tRequest.atHeaders.push_back({"Scale", Number(m_tPlayback.dScale)});
-    if (!bResumes || bAnew)
+    if ((!bResumes || bAnew) && m_tPlayback.tRange)
     {
-        tRequest.atHeaders.push_back({"Range", RangeText(m_tPlayback.tRange)});
+        tRequest.atHeaders.push_back({"Range", RangeText(*m_tPlayback.tRange)});
+    }
+    if (bAnew)
+    {
         tRequest.atHeaders.push_back({"Immediate", "yes"});
     }
     if (m_tPlayback.bAsFastAsPossible)
@@ -728,7 +774,7 @@ CTask<CLife::eOutcome> CLife::StayPaused()
     {
         co_return eWhy == eOutcome::Ended ? eWhy : eOutcome::Paused;
     }
-    m_tMedia.Hold();
+    m_tMedia.Hold(Clock::now());
     SetState(eConnectionPaused);
     while (m_bPauseWanted && !m_bEndRequested)
     {
@@ -757,7 +803,7 @@ CTask<CLife::eOutcome> CLife::StayPaused()
 // good-bye back.
 CTask<> CLife::Disconnect()
 {
-    m_tMedia.Hold();
+    m_tMedia.Hold(Clock::now());
     if (m_tControl.IsOpen() && !m_tControl.Session().empty())
     {
         tagMessage tRequest;

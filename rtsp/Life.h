@@ -48,6 +48,8 @@ public:
     CDelivery& Delivery() { return m_tDelivery; }
     void SetPaused(bool bPaused);
     void Play(tagPlayback const& tPlayback);
+    std::optional<tagAudioFormat> BackFormat();
+    bool SendAudio(Bytes abyFrame, std::uint32_t nSamples, bool bFirst);
     /// Ends soon.
     void RequestEnd();
     /// Ends here and now.
@@ -78,7 +80,9 @@ private:
     CTask<eOutcome> SetUp();
     CTask<eOutcome> SetUpAt(tagUrl tUrl);
     CTask<eOutcome> SetUpTracks(tagDescription tDescription, std::string strBase);
-    CTask<eOutcome> SetUpTrack(tagMediaDescription const& tDescription, std::string strUri);
+    CTask<eOutcome> SetUpTrack(CChannel& tChannel, tagMediaDescription const& tDescription, std::string strUri,
+                               std::size_t iTrack);
+    void AddRequire(tagMessage& tRequest) const;
     CTask<eOutcome> PlayAll(std::vector<std::string> const& astrTracks);
     CTask<eOutcome> Receive();
     CTask<eOutcome> StayPaused();

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "rtsp/Control.h"
+#include "rtsp/BackChannel.h"
+#include "rtsp/Channel.h"
 #include "rtsp/Delivery.h"
-#include "rtsp/Headers.h"
-#include "rtsp/Socket.h"
 #include "rtsp/Timeline.h"
 #include "rtsp/Track.h"
 
@@ -31,26 +30,24 @@ public:
 
     /// Forgets the tracks of the session before.
     void Clear();
-    /// A track that is being set up. Its number; it has no way to come yet.
-    std::size_t Add(tagMediaDescription const& tDescription, eRtspTransport eTransport);
-    /// What to ask the server for. 0, or an errno: no ports are left.
-    int MakeTransport(std::size_t iTrack, std::string& strTransport);
-    /// What the server answered. 0, or an errno; EPROTO: it isn't what was asked for.
-    int TakeTransport(std::size_t iTrack, tagTransport const& tTransport, tagMediaDescription const& tDescription);
-    /// The server didn't want the last one that was added.
-    void DropLast() { m_atTracks.pop_back(); }
+    /// A track that is being set up; its channel.
+    CChannel& Add(tagMediaDescription const& tDescription, eRtspTransport eTransport);
+    /// A track that is sent.
+    CChannel& AddBackChannel(tagMediaDescription const& tDescription, tagAudioFormat const& tFormat,
+                             eRtspTransport eTransport);
+    /// The server doesn't want the one that was added last.
+    void DropLast();
+    /// Tracks that are received.
     std::size_t Count() const { return m_atTracks.size(); }
-
     /// From here on packets are taken; what comes has nothing to do with what came before.
     void Begin(CTimeline::ePace ePace);
-    /// No packet is taken any more.
-    void Hold() { m_bTaking = false; }
+    /// No packet is taken any more. Frames that wait for more packets go out, if they are whole.
+    void Hold(Clock::time_point tNow);
 
     // --- packets ---
 
     void OnInterleaved(unsigned nChannel, Bytes abyPacket, Clock::time_point tNow);
-    /// False: the tag is another's.
-    bool OnReadable(std::uint32_t dwTag, Clock::time_point tNow);
+    void OnReadable(std::uint32_t dwTag, Clock::time_point tNow);
     /// When OnDeadline is due; max: not at all.
     Clock::time_point Deadline() const;
     void OnDeadline(Clock::time_point tNow);
@@ -59,22 +56,26 @@ public:
     /// RTP packets that came in this session.
     std::uint64_t Packets() const { return m_ullPackets; }
     Clock::time_point LastPacket() const { return m_tLastPacket; }
-    bool HaveEnded() const; ///< every track said good-bye
+    bool HaveEnded() const; ///< every track said good-bye, or a recording has no more
+
+    /// What the back channel takes; nothing: there is none.
+    std::optional<tagAudioFormat> BackFormat() const;
+    void SendAudio(Bytes abyFrame, std::uint32_t nSamples, bool bFirst);
 
 private:
     struct tagTrack
     {
         std::unique_ptr<CTrack> pTrack;
+        std::unique_ptr<CChannel> pChannel;
         std::size_t iIdentity = 0;
-        eRtspTransport eTransport = eRtspTcp;
-        tagPair tChannels; ///< in the RTSP connection
-        tagUdpPair tPorts; ///< until the server has answered
-        std::unique_ptr<CDescriptor> pRtp;
-        std::unique_ptr<CDescriptor> pRtcp;
-        tagEndpoint tSource;    ///< who may send
-        tagEndpoint tReportsTo; ///< nLength 0: nobody
+        bool bRecordingEnds = false; ///< its last frame came
     };
-    // What a track is beyond sessions.
+    struct tagBack
+    {
+        CBackChannel tPackets;
+        std::unique_ptr<CChannel> pChannel;
+    };
+    /// What a track is beyond sessions.
     struct tagIdentity
     {
         std::string strName;
@@ -82,11 +83,10 @@ private:
         CWallClock tWallClock;
     };
 
-    void Take(tagTrack& tTrack, bool bRtcp, Bytes abyPacket, Clock::time_point tNow);
-    void Receive(tagTrack& tTrack, CDescriptor& tDescriptor, Clock::time_point tNow);
-    int ListenToGroup(tagTrack& tTrack, tagTransport const& tTransport, tagMediaDescription const& tDescription);
-    void Watch(tagTrack& tTrack);
     std::size_t IdentityOf(CTrack const& tTrack);
+    void Take(tagTrack& tTrack, CChannel::eKind eWhat, Bytes abyPacket);
+    template <class F>
+    void Feed(CTrack& tTrack, F fn);
     void OnFrame(CTrack& tTrack, tagTrackFrame& tFrame) override;
 
     CLoop& m_tLoop;
@@ -94,11 +94,13 @@ private:
     CControl& m_tControl;
     CDelivery& m_tDelivery;
     std::vector<tagTrack> m_atTracks;
+    std::unique_ptr<tagBack> m_pBack;
     std::vector<tagIdentity> m_atIdentities;
     CTimeline m_tTimeline;
     std::uint64_t m_ullPackets = 0;
     Clock::time_point m_tLastPacket;
     Clock::time_point m_tNow; ///< when what is being taken came
     bool m_bTaking = false;
+    bool m_bLastIsBack = false; ///< the one that was added last
 };
 } // namespace rtsp

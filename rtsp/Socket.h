@@ -53,7 +53,7 @@ int JoinGroup(tagEndpoint const& tGroup, std::uint16_t wRtcpPort, tagEndpoint co
               tagUdpPair& tPair);
 
 /// Room to receive into, of the calling thread.
-constexpr std::size_t g_nReceiveBytes = 64 * 1024;
+constexpr std::size_t g_nReceiveBytes = std::size_t{64} << 10;
 std::span<unsigned char> ReceiveBuffer();
 
 /// A datagram, in room of the calling thread: valid until the thread receives again.

@@ -27,6 +27,14 @@ public:
         fn();
         GoOn();
     }
+    /// Runs fn and nothing else, for threads that aren't the loop's.
+    template <class F>
+    void Visit(F fn)
+    {
+        const std::lock_guard tLock(m_tMutex);
+        fn();
+    }
+
     // --- inside the strand ---
 
     /// Something happened that the coroutine must look at.

@@ -10,7 +10,8 @@ namespace
 {
 using namespace std::chrono_literals;
 
-constexpr auto g_tLastThreads = 200ms; // for threads to end, when their streams have ended
+constexpr std::size_t g_nMostAudio = 1400; // a packet of it fits a datagram
+constexpr auto g_tLastThreads = 200ms;     // for threads to end, when their streams have ended
 } // namespace
 
 CStream::CStream(std::shared_ptr<CLife> pLife) : m_pLife(std::move(pLife)) {}
@@ -43,6 +44,20 @@ void CStream::Play(tagPlayback const& tPlayback)
 tagRTSPPackageInfo CStream::Info() const
 {
     return m_pLife->Delivery().Info();
+}
+
+std::optional<tagAudioFormat> CStream::BackFormat()
+{
+    return m_pLife->BackFormat();
+}
+
+int CStream::SendAudio(Bytes abyFrame, std::uint32_t nSamples, bool bFirst)
+{
+    if (abyFrame.empty() || abyFrame.size() > g_nMostAudio)
+    {
+        return eResultBadArgument;
+    }
+    return m_pLife->SendAudio(abyFrame, nSamples, bFirst) ? 0 : eResultConnectionLost;
 }
 
 void CStream::Close()

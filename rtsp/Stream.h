@@ -2,6 +2,7 @@
 
 #include "protocol/PluginInterface.h"
 #include "rtsp/Address.h"
+#include "rtsp/BackChannel.h"
 #include "rtsp/Callback.h"
 #include "rtsp/Headers.h"
 
@@ -20,7 +21,7 @@ class CLife;
 /// Which part of a recording to play, and how.
 struct tagPlayback
 {
-    tagRange tRange;
+    std::optional<tagRange> tRange; ///< nothing: from where it is
     double dScale = 1;              ///< speed of the recording's time; negative: backwards
     bool bAsFastAsPossible = false; ///< the server doesn't keep the recording's pace (Rate-Control: no)
 };
@@ -56,9 +57,16 @@ public:
     /// The present state is told to pfnEvent at once.
     int SetListener(eListener eWhich, DeviceEventCallback pfnEvent, unsigned long dwUser);
     void SetPaused(bool bPaused);
-    /// Of a recording: goes on here, at once.
+    /// Of a recording: goes on here, at once; also after its end.
     void Play(tagPlayback const& tPlayback);
     tagRTSPPackageInfo Info() const;
+
+    /// What the back channel takes; nothing: it isn't there, or not yet.
+    std::optional<tagAudioFormat> BackFormat();
+    /// Sends one frame on the back channel: samples of G.711 or G.726, or one raw access unit of AAC. nSamples: its
+    /// duration; who calls keeps the pace. bFirst: silence came before it. 0; eResultBadArgument: it is empty or larger
+    /// than a packet; eResultConnectionLost: there is no back channel now. Throws std::bad_alloc.
+    int SendAudio(Bytes abyFrame, std::uint32_t nSamples, bool bFirst);
 
     /// No callback begins any more, and the stream ends: TEARDOWN, then no more. Takes no memory.
     void Close();

@@ -30,8 +30,8 @@ std::atomic<std::terminate_handler> g_pfnTerminate = nullptr; // what it is whil
     std::abort();
 }
 
-// dlopen's declaration promises not to throw; a call through a pointer that makes no such promise has a place where
-// what is thrown all the same ends.
+// dlopen's declaration promises not to throw; a call through a pointer that makes no such promise has a place
+// where an exception ends.
 void* (*const volatile g_pfnOpen)(char const*, int) = dlopen;
 
 // Opening a library runs its constructors. An exception that one of them throws ends the process, here or inside the

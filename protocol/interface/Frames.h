@@ -79,7 +79,7 @@ typedef struct tagStreamVoiceFrame
     const unsigned char* pData;   ///< one packet
 } tagStreamVoiceFrame;
 
-/// A block of bytes. Who owns pData is told by the call that takes the record.
+/// A block of bytes. The call that takes the record says who owns pData.
 typedef struct tagBuffer
 {
     unsigned char* pData; ///< the bytes

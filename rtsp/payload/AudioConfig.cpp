@@ -19,6 +19,8 @@ enum : unsigned
     g_uEnhancedLowDelay = 39,
 };
 
+constexpr unsigned g_uExtension = 0x2B7; // 11 bits
+
 unsigned ReadKind(CBitReader& tReader)
 {
     const unsigned uKind = tReader.Bits(5);
@@ -73,7 +75,7 @@ bool SkipGeneral(CBitReader& tReader, unsigned uKind, bool bChannelsHere, tagAud
 // Replication and stereo as older decoders pass over them: behind the end.
 void ReadExtension(CBitReader& tReader, tagAudioConfig& tConfig)
 {
-    if (tReader.Bits(11) != 0x2B7 || ReadKind(tReader) != g_uReplication || !tReader.Flag())
+    if (tReader.Bits(11) != g_uExtension || ReadKind(tReader) != g_uReplication || !tReader.Flag())
     {
         return;
     }
@@ -111,6 +113,12 @@ std::optional<tagAudioConfig> ParseAudioConfig(CBitReader& tReader, bool bToTheE
     }
     if (!bToTheEnd)
     {
+        // Some encoders let the extension follow here too. What else may follow never begins with its mark.
+        CBitReader tAhead = tReader;
+        if (bFound && tAhead.Bits(11) == g_uExtension && !tAhead.Failed())
+        {
+            ReadExtension(tReader, tConfig);
+        }
         return bFound && !tReader.Failed() ? std::optional(tConfig) : std::nullopt;
     }
     if (bFound && tConfig.dwRate == tConfig.dwCoreRate)

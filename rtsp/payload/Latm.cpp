@@ -183,7 +183,7 @@ private:
         }
         tReader.Skip(8);
         ReadRest(tReader, bNewer);
-        return !tReader.Failed();
+        return !m_bInStream || !tReader.Failed(); // a description may leave out the end, where all is zero
     }
 
     void ReadRest(CBitReader& tReader, bool bNewer)

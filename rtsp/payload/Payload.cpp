@@ -55,6 +55,7 @@ void tagUnit::TakeReplay(tagRtpPacket const& tPacket)
     llRecordedUs = llRecordedUs.value_or(tPacket.tReplay->llTimeUs);
     bReplayGap = bReplayGap || tPacket.tReplay->bDiscontinuity;
     bReplayEnd = bReplayEnd || tPacket.tReplay->bEndOfSection || tPacket.tReplay->bTerminal;
+    bRecordingEnds = bRecordingEnds || tPacket.tReplay->bTerminal;
 }
 
 CPayload::CPayload(tagMediaDescription const& tDescription, eMediaCodec eCodec, std::string_view strName)

@@ -26,6 +26,7 @@ struct tagUnit
     std::optional<std::int64_t> llRecordedUs; ///< as in tagTrackFrame
     bool bReplayGap = false;
     bool bReplayEnd = false;
+    bool bRecordingEnds = false;
 
     /// Takes what the replay extension says, if the packet has one.
     void TakeReplay(tagRtpPacket const& tPacket);

@@ -12,7 +12,6 @@ import shlex
 import shutil
 import socket
 import subprocess
-import sys
 import tempfile
 import time
 import unittest
@@ -21,7 +20,7 @@ from cases import CASES
 from server import Server
 
 CLIPS = os.environ["CLIPS"]
-PATIENCE = 45  # seconds, for what is bound to come
+PATIENCE = float(os.environ.get("PATIENCE", 45))  # seconds, for what is bound to come
 CLOSING = 5000  # milliseconds: 2 s, and what a busy machine adds
 TCP, UDP, MULTICAST, AUTOMATIC = range(4)
 CONNECTING, LIVE, STALLED, REFUSED, LOST, PAUSED, JUMP, TRANSPORT = range(1, 9)
@@ -195,6 +194,14 @@ class Base(unittest.IsolatedAsyncioTestCase):
         while not is_so() and time.monotonic() < end:
             await asyncio.sleep(0.01)
         self.assertTrue(is_so())
+
+    async def ask_until(self, is_so):
+        """Threads, open files, bytes, once is_so of them."""
+        end = time.monotonic() + PATIENCE
+        while not is_so(now := await self.probe.ask_self()) and time.monotonic() < end:
+            await asyncio.sleep(0.1)
+        self.assertTrue(is_so(now), now)
+        return now
 
     def assert_even(self, frames, step=40000, off=2000):
         """Frames of one track: none missing, each so many microseconds after the one before."""
@@ -375,18 +382,14 @@ class Life(Base):
         self.probe.tell("release")
         for stream in hanging:
             await stream.until(lambda s: s.frames[-1].time > hang)
-            self.assertEqual([event[0] for event in stream.events], [CONNECTING, LIVE])
+            self.assertEqual({event[0] for event in stream.events} - {CONNECTING}, {LIVE})
             info = await stream.ask_info()
             self.assertEqual((info.reconnects, info.lost), (0, 0))
         info = await hanging[0].ask_info()
         self.assertEqual(hanging[0].frames[-1].sequence + 1 - len(hanging[0].frames), info.dropped)
         self.assertGreater(info.dropped, 0)
         self.assertEqual([len(stream.frames) for stream in closed], [1, 1])
-        threads = lambda: self.probe.answer and self.probe.answer[0] <= before[0]
-        while not threads() and other.frames[-1].time < hang + PATIENCE * 1_000_000:
-            await asyncio.sleep(0.1)
-            await self.probe.ask_self()
-        self.assertTrue(threads(), "the pool shrinks again")
+        await self.ask_until(lambda now: now[0] <= before[0])  # the pool shrinks again
 
     async def test_callbacks_that_throw_or_end_their_thread_are_survived(self):
         streams = [self.open(action=action) for action in ("throw", "exit", "cancel", "")]
@@ -418,7 +421,7 @@ class Fleet(Base):
         self.probe.tell("stop")
         await self.until(lambda: not self.server.sessions)
         self.assertEqual(self.server.ends[0], len(streams))
-        self.assertEqual((await self.probe.ask_self())[1], before[1])
+        await self.ask_until(lambda now: now[1] <= before[1])
 
     async def reboots(self, servers, times):
         streams = collections.deque()
@@ -435,14 +438,14 @@ class Fleet(Base):
             await stream.until(lambda s: s.events[-1][0] == LIVE)
             await stream.close()
         await self.until(lambda: not any(server.sessions for server in servers))
-        return await self.probe.ask_self()
 
     async def test_servers_that_come_and_go_leave_nothing_behind(self):
         servers = [await Server(CASES).start() for _ in range(5)]
-        threads, files, size = await self.reboots(servers, 40)  # what is made once is made
-        after = await self.reboots(servers, int(os.environ["REBOOTS"]))
+        await self.reboots(servers, 40)  # what is made once is made
+        threads, files, size = await self.probe.ask_self()
+        await self.reboots(servers, int(os.environ["REBOOTS"]))
         print("tried: reboots, " + os.environ["REBOOTS"])
-        self.assertLessEqual(after[:2], (threads, files))
+        after = await self.ask_until(lambda now: now[0] <= threads and now[1] <= files)
         self.assertLess(after[2], size + 512 * 1024)
         for server in servers:
             server.stop()
@@ -634,4 +637,4 @@ class Exit(unittest.IsolatedAsyncioTestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv)
+    unittest.main(verbosity=0)

@@ -20,7 +20,6 @@ SDP = {
          + ",".join(base64.b64encode(one).decode() for one in SETS) + "\r\na=control:video\r\n",
     "a": "m=audio 0 RTP/AVP 8\r\na=control:audio\r\n",
 }
-GROUP = "239.255.42.77"
 
 
 def interleaved(channel, packet, length=None):
@@ -218,8 +217,9 @@ class Session(asyncio.Protocol):
             self.targets[rtp] = [(to, int(port)) for port in ports.groups()] if not (self.hostile and "no-udp" in self.case) else None
             return wanted + ";server_port=%d-%d" % tuple(one.getsockname()[1] for one in self.server.udp)
         if "multicast" in wanted:
-            self.targets[rtp] = [(GROUP, 30400), (GROUP, 30401)]
-            return "RTP/AVP;multicast;destination=%s;port=30400-30401;ttl=1" % GROUP
+            group = "239.255.%d.%d" % divmod(self.server.port, 256)  # of this server's own
+            self.targets[rtp] = [(group, 30400), (group, 30401)]
+            return "RTP/AVP;multicast;destination=%s;port=30400-30401;ttl=1" % group
         self.targets[rtp] = int(re.search(r"interleaved=(\d+)", wanted)[1])
         return wanted
 
