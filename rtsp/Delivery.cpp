@@ -3,7 +3,7 @@
 #include "rtsp/Buffers.h"
 
 #include <algorithm>
-#include <cxxabi.h>
+#include <exception>
 #include <utility>
 
 namespace rtsp
@@ -138,6 +138,13 @@ void CDelivery::PutFrame(tagTrackFrame& tFrame, unsigned iTrack)
     ++m_tInfo.ullPackets;
     if (m_bMuted)
     {
+        return;
+    }
+    if (m_tInfo.dwState == eConnectionRefused ||
+        m_tInfo.dwState == eConnectionLost) // still comes, but the end was told
+    {
+        m_dwDroppedLost += tFrame.tFrame.dwLostBefore;
+        GiveBuffer(std::move(tFrame.abyData));
         return;
     }
     tagItem tItem{{}, std::move(tFrame), iTrack, m_bFirst, m_bHasVideo};
@@ -348,12 +355,12 @@ int CDelivery::Call(std::unique_lock<std::mutex>& tLock, tagCallback<Function> c
     {
         return tNow.pfn(m_hStream, tArguments..., tNow.dwUser);
     }
-    catch (abi::__forced_unwind const&)
-    {
-        throw;
-    }
     catch (...)
     {
+        if (!std::current_exception()) // no exception: the thread is ending
+        {
+            throw;
+        }
         return eResultOk;
     }
 }
