@@ -183,8 +183,8 @@ int64_t CVoiceLink::Listen(int64_t llNowUs, bool bUp)
         for (std::size_t i = 0; i < nLength; ++i)
         {
             const uint64_t ullSample = m_ullHeard * nLength + i;
-            abyPacket[i] =
-                CClips::Instance().Sound(m_tPara.dwCodec, ullSample / g_dwPacketSamples)[ullSample % g_dwPacketSamples];
+            const auto nInPacket = static_cast<std::size_t>(ullSample % g_dwPacketSamples);
+            abyPacket[i] = CClips::Instance().Sound(m_tPara.dwCodec, ullSample / g_dwPacketSamples)[nInPacket];
         }
         Deliver(eVoiceFromDevice, abyPacket, static_cast<int64_t>(m_ullHeard) * llPacketUs);
     }
