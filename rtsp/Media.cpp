@@ -196,6 +196,10 @@ Clock::time_point CMedia::Deadline() const
     Clock::time_point tFirst = Clock::time_point::max();
     for (tagTrack const& tTrack : m_atTracks)
     {
+        if (!m_bTaking)
+        {
+            break;
+        }
         tFirst = std::min(tFirst, tTrack.tTrack->Deadline().value_or(tFirst));
     }
     return tFirst;
@@ -206,6 +210,10 @@ void CMedia::OnDeadline(Clock::time_point tNow)
     m_tNow = tNow;
     for (tagTrack& tTrack : m_atTracks)
     {
+        if (!m_bTaking)
+        {
+            return;
+        }
         Feed(*tTrack.tTrack, [&] { tTrack.tTrack->OnDeadline(tNow, *this); });
     }
 }

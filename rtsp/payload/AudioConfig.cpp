@@ -70,16 +70,25 @@ bool SkipGeneral(CBitReader& tReader, unsigned uKind, bool bChannelsHere, tagAud
     return true;
 }
 
-// Replication and stereo as older decoders pass over them: behind the end.
+// Whether these 11 bits come next; if so, passes over them.
+bool Follows(CBitReader& tReader, unsigned uBits)
+{
+    CBitReader tAhead = tReader;
+    const bool bFollows = tAhead.Bits(11) == uBits && !tAhead.Failed();
+    tReader.Skip(bFollows ? 11 : 0);
+    return bFollows;
+}
+
+// Replication and stereo as older decoders pass over them: behind the end. Nothing else begins like that.
 void ReadExtension(CBitReader& tReader, tagAudioConfig& tConfig)
 {
-    if (tReader.Bits(11) != 0x2B7 || ReadKind(tReader) != g_uReplication || !tReader.Flag())
+    if (!Follows(tReader, 0x2B7) || ReadKind(tReader) != g_uReplication || !tReader.Flag())
     {
         return;
     }
     const std::uint32_t dwRate = ReadRate(tReader);
     tConfig.dwRate = !tReader.Failed() && dwRate != 0 ? dwRate : tConfig.dwRate;
-    if (tReader.Bits(11) == 0x548 && tReader.Flag() && !tReader.Failed())
+    if (Follows(tReader, 0x548) && tReader.Flag())
     {
         tConfig.nChannels = 2;
     }
@@ -109,14 +118,10 @@ std::optional<tagAudioConfig> ParseAudioConfig(CBitReader& tReader, bool bToTheE
     {
         tConfig.nFrameLength = tReader.Flag() ? 480 : 512;
     }
-    if (!bToTheEnd)
-    {
-        return bFound && !tReader.Failed() ? std::optional(tConfig) : std::nullopt;
-    }
     if (bFound && tConfig.dwRate == tConfig.dwCoreRate)
     {
         ReadExtension(tReader, tConfig);
     }
-    return tConfig;
+    return bToTheEnd || (bFound && !tReader.Failed()) ? std::optional(tConfig) : std::nullopt;
 }
 } // namespace rtsp
