@@ -3,6 +3,7 @@
 #include "adapter/Globals.h"
 #include "adapter/Shapes.h"
 #include "adapter/Trampolines.h"
+#include "adapter/Version.h"
 #include "system/Call.h"
 
 #include <cstdio>
@@ -11,13 +12,11 @@ using Adapter_ApplicationLayer::CSetCallBack;
 
 CClientProtocolSet g_cProtocolSet;
 constinit CSetCallBack g_SetCallBack[1000];
+constinit Adapter_ApplicationLayer::CRegistrations Adapter_ApplicationLayer::g_tRegistrations;
 std::map<int, CSetCallBack> g_SetUserCallBack;
-namespace
-{
-CEvents g_tEvents;
-}
+Adapter_ApplicationLayer::CEvents Adapter_ApplicationLayer::g_tEvents;
 Client g_cClient;
-char const g_cVersion[18] = "Build 1.0.0.29024";
+char const g_cVersion[18] = TESSARO_BUILD;
 
 TESSARO_C_BEGIN
 
@@ -74,8 +73,8 @@ int ClientAdapter_UserLogin(int* pnLoginID, eProtocolType eType, tagUserLoginPar
 
 int ClientAdapter_UserLogout(int nLoginID)
 {
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin))
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin))
     {
         return Failed({"ClientAdapter_UserLogout", 258}, eResultUnknownLogin);
     }
@@ -89,8 +88,8 @@ int ClientAdapter_UserLogout(int nLoginID)
 
 int ClientAdapter_GetLoginStatus(int nLoginID, int* pnStatus)
 {
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin))
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin))
     {
         return Failed({"ClientAdapter_GetLoginStatus", 218}, eResultUnknownLogin);
     }
@@ -111,8 +110,8 @@ int ClientAdapter_GetConfig(int nLoginID, tagConfigInformation* ptConfig)
 {
     DiagnosticLine(g_szSource, "ClientAdapter_GetConfig", 418,
                    "*************************************ClientAdapter_GetConfig");
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin))
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin))
     {
         return Failed({"ClientAdapter_GetConfig", 423}, eResultUnknownLogin);
     }
@@ -126,17 +125,17 @@ int ClientAdapter_SetConfigBySn(char const* szSerial, eProtocolType eType, tagCo
 
 int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID)
 {
-    Client::tagTarget tLogin;
-    Client::tagTarget tMedia;
+    tagTarget tLogin;
+    tagTarget tMedia;
     if (nMediaID == -1)
     {
         return Failed({"ClientAdapter_ForceIFrame", 541}, eResultUnknownLogin);
     }
-    if (!g_cClient.FindUser(nLoginID, tLogin))
+    if (!FindUser(nLoginID, tLogin))
     {
         return Failed({"ClientAdapter_ForceIFrame", 547}, eResultUnknownLogin);
     }
-    if (!g_cClient.FindMedia(nMediaID, tMedia))
+    if (!FindMedia(nMediaID, tMedia))
     {
         return Failed({"ClientAdapter_ForceIFrame", 553}, eResultUnknownLogin);
     }
@@ -146,8 +145,8 @@ int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID)
 int ClientAdapter_SubscribeEvent(int nLoginID, unsigned long dwEvent, DeviceEventCallback pfnEvent,
                                  unsigned long dwUser)
 {
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin) || !g_tEvents.Register(nLoginID, pfnEvent, dwUser))
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin) || !g_tEvents.Register(nLoginID, pfnEvent, dwUser))
     {
         return Failed({"ClientAdapter_SubscribeEvent", 295}, eResultUnknownLogin);
     }

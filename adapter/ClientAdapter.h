@@ -12,15 +12,20 @@
 ///    stays open in the plug-in. An RTSP login takes two of the 1000 login IDs.
 /// 2. Results. 0 is success. 3: unknown login ID; -1: unknown media ID; 4: the protocol has no binding (the service
 ///    isn't started); 1: the protocol's plug-in can't do this. These and the few others are listed at eResult. Any
-///    other number is the plug-in's own, handed on unchanged. Nothing is thrown. Each function below tells only what is
-///    special to it.
+///    other number is the plug-in's own, handed on unchanged: ePluginResult. Nothing is thrown. Every call to a device
+///    may answer eResultBadHandle (the plug-in was stopped meanwhile), eResultBadArgument, eResultNotSupported,
+///    eResultNotStarted, eResultNoResources, eResultBusy, eResultTimeOut, eResultConnectionLost, eResultUnreachable,
+///    and eResultWrongLogin when the user's level (eUserLevel) doesn't allow it. Each group says which others can
+///    come, and each function only what is special to it.
 /// 3. What a protocol doesn't know is not asked: 0, nothing done, outputs as they were. RTSP knows logins, live streams
 ///    with their frames, events and control, and attributes; all else on an RTSP ID does nothing, and an opening
-///    function takes a media ID with nothing behind it. ONVIF, VTQ and the private protocol know all but what is told.
-/// 4. Pointers. What a pointer points at stays the caller's and need not outlive the call. Apart from what a function
-///    tells, the library doesn't test pointers: the plug-in gets exactly what the caller passed.
-/// 5. Values. nLength and dwLength count the bytes at the pointer before them. Channels, codes, sizes, dates and times
-///    that have no unit below are the device protocol's own, handed on unchanged.
+///    function takes a media ID with nothing behind it. ONVIF, VTQ and the private protocol know everything, unless
+///    a function says otherwise.
+/// 4. Pointers. What a pointer points at stays the caller's and need not outlive the call. Unless a function says
+///    otherwise, the library doesn't test pointers: the plug-in gets exactly what the caller passed.
+/// 5. Values. nLength and dwLength count the bytes at the pointer before them. Records and codes, with their units,
+///    are those of @ref plugin; channels, inputs, outputs, disks, screens and windows count from 0. A plug-in of
+///    somebody else's may have numbers of its own: the library hands everything on unchanged.
 /// 6. Threads. Any function may be called from any thread, with two exceptions: ClientAdapter_Start and
 ///    ClientAdapter_Stop must not overlap with any other call, and an ID must not be closed while another thread is
 ///    still using it. A call blocks as long as the plug-in's entry point does; the library itself never waits.
@@ -68,6 +73,10 @@ TESSARO_API int ClientAdapter_Stop(void);
 
 /// @defgroup login Login
 /// A login is what every other call begins with: it names the protocol, the device and the credentials.
+///
+/// A login that was made lives on by itself: when the device is lost the plug-in looks for it again, and takes streams
+/// and subscriptions up with it (eEventLoginLost, eEventLoginRestored). Plug-in's results of a login:
+/// eResultBadAddress, eResultWrongLogin, eResultLocked, eResultUnreachable, eResultTimeOut.
 /// @snippet login.c login
 /// @{
 
@@ -81,17 +90,17 @@ TESSARO_API int ClientAdapter_UserLogin(int* pnLoginID, eProtocolType eType, tag
 /// that the plug-in has ended.
 TESSARO_API int ClientAdapter_UserLogout(int nLoginID);
 
-/// The access level of the login's user, into *pnLevel. 3 also when the plug-in answers a negative result; every other
-/// answer becomes 0, also when nobody could tell and *pnLevel is as it was: preset it. Asks ONVIF and VTQ.
+/// The access level of the login's user (eUserLevel), into *pnLevel. 3 also when the plug-in answers a negative result;
+/// every other answer becomes 0, also when nobody could tell and *pnLevel is as it was: preset it. Asks ONVIF and VTQ.
 TESSARO_API int ClientAdapter_GetLoginLevel(int nLoginID, int* pnLevel);
 
-/// The device's hardware address, into the nLength bytes at pbyMac: preset them. Results and protocols as
+/// The device's hardware address, 6 bytes, into the nLength bytes at pbyMac: preset them. Results and protocols as
 /// ClientAdapter_GetLoginLevel.
 TESSARO_API int ClientAdapter_GetLoginMac(int nLoginID, unsigned char* pbyMac, int nLength);
 
-/// Whether a login still lives: *pnStatus is the plug-in's answer to the status query, also when that is 1 or 4, the
-/// codes of a plug-in or binding that isn't there. 3 also when it is negative, *pnStatus as it was; 4: pnStatus is
-/// null. Asks VTQ; 0 from the others.
+/// Whether a login still lives (eLoginStatus): *pnStatus is the plug-in's answer to the status query, also when that is
+/// 1 or 4, the codes of a plug-in or binding that isn't there. 3 also when it is negative, *pnStatus as it was; 4:
+/// pnStatus is null. Asks VTQ; 0 from the others.
 TESSARO_API int ClientAdapter_GetLoginStatus(int nLoginID, int* pnStatus);
 
 /// @}
@@ -100,6 +109,8 @@ TESSARO_API int ClientAdapter_GetLoginStatus(int nLoginID, int* pnStatus);
 
 /// @defgroup live Live streams
 /// Open a stream under a login, register for its frames and events, close it before the logout.
+///
+/// Plug-in's results: eResultNoChannel, eResultTooManyStreams.
 /// @snippet live.c live
 /// @{
 
@@ -113,18 +124,18 @@ TESSARO_API int ClientAdapter_RealStreamConnect(int* pnMediaID, int nLoginID, ta
 /// another thread uses the ID, as with every function that closes something.
 TESSARO_API int ClientAdapter_RealStreamDisconnect(int nMediaID);
 
-/// Plays, pauses and the like. RTSP: play and pause; 201 for every other code.
+/// Plays, pauses, steps; live streams and playback. RTSP: play and pause; 201 for every other code.
 TESSARO_API int ClientAdapter_StreamMediaControl(int nMediaID, eTaskControl eControl);
 
 /// Asks the device for a key frame at once. 3 when either ID is unknown; the stream must be of the login's protocol.
 /// RTSP: 201.
 TESSARO_API int ClientAdapter_ForceIFrame(int nLoginID, int nMediaID);
 
-/// What came in on a connection, into the nLength bytes at pInfo; the plug-in defines the record. Asks VTQ (1: pInfo is
-/// null). RTSP's counts are had through the protocol set: CClientProtocolBase::GetPackageInfo.
+/// What came in on a connection, into the nLength bytes at pInfo: tagRTSPPackageInfo. Asks VTQ (1: pInfo is null). The
+/// counts of an RTSP stream come from TessaroExtra_GetStreamStatistics.
 TESSARO_API int ClientAdapter_GetPackageInfo(int nMediaID, void* pInfo, int nLength);
 
-/// Marks a stream as belonging to a link, whose ID ClientAdapter_QueryStreamMediaLinkID told.
+/// Marks a stream as belonging to a link, whose ID comes from ClientAdapter_QueryStreamMediaLinkID.
 TESSARO_API int ClientAdapter_SetStreamMediaLinkID(int nMediaID, unsigned long dwLink);
 
 /// The link ID to use for a media function, into *ptResult.
@@ -140,12 +151,12 @@ TESSARO_API int ClientAdapter_QueryStreamMediaLinkID(int nLoginID, eMediaFunctio
 /// @snippet plugins.c plugins
 /// @{
 
-/// Hands RTSP and VTQ a function of their own kinds, which they may keep and call until the stop; ONVIF knows none.
-/// Always 0.
+/// Hands RTSP and VTQ a function of the kind dwType (eCallbackKind), which they may keep and call until the stop; ONVIF
+/// knows none. Always 0.
 TESSARO_API int ClientAdapter_SetCallbackFunc(unsigned long dwType, void* pFunction);
 
-/// Sets a parameter of the plug-in of eType: dwType names it. The names of this and the next three say nothing: all
-/// four do the same, on the protocol that the caller names.
+/// Sets a parameter of the plug-in of eType: dwType (eMiscParameter) names it. The names of this and the next three say
+/// nothing: all four do the same, on the protocol that the caller names.
 TESSARO_API int ClientAdapter_RTSPSetIsProductTest(unsigned long dwType, void* pPara, unsigned long dwLength,
                                                    eProtocolType eType);
 /// Does what ClientAdapter_RTSPSetIsProductTest does.
@@ -197,25 +208,28 @@ TESSARO_API int ClientAdapter_FileUploadCB(int nMediaID, FileUploadCallback pfnS
 /// The blocks of a download go to pfnData.
 TESSARO_API int ClientAdapter_FileDownloadCB(int nMediaID, FileDownloadCallback pfnData, unsigned long dwUser);
 
-/// Device events of a login go to pfnEvent, which gets the login ID first; dwEvent says which. For RTSP: the events
-/// (eConnectionEvent) of the newest stream that the login opened, whatever dwEvent is, so open it first (202: there is
-/// none); a login of ten streams needs ten subscriptions, each after its stream. 3 also when memory runs out.
+/// Device events of a login (eDeviceEvent) go to pfnEvent, which gets the login ID first. dwEvent says which: 0 all, or
+/// a sum of TESSARO_EVENT. A login has one pfnEvent: another subscription, whatever its dwEvent, replaces it and dwUser
+/// for all events of the login. For RTSP: the events (eConnectionEvent) of one stream, whatever dwEvent is: of the
+/// stream that was opened last under the login when this is called (202: there is none). So subscribe after opening,
+/// once for each stream; the events of all of them go to the latest pfnEvent and don't say which stream they are of. 3
+/// also when memory runs out.
 TESSARO_API int ClientAdapter_SubscribeEvent(int nLoginID, unsigned long dwEvent, DeviceEventCallback pfnEvent,
                                              unsigned long dwUser);
 
-/// Tells the plug-in to end what ClientAdapter_SubscribeEvent began. Should it call back all the same, the callback
-/// runs. For RTSP nothing ends: a stream's events go on until it is closed.
+/// Tells the plug-in to end the events of dwEvent, 0: all that ClientAdapter_SubscribeEvent began. If it still calls
+/// back, the callback runs. For RTSP nothing ends: a stream's events go on until it is closed.
 TESSARO_API int ClientAdapter_UnSubscribeEvent(int nLoginID, unsigned long dwEvent);
 
-/// Told when an ONVIF or VTQ device forces a user off; called by the plug-ins directly, with their own handle of the
-/// login. They may keep pfnDelete until the stop. Always 0.
+/// pfnDelete is called when an ONVIF or VTQ device logs a user out; by the plug-ins directly, with their own handle of
+/// the login. They may keep pfnDelete until the stop. Always 0.
 TESSARO_API int ClientAdapter_DeleteUserForceCB(DeleteUserForceCallback pfnDelete, unsigned long dwUser);
 
-/// ONVIF and VTQ devices that register themselves are told to pfnRegister, by the plug-ins directly. They may keep it
-/// until the stop. Always 0. ClientAdapter_DeviceRegisterListenStart begins the listening.
+/// pfnRegister is called for each ONVIF and VTQ device that registers itself, by the plug-ins directly. They may keep
+/// it until the stop. Always 0. ClientAdapter_DeviceRegisterListenStart starts to listen for devices.
 TESSARO_API int ClientAdapter_DeviceRegisterCB(DeviceRegisterCallback pfnRegister);
 
-/// Looks for ONVIF and VTQ devices on the network; each is told to pfnProbe, by the plug-ins directly, until
+/// Looks for ONVIF and VTQ devices on the network. pfnProbe is called for each, by the plug-ins directly, until
 /// ClientAdapter_DeviceProbeStop. Always 0. Every call writes three diagnostic lines.
 TESSARO_API int ClientAdapter_DeviceProbeStart(tagDeviceProbeParameter* ptPara, DeviceProbeCallback pfnProbe);
 
@@ -224,7 +238,10 @@ TESSARO_API int ClientAdapter_DeviceProbeStart(tagDeviceProbeParameter* ptPara, 
 // --- Configuration and attributes ------------------------------------------------------------------------------------
 
 /// @defgroup configuration Configuration and attributes
-/// A device's configuration is read and written in blocks, each named by type and index.
+/// A device's configuration is read and written in blocks, each named by type and index: @ref blocks lists them.
+///
+/// Plug-in's results: eResultNotFound (the device has no such block), eResultNoChannel, eResultBadArgument (a value out
+/// of its range: nothing was changed), eResultRefused.
 ///
 /// The two layouts hold the same; a private plug-in that knows only the first is served in the second by conversion (1:
 /// there is no memory for it). A block is a quarter of a megabyte: not for a small stack.
@@ -253,19 +270,23 @@ TESSARO_API int ClientAdapter_SetAttribute(eClientSDKAttributeType eAttribute, u
 // --- Device control and parameters -----------------------------------------------------------------------------------
 
 /// @defgroup control Device control and parameters
-/// Acts on a device as a whole, or on a camera's parameters by their number.
+/// Acts on a device as a whole, or on a camera's parameters: @ref camera lists them.
+///
+/// Plug-in's results: eResultNoChannel, eResultBadArgument (a value out of its range: nothing was changed),
+/// eResultRefused.
 /// @snippet control.c control
 /// @{
 
 /// Restart, shut down, restore and the like.
 TESSARO_API int ClientAdapter_DeviceControl(int nLoginID, eRemoteDeviceControl eControl);
-/// Writes the camera parameter that dwType names, from the dwLength bytes at pPara.
+/// Writes the camera parameter that dwType (eCameraParameter) names, from the dwLength bytes at pPara.
 TESSARO_API int ClientAdapter_SetIpcPara(int nLoginID, int nChannel, unsigned long dwType, void* pPara,
                                          unsigned long dwLength);
-/// Reads the camera parameter that dwType names, into the dwLength bytes at pPara. How many it filled is not told.
+/// Reads the camera parameter that dwType (eCameraParameter) names, into the record of dwLength bytes at pPara, whose
+/// dwSize is dwLength.
 TESSARO_API int ClientAdapter_GetIpcPara(int nLoginID, int nChannel, unsigned long dwType, void* pPara,
                                          unsigned long dwLength);
-/// Sets a channel's picture (brightness, contrast and the like) back to its default.
+/// Sets a channel's picture (brightness, contrast and the like) back to the factory's. dwFlag: eChromaDefault.
 TESSARO_API int ClientAdapter_SetChromaDefault(int nLoginID, unsigned long dwChannel, unsigned long dwFlag);
 /// Which version a logged-in device speaks, into *peVersion.
 TESSARO_API int ClientAdapter_GetSDKVersionByHandle(int nLoginID, eNetworkSDKVersion* peVersion);
@@ -276,21 +297,26 @@ TESSARO_API int ClientAdapter_GetSDKVersionByHandle(int nLoginID, eNetworkSDKVer
 
 /// @defgroup alarms Alarms, capture, recording and file locks
 /// Alarm inputs and outputs, and what a recorder does on request.
+///
+/// Plug-in's results: eResultNoChannel (no such channel, input or output), eResultNotFound (no such file),
+/// eResultDeviceFull (recording), eResultRefused.
 /// @snippet alarms.c alarms
 /// @{
 
-/// Ends the alarm of a type on a channel.
+/// Ends an alarm that is on: dwType is its eDeviceEvent (0: any), dwChannel its channel or input, or TESSARO_ALL. Ends
+/// what the device does because of it; one whose cause is still there begins again with the next change.
 TESSARO_API int ClientAdapter_AlarmClear(int nLoginID, unsigned long dwType, unsigned long dwChannel);
-/// Takes a picture; ptInfo says where it goes.
+/// Takes a picture; ptInfo says where it goes. dwChannel: a channel, or an eCaptureTarget.
 TESSARO_API int ClientAdapter_ImageCapture(int nLoginID, unsigned long dwChannel, eImageFormat eFormat,
                                            tagImageFileInfo* ptInfo);
 /// Protects a recorded file from being overwritten, or lets it go. szFile: its name on the device.
 TESSARO_API int ClientAdapter_FileLock(int nLoginID, char* szFile, eFileLockOperationCode eAction);
-/// Starts or stops recording on the device.
+/// Starts (dwOn 1) or stops (0) recording a channel on the device, beside its schedule. 0 also when it was so already.
 TESSARO_API int ClientAdapter_RecordControl(int nLoginID, unsigned long dwChannel, unsigned long dwOn);
-/// Sets an alarm output.
+/// Switches an alarm output: dwOn 0 off, 1 on, more: on for so many milliseconds.
 TESSARO_API int ClientAdapter_AlarmoutControl(int nLoginID, unsigned long dwOutput, unsigned long dwOn);
-/// Reads the alarm inputs: how many, into *pdwCount, and their states, at pdwState.
+/// Reads the alarm inputs: 1 active, 0 idle, one word each at pdwState. *pdwCount: the words that there is room for,
+/// then the inputs that there are, also when those are more.
 TESSARO_API int ClientAdapter_AlarminStateGet(int nLoginID, unsigned long* pdwCount, unsigned long* pdwState);
 /// Reads the alarm outputs, as ClientAdapter_AlarminStateGet the inputs.
 TESSARO_API int ClientAdapter_AlarmoutStateGet(int nLoginID, unsigned long* pdwCount, unsigned long* pdwState);
@@ -300,7 +326,11 @@ TESSARO_API int ClientAdapter_AlarmoutStateGet(int nLoginID, unsigned long* pdwC
 // --- Playback --------------------------------------------------------------------------------------------------------
 
 /// @defgroup playback Playback
-/// Recordings as streams. Frames are asked for with ClientAdapter_HistoryStreamCB.
+/// Recordings as streams. Frames are asked for with ClientAdapter_HistoryStreamCB; ClientAdapter_StreamMediaControl
+/// pauses and steps.
+///
+/// Plug-in's results: eResultNoChannel, eResultNotFound (no such file, nothing recorded at that time),
+/// eResultTooManyStreams.
 ///
 /// From here on an opening function takes a media ID whatever the plug-in answers, and stores it in *pnMediaID: close
 /// it, also after a failure. Only an unknown ID to open under leaves *pnMediaID as it was. A close frees the ID
@@ -308,22 +338,23 @@ TESSARO_API int ClientAdapter_AlarmoutStateGet(int nLoginID, unsigned long* pdwC
 /// @snippet playback.c playback
 /// @{
 
-/// Opens playback of a recording.
+/// Opens playback of a recording. dwFlag: eHistoryFlag bits.
 TESSARO_API int ClientAdapter_HistoryStreamCreate(int* pnMediaID, int nLoginID, tagHistoryStreamPara* ptPara,
                                                   unsigned long dwFlag);
-/// Opens playback over several record types.
+/// Opens playback over several record types. dwFlag: eHistoryFlag bits.
 TESSARO_API int ClientAdapter_HistoryStreamMultiTypeCreate(int* pnMediaID, int nLoginID,
                                                            tagHistoryStreamMultiTypePara* ptPara, unsigned long dwFlag);
 /// Closes playback of either kind.
 TESSARO_API int ClientAdapter_HistoryStreamDestroy(int nMediaID);
 /// Reads the playback position into *ptTime, or sets it from there, as eAction says.
 TESSARO_API int ClientAdapter_HistoryStreamPosition(int nMediaID, eOperationType eAction, tagTimeInfo* ptTime);
-/// Plays the stream on the clock of another. -1: either is unknown. Both must be of one protocol: the second one's
-/// handle goes to the first one's plug-in.
+/// Plays the stream on the clock of another: what was recorded at the same time comes at the same time, within a frame,
+/// and position, speed and pause of either are those of both. -1: either is unknown. Both must be of one protocol: the
+/// second one's handle goes to the first one's plug-in.
 TESSARO_API int ClientAdapter_HistoryStreamSync(int nMediaID, int nOtherID);
 /// Ends what ClientAdapter_HistoryStreamSync began between the two.
 TESSARO_API int ClientAdapter_HistoryStreamUnSync(int nMediaID, int nOtherID);
-/// Sets the playback speed.
+/// Sets the playback speed (ePlaybackSpeed): `eSpeedNormal * 4`, `eSpeedReverse + eSpeedNormal`.
 TESSARO_API int ClientAdapter_HistoryStreamSetSpeed(int nMediaID, unsigned long dwSpeed);
 
 /// @}
@@ -332,11 +363,14 @@ TESSARO_API int ClientAdapter_HistoryStreamSetSpeed(int nMediaID, unsigned long 
 
 /// @defgroup voice Voice talk
 /// Voice both ways, under a media connection that is open: what the device says goes to ClientAdapter_VoiceStreamCB.
+///
+/// Plug-in's results: eResultNoChannel (no such audio input or output), eResultBusy (somebody else is talking),
+/// eResultRefused (none of the codecs is known to both).
 /// @snippet voice.c voice
 /// @{
 
-/// Opens voice talk under a media connection, not under a login: -1 when nParentID is unknown. Takes a media ID
-/// whatever the plug-in answers.
+/// Opens voice talk under a media connection, not under a login: -1 when nParentID is unknown. *ptPara says afterwards
+/// which codec was agreed. Takes a media ID whatever the plug-in answers.
 TESSARO_API int ClientAdapter_VoiceStreamConnect(int* pnMediaID, int nParentID, tagVoiceStreamPara* ptPara);
 /// Closes a voice connection and frees its media ID, whatever the plug-in answers. The parent stays open.
 TESSARO_API int ClientAdapter_VoiceStreamDisconnect(int nMediaID);
@@ -350,8 +384,8 @@ TESSARO_API int ClientAdapter_VoiceStreamSend(int nMediaID, tagBuffer* ptBuffer)
 /// @defgroup queries Queries
 /// What is on a device: recordings, files, log entries.
 ///
-/// Each query is opened, read record by record until the plug-in's result says there are no more, and closed; which
-/// result that is the plug-in tells, so stop at the first that isn't 0. Opening takes a media ID whatever the plug-in
+/// Each query is opened, read record by record until eResultNoMoreEntries, and closed; stop at the first result that
+/// isn't 0. Plug-in's other results: eResultNoChannel. Opening takes a media ID whatever the plug-in
 /// answers, and closing frees it whatever the plug-in answers. Records are copied into the caller's.
 /// @snippet queries.c queries
 /// @{
@@ -399,6 +433,9 @@ TESSARO_API int ClientAdapter_TransmitHistoryStreamQueryDisconnect(int nMediaID)
 ///
 /// Bytes come in at ClientAdapter_TransparentChannelCB and ClientAdapter_FileDownloadCB, progress of an upload at
 /// ClientAdapter_FileUploadCB: register between opening a transfer and starting it.
+///
+/// Plug-in's results: eResultNoChannel (no such port or window), eResultNotFound (no such file, here or there),
+/// eResultDeviceFull, eResultRefused, eResultBusy (the port is in use).
 /// @snippet transfer.c transfer
 /// @{
 
@@ -411,17 +448,17 @@ TESSARO_API int ClientAdapter_TransparentChannelWrite(int nMediaID, tagBuffer* p
 TESSARO_API int ClientAdapter_TransparentChannelDisconnect(int nMediaID);
 /// Opens an upload; ptPara says which file.
 TESSARO_API int ClientAdapter_FileUploadConnect(int* pnMediaID, int nLoginID, tagFileUploadPara* ptPara);
-/// Starts, pauses or ends an upload.
+/// Starts, pauses or gives up an upload.
 TESSARO_API int ClientAdapter_FileUploadControl(int nMediaID, eFileTransferControl eControl);
 /// Closes an upload.
 TESSARO_API int ClientAdapter_FileUploadDisconnect(int nMediaID);
-/// Opens a download; ptPara says which file.
+/// Opens a download; ptPara says which file, and afterwards how long it is.
 TESSARO_API int ClientAdapter_FileDownloadConnect(int* pnMediaID, int nLoginID, tagFileDownloadPara* ptPara);
-/// Starts, pauses or ends a download.
+/// Starts, pauses or gives up a download.
 TESSARO_API int ClientAdapter_FileDownloadControl(int nMediaID, eFileTransferControl eControl);
 /// Closes a download.
 TESSARO_API int ClientAdapter_FileDownloadDisconnect(int nMediaID);
-/// Opens a connection that carries frames to a device's channel, a decoder's say.
+/// Opens a connection that carries frames to a decoder's window dwChannel.
 TESSARO_API int ClientAdapter_StreamTransferConnect(int* pnMediaID, int nLoginID, unsigned long dwChannel,
                                                     tagStreamTransferPara* ptPara);
 /// Sends one frame; it is yours again on return.
@@ -436,8 +473,8 @@ TESSARO_API int ClientAdapter_StreamTransferDisconnect(int nMediaID);
 /// @defgroup discovery Devices that register themselves, probing, fonts, configuration over HTTP
 /// What needs no login.
 ///
-/// These ask ONVIF, then VTQ, with the same pointers, so the later answer stands; their results are not told: always 0,
-/// also before the start. What is found goes to the callbacks of ClientAdapter_DeviceRegisterCB and
+/// These ask ONVIF, then VTQ, with the same pointers, so the later answer stands. The plug-ins' results are lost:
+/// always 0, also before the start. What is found goes to the callbacks of ClientAdapter_DeviceRegisterCB and
 /// ClientAdapter_DeviceProbeStart.
 /// @snippet discovery.c discovery
 /// @{
@@ -464,8 +501,7 @@ TESSARO_API int ClientAdapter_DeviceProbeSetConfig(unsigned char const* pbyMac, 
 TESSARO_API int ClientAdapter_DeviceProbeGetConfig(unsigned char const* pbyMac, unsigned short wPort,
                                                    tagDeviceProbeUserLoginPara* ptLogin,
                                                    tagDeviceProbeConfigInformation* ptConfig);
-/// Renders a text as a dot lattice, into pLattice, and tells its width, height and length. How much room pLattice must
-/// have the plug-in defines.
+/// Renders a text as a dot lattice, into pLattice, and tells its width, height and length (tagFontPara).
 TESSARO_API int ClientAdapter_StringToLattice(char const* szText, tagFontPara* ptFont, void* pLattice,
                                               unsigned long* pdwWidth, unsigned long* pdwHeight,
                                               unsigned long* pdwLength);
@@ -478,29 +514,35 @@ TESSARO_API int ClientAdapter_GetDeviceConfigFromHttp(char const* szAddress, tag
 // --- Pan-tilt-zoom, disks, screen split ------------------------------------------------------------------------------
 
 /// @defgroup ptz Pan-tilt-zoom, disks, screen split
-/// A camera that moves, a recorder's disks and what they hold, a decoder's screen.
+/// A camera that moves, a recorder's disks and what they hold, a decoder's screen: @ref ptzrecords, @ref storage,
+/// @ref decoderrecords.
+///
+/// Plug-in's results: eResultNoChannel (no such channel, disk or screen), eResultNotFound (no such preset or tour),
+/// eResultBusy (a disk is being formatted; somebody of a higher level moves the camera).
 /// @snippet ptz.c ptz
 /// @{
 
-/// Moves a camera, sets and calls presets and tours. What the four parameters mean depends on the command.
+/// Moves a camera, sets and calls presets and tours. What the four parameters mean depends on the command: see
+/// ePTZControlCmdCode. Presets, tours and the position are read with ClientAdapter_GetIpcPara.
 TESSARO_API int ClientAdapter_PTZControl(int nLoginID, unsigned long dwChannel, ePTZControlCmdCode eCommand,
                                          unsigned long dwPara1, unsigned long dwPara2, unsigned long dwPara3,
                                          unsigned long dwPara4);
-/// Which days of a month hold recordings, into szDays, which the plug-in defines, and *pdwLength.
+/// Which days of a month (202405) hold recordings, into szDays, one character for each day, and *pdwLength: see
+/// @ref storage.
 TESSARO_API int ClientAdapter_DataExistCheck(int nLoginID, unsigned long dwChannel, unsigned long dwType,
                                              unsigned long dwMonth, char* szDays, unsigned long* pdwLength);
-/// Manages groups of disks.
+/// Manages groups of disks: see eDiskGroupOperation.
 TESSARO_API int ClientAdapter_DiskGroupManage(int nLoginID, eDiskGroupOperation eAction, unsigned long dwGroup,
                                               unsigned long dwDisk, unsigned long dwValue);
-/// Size of the recordings of several types between two times, into *pdwSize.
+/// Size of the recordings of several types between two times, in mebibytes, into *pdwSize: see @ref storage.
 TESSARO_API int ClientAdapter_GetMultiTypeDataSize(int nLoginID, unsigned long dwChannel, eDiskGroupType eGroup,
                                                    unsigned long dwTypes, char const* szBegin, char const* szEnd,
                                                    unsigned long dwFlag, unsigned long* pdwSize);
-/// Size of the recordings of one type between two times, into *pdwSize.
+/// Size of the recordings of one type between two times, in mebibytes, into *pdwSize: see @ref storage.
 TESSARO_API int ClientAdapter_GetDataSize(int nLoginID, unsigned long dwChannel, eDiskGroupType eGroup,
                                           eHistoryStreamType eStreamType, char const* szBegin, char const* szEnd,
                                           unsigned long dwFlag, unsigned long* pdwSize);
-/// Splits a screen into windows. pdwChannels: the windows' channels; how many depends on the mode.
+/// Splits a decoder's screen into windows. dwMode (eScreenSplitMode) is their number, pdwChannels what each shows.
 TESSARO_API int ClientAdapter_SetScreenSplitMode(int nLoginID, unsigned long dwScreen, unsigned long dwMode,
                                                  unsigned long* pdwChannels);
 
@@ -510,6 +552,8 @@ TESSARO_API int ClientAdapter_SetScreenSplitMode(int nLoginID, unsigned long dwS
 
 /// @defgroup panels Front panels
 /// The keys, lamps and texts on the front of a recorder.
+///
+/// Plug-in's results: eResultNotSupported (the device has none), eResultRefused (a key, while the keys are locked).
 /// @snippet panels.c panels
 /// @{
 
@@ -517,7 +561,7 @@ TESSARO_API int ClientAdapter_SetScreenSplitMode(int nLoginID, unsigned long dwS
 TESSARO_API int ClientAdapter_PanelGetStatus(int nLoginID, tagPanelStatusInfo* ptStatus);
 /// Sets a front panel's lamps and texts.
 TESSARO_API int ClientAdapter_PanelSetStatus(int nLoginID, tagPanelStatusInfo* ptStatus);
-/// Locks, unlocks, beeps.
+/// Presses a key, locks and unlocks the keys, beeps.
 TESSARO_API int ClientAdapter_PanelControl(int nLoginID, tagPanelControlParameter* ptPara);
 
 /// @}
@@ -525,70 +569,74 @@ TESSARO_API int ClientAdapter_PanelControl(int nLoginID, tagPanelControlParamete
 // --- Decoders --------------------------------------------------------------------------------------------------------
 
 /// @defgroup decoders Decoders
-/// What a video decoder shows: one source at once, a tour of sources in turn, a recording, a logo.
+/// What a video decoder shows: one source at once, a tour of sources in turn, a recording, a logo. @ref decoderrecords
+/// begins with how a wall, its screens and its windows belong together; dwChannel is a window, or a screen where said.
+///
+/// Plug-in's results: eResultNoChannel (no such window or screen), eResultNotSupported (no decoder), eResultNotFound
+/// (no tour, logo or recording), eResultNoResources (too many windows to decode).
 /// @snippet decoders.c decoders
 /// @{
 
-/// Lets a decoder channel show a source at once; it shows it until ClientAdapter_DecoderDynamicDisconnect.
+/// Lets a window show a source at once; it shows it until ClientAdapter_DecoderDynamicDisconnect.
 TESSARO_API int ClientAdapter_DecoderDynamicConnect(int nLoginID, unsigned long dwChannel,
                                                     tagDecoderDynamicInformation* ptInfo);
-/// Ends what ClientAdapter_DecoderDynamicConnect began on the channel.
+/// Ends what ClientAdapter_DecoderDynamicConnect began in the window. dwFlag: eDecoderDisconnect.
 TESSARO_API int ClientAdapter_DecoderDynamicDisconnect(int nLoginID, unsigned long dwChannel, unsigned long dwFlag);
-/// Writes a decoder's configuration.
+/// Writes a decoder's wall: where its screens and windows are.
 TESSARO_API int ClientAdapter_DecoderSetConfig(int nLoginID, tagDecoderDeviceConfig* ptConfig);
-/// Reads a decoder's configuration, into *ptConfig.
+/// Reads a decoder's wall, into *ptConfig and the list that it points at.
 TESSARO_API int ClientAdapter_DecoderGetConfig(int nLoginID, tagDecoderDeviceConfig* ptConfig);
-/// Writes a decoder channel's configuration.
+/// Writes how a window shows, and what it is bound to.
 TESSARO_API int ClientAdapter_DecoderSetChannelConfig(int nLoginID, unsigned long dwChannel,
                                                       tagDecoderChannelConfig* ptConfig);
-/// Reads a decoder channel's configuration, into *ptConfig.
+/// Reads how a window shows, and what it is bound to, into *ptConfig.
 TESSARO_API int ClientAdapter_DecoderGetChannelConfig(int nLoginID, unsigned long dwChannel,
                                                       tagDecoderChannelConfig* ptConfig);
-/// Sets a decoder channel's video standard.
+/// Sets what signal the screen dwChannel gets.
 TESSARO_API int ClientAdapter_DecoderSetVideoStandard(int nLoginID, unsigned long dwChannel,
                                                       tagDecoderVideoStandardConfig* ptConfig);
-/// Reads a decoder channel's video standard, into *ptConfig.
+/// Reads what signal the screen dwChannel gets, into *ptConfig.
 TESSARO_API int ClientAdapter_DecoderGetVideoStandard(int nLoginID, unsigned long dwChannel,
                                                       tagDecoderVideoStandardConfig* ptConfig);
-/// Writes the tour of sources that a channel shows; ClientAdapter_DecoderChannelSetLoopEnable turns it on.
+/// Writes the tour of sources that a window shows; ClientAdapter_DecoderChannelSetLoopEnable turns it on.
 TESSARO_API int ClientAdapter_DecoderSetChannelLoopConfig(int nLoginID, unsigned long dwChannel,
                                                           tagDecoderChannelLoopConfig* ptConfig);
-/// Reads the tour of sources that a channel shows, into *ptConfig.
+/// Reads the tour of sources that a window shows, into *ptConfig and the list that it points at.
 TESSARO_API int ClientAdapter_DecoderGetChannelLoopConfig(int nLoginID, unsigned long dwChannel,
                                                           tagDecoderChannelLoopConfig* ptConfig);
-/// Turns a channel's tour on or off.
+/// Turns a window's tour on or off, or holds it.
 TESSARO_API int ClientAdapter_DecoderChannelSetLoopEnable(int nLoginID, unsigned long dwChannel,
                                                           eDecoderChannelStatus eStatus);
-/// Whether a channel's tour is on, into *peStatus.
+/// Whether a window's tour is on, into *peStatus.
 TESSARO_API int ClientAdapter_DecoderChannelGetLoopEnable(int nLoginID, unsigned long dwChannel,
                                                           eDecoderChannelStatus* peStatus);
-/// Whether the tours of all channels are on, into *ptStatus.
+/// Whether the tours of all windows are on, and where they are, into the list of *ptStatus.
 TESSARO_API int ClientAdapter_DecoderGetLoopEnable(int nLoginID, tagDecoderLoopStatus* ptStatus);
-/// What a channel can do, into *ptInfo.
+/// What a window can do, into *ptInfo.
 TESSARO_API int ClientAdapter_DecoderGetChannelInformation(int nLoginID, unsigned long dwChannel,
                                                            tagDecoderChannelInformation* ptInfo);
-/// What the channels are doing, into *ptStatus.
+/// What all windows are doing, into the list of *ptStatus.
 TESSARO_API int ClientAdapter_DecoderChannelGetStatus(int nLoginID, tagDecoderChannelStatus* ptStatus);
-/// Controls playback on a channel.
+/// Plays a recording in a window, and steers it.
 TESSARO_API int ClientAdapter_DecoderChannelSetPlayStatus(int nLoginID, unsigned long dwChannel,
                                                           tagDecoderSetPlayStatusParameter* ptPara);
-/// Where playback on a channel is, into *ptPara.
+/// Where the recording in a window is, into *ptPara, whose dwChannel names the window.
 TESSARO_API int ClientAdapter_DecoderChannelGetPlayStatus(int nLoginID, tagDecoderGetPlayStatusParameter* ptPara);
-/// Sends a logo for a channel to show; ClientAdapter_DecoderChannelLogoSwitch shows it.
+/// Sends a logo for a window to show; ClientAdapter_DecoderChannelLogoSwitch shows it.
 TESSARO_API int ClientAdapter_UploadLogo(int nLoginID, unsigned long dwChannel, tagUploadLogoParameter* ptPara);
 /// Shows or hides the logo.
 TESSARO_API int ClientAdapter_DecoderChannelLogoSwitch(int nLoginID, unsigned long dwChannel,
                                                        eDeviceChannelControl eControl);
-/// Enlarges, restores or hides a window.
+/// Enlarges, restores, hides or freezes a window.
 TESSARO_API int ClientAdapter_DecoderChannelDisplayControl(int nLoginID, unsigned long dwChannel,
                                                            tagDecoderDisplayStatus* ptStatus);
-/// Writes a display's configuration.
+/// Writes how the screen dwChannel shows.
 TESSARO_API int ClientAdapter_DecoderSetDisplayConfig(int nLoginID, unsigned long dwChannel,
                                                       tagDecoderDisplayConfig* ptConfig);
-/// Reads a display's configuration, into *ptConfig.
+/// Reads how the screen dwChannel shows, into *ptConfig.
 TESSARO_API int ClientAdapter_DecoderGetDisplayConfig(int nLoginID, unsigned long dwChannel,
                                                       tagDecoderDisplayConfig* ptConfig);
-/// The time that a channel shows in its picture, into *ptTime.
+/// The time that a window's picture or its screen's clock shows, into *ptTime. dwFlag: eOsdTime.
 TESSARO_API int ClientAdapter_DecoderChannelGetOSDTime(int nLoginID, unsigned long dwChannel, tagTimeInfo* ptTime,
                                                        unsigned long dwFlag);
 
@@ -604,13 +652,15 @@ TESSARO_API int ClientAdapter_DecoderChannelGetOSDTime(int nLoginID, unsigned lo
 /// @snippet version.c version
 /// @{
 
-/// Which version a device speaks, into *peVersion, without a login. Blocks for the plug-ins' waits one after the other.
+/// Which version a device speaks, into *peVersion, without a login. dwTimeout: milliseconds to wait, 0: 5000. Blocks
+/// for the plug-ins' waits one after the other.
 TESSARO_API int ClientAdapter_GetSDKVersion(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout,
                                             eNetworkSDKVersion* peVersion);
-/// Lets the plug-ins see whether a device answers, without a login. Always 0: the answer isn't told. Blocks as
+/// Lets the plug-ins see whether a device answers, without a login. Always 0, whatever they answer. Blocks as
 /// ClientAdapter_GetSDKVersion.
 TESSARO_API int ClientAdapter_DeviceIsOnline(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout);
-/// The header that recorded files of a type begin with, into pbyHeader, and its length, into *pdwLength.
+/// The header that recorded files of a type (eFileFormat) begin with, into pbyHeader. *pdwLength: the room there, then
+/// the header's length.
 TESSARO_API int ClientAdapter_GetFileHeader(unsigned long dwType, char* pbyHeader, unsigned long* pdwLength);
 
 /// @}

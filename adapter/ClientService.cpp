@@ -17,6 +17,10 @@ CAdapta_PlatformResource& Platform()
 
 template class Adapter_CommonKit::TSingletons<CAdapter_GlobalObject>;
 
+CAdapta_PlatformResource::CAdapta_PlatformResource() = default;
+
+CAdapta_PlatformResource::CAdapta_PlatformResource(CAdapta_PlatformResource const&) = default;
+
 CAdapta_PlatformResource::~CAdapta_PlatformResource() = default;
 
 CAdapta_PlatformResource& CAdapta_PlatformResource::operator=(CAdapta_PlatformResource const&)
@@ -109,4 +113,19 @@ CAdapter_GlobalObject::~CAdapter_GlobalObject() = default;
 CAdapter_GlobalObject& CAdapter_GlobalObject::operator=(CAdapter_GlobalObject const&)
 {
     return *this;
+}
+
+CAdapta_PlatformResource* CAdapter_GlobalObject::PlatformResource()
+{
+    return &m_tPlatformResource;
+}
+
+CAdapta_ClientService* CAdapter_GlobalObject::ClientService()
+{
+    return &m_tClientService;
+}
+
+Adapter_ProtocolSet::CClientProtocolSet* CAdapter_GlobalObject::ProtocolResource()
+{
+    return &m_tProtocolResource;
 }

@@ -16,8 +16,8 @@
 class TESSARO_API CAdapta_PlatformResource
 {
 public:
-    CAdapta_PlatformResource() = default;
-    CAdapta_PlatformResource(CAdapta_PlatformResource const&) = default; ///< nothing to copy
+    CAdapta_PlatformResource();
+    CAdapta_PlatformResource(CAdapta_PlatformResource const& tOther); ///< nothing to copy
     virtual ~CAdapta_PlatformResource();
     virtual CAdapta_PlatformResource& operator=(CAdapta_PlatformResource const& tOther); ///< changes nothing
 
@@ -61,9 +61,9 @@ public:
     /// @{
 
     /// Valid as long as the object.
-    CAdapta_PlatformResource* PlatformResource() { return &m_tPlatformResource; }
-    CAdapta_ClientService* ClientService() { return &m_tClientService; }
-    Adapter_ProtocolSet::CClientProtocolSet* ProtocolResource() { return &m_tProtocolResource; }
+    CAdapta_PlatformResource* PlatformResource();
+    CAdapta_ClientService* ClientService();
+    Adapter_ProtocolSet::CClientProtocolSet* ProtocolResource();
     /// @}
 
 private:

@@ -1,6 +1,10 @@
 #include "adapter/HandleRegistry.h"
 
+#include "adapter/LookUp.h"
+#include "system/Lock.h"
+
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 
 namespace Adapter_ApplicationLayer
@@ -10,21 +14,6 @@ namespace
 constexpr int g_nFree = 1;
 constexpr int g_nUsed = 2;
 
-static_assert(offsetof(tagResource, byProtocolData) == 4 + (sizeof(void*) - 4) + 2 * sizeof(void*), "tagResource");
-static_assert(sizeof(tagResource) == (sizeof(void*) == 4 ? 616 : 632), "tagResource");
-
-class CLock
-{
-public:
-    explicit CLock(pthread_mutex_t& tMutex) : m_tMutex(tMutex) { pthread_mutex_lock(&m_tMutex); }
-    ~CLock() { pthread_mutex_unlock(&m_tMutex); }
-    CLock(CLock const&) = delete;
-    CLock& operator=(CLock const&) = delete;
-
-private:
-    pthread_mutex_t& m_tMutex;
-};
-
 // One of the two tables, taken apart: they are alike.
 struct tagTable
 {
@@ -32,18 +21,19 @@ struct tagTable
     int* anState;
     int& nCursor;
     pthread_mutex_t& tMutex;
-    Client::tagLookUp* atLookUp;
+    tagLookUp* atLookUp; // null: not g_cClient
 };
 
 tagTable Users(Client& tClient)
 {
-    return {tClient.m_stUser, tClient.m_nUserState, tClient.m_nUserCursor, tClient.m_mtxUser, tClient.m_tUserLookUp};
+    return {tClient.m_stUser, tClient.m_nUserState, tClient.m_nUserCursor, tClient.m_mtxUser,
+            &tClient == &g_cClient ? g_atUserLookUp : nullptr};
 }
 
 tagTable Media(Client& tClient)
 {
     return {tClient.m_stMedia, tClient.m_nMediaState, tClient.m_nMediaCursor, tClient.m_mtxMedia,
-            tClient.m_tMediaLookUp};
+            &tClient == &g_cClient ? g_atMediaLookUp : nullptr};
 }
 
 // From the cursor up; then once more from slot 1: a search that doesn't begin at slot 0 never takes it.
@@ -67,19 +57,21 @@ int Allocate(tagTable const& tTable, int& nID, F fnStore)
 {
     const CLock tLock(tTable.tMutex);
     const int nFound = FirstFree(tTable);
-    if (nFound >= 0)
+    if (nFound < 0)
     {
-        tagResource& tRecord = tTable.atRecord[nFound];
-        Client::tagLookUp& tLookUp = tTable.atLookUp[nFound];
-        tLookUp.tSequence.BeginWrite();
-        CSequence::Store(tTable.anState[nFound], g_nUsed);
-        fnStore(tRecord);
-        CSequence::Store(tLookUp.nType, static_cast<std::int32_t>(tRecord.eType));
-        CSequence::Store(tLookUp.hHandle, tRecord.hHandle);
-        tLookUp.tSequence.EndWrite();
-        nID = nFound;
-        tTable.nCursor = (nFound + 1) % Client::nSlots;
+        return 0;
     }
+    tagResource& tRecord = tTable.atRecord[nFound];
+    tagLookUp tUnused;
+    tagLookUp& tLookUp = tTable.atLookUp ? tTable.atLookUp[nFound] : tUnused;
+    tLookUp.tSequence.BeginWrite();
+    fnStore(tRecord);
+    CSequence::Store(tLookUp.eType, tRecord.eType);
+    CSequence::Store(tLookUp.hHandle, tRecord.hHandle);
+    std::atomic_ref(tTable.anState[nFound]).store(g_nUsed, std::memory_order_release);
+    tLookUp.tSequence.EndWrite();
+    nID = nFound;
+    tTable.nCursor = (nFound + 1) % Client::nSlots;
     return 0;
 }
 
@@ -101,17 +93,25 @@ int Copy(tagTable const& tTable, int nID, tagResource& tRecord)
     }
     int nState = g_nFree;
     tagResource tCopy;
-    const bool bWhole = tTable.atLookUp[nID].tSequence.TryRead(
-        [&]
-        {
-            tagResource const& tSource = tTable.atRecord[nID];
-            nState = CSequence::Load(tTable.anState[nID]);
-            tCopy.eType = CSequence::Load(tSource.eType);
-            tCopy.hHandle = CSequence::Load(tSource.hHandle);
-            tCopy.hStream = CSequence::Load(tSource.hStream);
-            std::transform(std::begin(tSource.byProtocolData), std::end(tSource.byProtocolData), tCopy.byProtocolData,
-                           [](unsigned char const& by) { return CSequence::Load(by); });
-        });
+    const auto fnCopy = [&]
+    {
+        tagResource const& tSource = tTable.atRecord[nID];
+        nState = std::atomic_ref(tTable.anState[nID]).load(std::memory_order_acquire);
+        tCopy.eType = CSequence::Load(tSource.eType);
+        tCopy.hHandle = CSequence::Load(tSource.hHandle);
+        tCopy.hStream = CSequence::Load(tSource.hStream);
+        std::transform(std::begin(tSource.byProtocolData), std::end(tSource.byProtocolData), tCopy.byProtocolData,
+                       [](unsigned char const& by) { return CSequence::Load(by); });
+    };
+    bool bWhole = true;
+    if (tTable.atLookUp)
+    {
+        bWhole = tTable.atLookUp[nID].tSequence.TryRead(fnCopy); // else it is free, or was a moment ago
+    }
+    else
+    {
+        fnCopy();
+    }
     if (!bWhole || nState != g_nUsed)
     {
         return 1;
@@ -123,7 +123,10 @@ int Copy(tagTable const& tTable, int nID, tagResource& tRecord)
 void MarkFree(tagTable const& tTable, int nID)
 {
     CSequence::Store(tTable.anState[nID], g_nFree);
-    CSequence::Store(tTable.atLookUp[nID].nType, Client::tagLookUp::nFree);
+    if (tTable.atLookUp)
+    {
+        tTable.atLookUp[nID].tSequence.BeginWrite(); // ended by the next allocation
+    }
 }
 
 int Free(tagTable const& tTable, int nID)
@@ -136,6 +139,9 @@ int Free(tagTable const& tTable, int nID)
     return 0;
 }
 } // namespace
+
+constinit tagLookUp g_atUserLookUp[Client::nSlots];
+constinit tagLookUp g_atMediaLookUp[Client::nSlots];
 
 Client::Client() : m_nUserCursor(0), m_nMediaCursor(0)
 {
@@ -205,11 +211,11 @@ int Client::DeleteMediaType(int nID)
     return Free(Media(*this), nID);
 }
 
-void Client::UpdateUser(int nID, void* tagResource::*pField, void* hValue)
+void UpdateUser(int nID, void* tagResource::*pField, void* hValue)
 {
-    const tagTable tTable = Users(*this);
+    const tagTable tTable = Users(g_cClient);
     const CLock tLock(tTable.tMutex);
-    if (static_cast<unsigned>(nID) < nSlots && tTable.anState[nID] == g_nUsed)
+    if (static_cast<unsigned>(nID) < Client::nSlots && tTable.anState[nID] == g_nUsed)
     {
         CSequence::Store(tTable.atRecord[nID].*pField, hValue);
         CSequence::Store(tTable.atLookUp[nID].hHandle, tTable.atRecord[nID].hHandle);

@@ -5,10 +5,7 @@
 
 #include "protocol/PluginInterface.h"
 #include "system/Export.h"
-#include "system/Sequence.h"
 
-#include <cstdint>
-#include <limits>
 #include <pthread.h>
 
 /// What the C API keeps: IDs and callbacks.
@@ -29,8 +26,9 @@ struct tagResource
 ///
 /// IDs rise; a freed one comes back only when the search has gone round. An allocating call leaves the ID variable as
 /// it was when the table is full, so preset it to -1. Any thread may call. Allocating and freeing take the table's
-/// mutex; looking up takes no lock, writes nothing and never sees half a record, whatever other threads allocate and
-/// free. Which ID may still be used is for its users to settle: free no ID that another thread is using.
+/// mutex; looking up takes no lock, waits for nobody and writes nothing. In g_cClient it never sees half a record,
+/// whatever other threads allocate and free; in any other object it may, when the very slot is freed and given again
+/// meanwhile. Which ID may still be used is for its users to settle: free no ID that another thread is using.
 /// @ingroup classes
 class TESSARO_API Client
 {
@@ -51,61 +49,14 @@ public:
     int GetMediaType(int nID, tagResource& tRecord);                ///< as GetUserType
     int DeleteMediaType(int nID);                                   ///< as DeleteUserType
 
-    /// What a call needs of a record: the look-up that every exported function makes.
-    struct tagTarget
-    {
-        eProtocolType eType; ///< whose handle it is
-        void* hHandle;       ///< the plug-in's
-    };
-    /// False, and tTarget is not to be used: not a used slot.
-    bool FindUser(int nID, tagTarget& tTarget) const { return Find(m_tUserLookUp, nID, tTarget); }
-    /// As FindUser, for media connections.
-    bool FindMedia(int nID, tagTarget& tTarget) const { return Find(m_tMediaLookUp, nID, tTarget); }
-
-    /// What looking an ID up reads, in one place for each slot: the records are far apart, and their states so close
-    /// that opening and closing one would hold up many others.
-    struct alignas(16) tagLookUp
-    {
-        static constexpr std::int32_t nFree = std::numeric_limits<std::int32_t>::min(); ///< no protocol
-
-        CSequence tSequence;        ///< tells readers of slot and record that it is being allocated
-        std::int32_t nType = nFree; ///< the record's eType, nFree while there is none
-        void* hHandle = nullptr;    ///< the record's
-    };
-
-    /// Sets one pointer of a login record in place, as a whole; does nothing when the slot isn't used.
-    void UpdateUser(int nID, void* tagResource::*pField, void* hValue);
-
-    tagResource m_stUser[nSlots];     ///< logins
-    int m_nUserState[nSlots];         ///< 1 free, 2 used
-    int m_nUserCursor;                ///< where the next search begins
-    tagResource m_stMedia[nSlots];    ///< media connections
-    int m_nMediaState[nSlots];        ///< 1 free, 2 used
-    int m_nMediaCursor;               ///< where the next search begins
-    pthread_mutex_t m_mtxUser;        ///< held while a login is allocated or freed
-    pthread_mutex_t m_mtxMedia;       ///< held while a media connection is allocated or freed
-    tagLookUp m_tUserLookUp[nSlots];  ///< kept with the logins
-    tagLookUp m_tMediaLookUp[nSlots]; ///< kept with the media connections
-
-private:
-    static bool Find(tagLookUp const (&atLookUp)[nSlots], int nID, tagTarget& tTarget)
-    {
-        if (static_cast<unsigned>(nID) >= nSlots)
-        {
-            return false;
-        }
-        // An allocation under way or just done: a moment ago the slot was free, and that is the answer.
-        tagLookUp const& tLookUp = atLookUp[nID];
-        std::int32_t nType = tagLookUp::nFree;
-        const bool bWhole = tLookUp.tSequence.TryRead(
-            [&]
-            {
-                nType = CSequence::Load(tLookUp.nType);
-                tTarget.hHandle = CSequence::Load(tLookUp.hHandle);
-            });
-        tTarget.eType = static_cast<eProtocolType>(nType);
-        return bWhole && nType != tagLookUp::nFree;
-    }
+    tagResource m_stUser[nSlots];  ///< logins
+    int m_nUserState[nSlots];      ///< 1 free, 2 used
+    int m_nUserCursor;             ///< where the next search begins
+    tagResource m_stMedia[nSlots]; ///< media connections
+    int m_nMediaState[nSlots];     ///< 1 free, 2 used
+    int m_nMediaCursor;            ///< where the next search begins
+    pthread_mutex_t m_mtxUser;     ///< held while a login is allocated or freed
+    pthread_mutex_t m_mtxMedia;    ///< held while a media connection is allocated or freed
 };
 } // namespace Adapter_ApplicationLayer
 

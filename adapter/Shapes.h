@@ -4,11 +4,15 @@
 // set, and what comes back. One function each; included by ClientAdapter.cpp alone, whose rows choose among them.
 
 #include "adapter/Globals.h"
+#include "adapter/LookUp.h"
 #include "system/OutputMessage.h"
 
 namespace
 {
 using Adapter_ApplicationLayer::Client;
+using Adapter_ApplicationLayer::FindMedia;
+using Adapter_ApplicationLayer::FindUser;
+using Adapter_ApplicationLayer::tagTarget;
 using Adapter_ProtocolSet::CClientProtocolSet;
 
 constexpr char g_szSource[] = "ClientAdapter.cpp";
@@ -30,8 +34,8 @@ struct tagSite
 template <class F, class... A>
 int OnLogin(tagSite tSite, F fnOperation, int nLoginID, A... tArguments)
 {
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin)) [[unlikely]]
     {
         return Failed(tSite, eResultUnknownLogin);
     }
@@ -42,8 +46,8 @@ int OnLogin(tagSite tSite, F fnOperation, int nLoginID, A... tArguments)
 template <class F, class... A>
 int AskLogin(tagSite tSite, F fnOperation, int nLoginID, A... tArguments)
 {
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin)) [[unlikely]]
     {
         return Failed(tSite, eResultUnknownLogin);
     }
@@ -54,8 +58,8 @@ int AskLogin(tagSite tSite, F fnOperation, int nLoginID, A... tArguments)
 template <class F, class... A>
 int OnMedia(tagSite, F fnOperation, int nMediaID, A... tArguments)
 {
-    Client::tagTarget tMedia;
-    if (!g_cClient.FindMedia(nMediaID, tMedia)) [[unlikely]]
+    tagTarget tMedia;
+    if (!FindMedia(nMediaID, tMedia)) [[unlikely]]
     {
         return eResultUnknownMedia;
     }
@@ -66,9 +70,9 @@ int OnMedia(tagSite, F fnOperation, int nMediaID, A... tArguments)
 template <class F>
 int OnTwoMedia(tagSite, F fnOperation, int nMediaID, int nOtherID)
 {
-    Client::tagTarget tMedia;
-    Client::tagTarget tOther;
-    if (!g_cClient.FindMedia(nMediaID, tMedia) || !g_cClient.FindMedia(nOtherID, tOther)) [[unlikely]]
+    tagTarget tMedia;
+    tagTarget tOther;
+    if (!FindMedia(nMediaID, tMedia) || !FindMedia(nOtherID, tOther)) [[unlikely]]
     {
         return eResultUnknownMedia;
     }
@@ -77,7 +81,7 @@ int OnTwoMedia(tagSite, F fnOperation, int nMediaID, int nOtherID)
 
 /// What the three shapes of opening share. The plug-in gets a handle variable of the library's own.
 template <class F, class... A>
-int OpenOn(Client::tagTarget const& tParent, bool bAlsoWhenFailed, F fnOperation, int* pnMediaID, A... tArguments)
+int OpenOn(tagTarget const& tParent, bool bAlsoWhenFailed, F fnOperation, int* pnMediaID, A... tArguments)
 {
     void* hMedia = nullptr;
     const int nResult = fnOperation(&hMedia, tParent.hHandle, tArguments..., tParent.eType);
@@ -94,8 +98,8 @@ int OpenOn(Client::tagTarget const& tParent, bool bAlsoWhenFailed, F fnOperation
 template <class F, class... A>
 int OpenUnlessFailed(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID, A... tArguments)
 {
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin)) [[unlikely]]
     {
         return Failed(tSite, eResultUnknownLogin);
     }
@@ -106,8 +110,8 @@ int OpenUnlessFailed(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID,
 template <class F, class... A>
 int Open(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID, A... tArguments)
 {
-    Client::tagTarget tLogin;
-    if (!g_cClient.FindUser(nLoginID, tLogin)) [[unlikely]]
+    tagTarget tLogin;
+    if (!FindUser(nLoginID, tLogin)) [[unlikely]]
     {
         return Failed(tSite, eResultUnknownLogin);
     }
@@ -118,8 +122,8 @@ int Open(tagSite tSite, F fnOperation, int* pnMediaID, int nLoginID, A... tArgum
 template <class F, class... A>
 int OpenUnderMedia(tagSite, F fnOperation, int* pnMediaID, int nParentID, A... tArguments)
 {
-    Client::tagTarget tParent;
-    if (!g_cClient.FindMedia(nParentID, tParent)) [[unlikely]]
+    tagTarget tParent;
+    if (!FindMedia(nParentID, tParent)) [[unlikely]]
     {
         return eResultUnknownMedia;
     }
@@ -130,8 +134,8 @@ int OpenUnderMedia(tagSite, F fnOperation, int* pnMediaID, int nParentID, A... t
 template <class F>
 int Close(tagSite, F fnOperation, int nMediaID)
 {
-    Client::tagTarget tMedia;
-    if (!g_cClient.FindMedia(nMediaID, tMedia)) [[unlikely]]
+    tagTarget tMedia;
+    if (!FindMedia(nMediaID, tMedia)) [[unlikely]]
     {
         return eResultUnknownMedia;
     }

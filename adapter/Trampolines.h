@@ -3,20 +3,23 @@
 // What the plug-ins call in place of the application: finds the registration by the ID that came along as user data,
 // and calls the application with its own ID and user data. Included by ClientAdapter.cpp alone, after Shapes.h.
 //
-// The media trampolines run once a frame: no lock, no allocation. A process may end while plug-ins still deliver; what
-// they read here is either never destroyed (the media records have nothing to destroy) or closed first (CEvents).
+// The media trampolines run once a frame: no lock, no allocation, and no waiting for who registers. A process may end
+// while plug-ins still deliver; what they read here is either never destroyed (the media records have nothing to
+// destroy) or closed first (CEvents).
 
+#include "adapter/Events.h"
+#include "adapter/Registrations.h"
 #include "adapter/Shapes.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
-#include <mutex>
-#include <sched.h>
 
 namespace
 {
 using Adapter_ApplicationLayer::CSetCallBack;
+using Adapter_ApplicationLayer::g_tEvents;
+using Adapter_ApplicationLayer::g_tRegistrations;
 using Adapter_ApplicationLayer::UserEventKind;
 
 void* AsHandle(int nID)
@@ -35,16 +38,11 @@ template <class Kind, class... A>
     return eResultOk;
 }
 
-// A registration is being made, which takes a few stores: waits for its end. Apart, to keep the path of a frame short.
+// A registration is being made. Apart, to keep the path of a frame short.
 template <class Kind, class... A>
-[[gnu::cold, gnu::noinline]] int RelayAgain(tagSite tSite, CSetCallBack const& tRecord, A... tArguments)
+[[gnu::cold, gnu::noinline]] int RelayMeanwhile(tagSite tSite, CSetCallBack const& tRecord, A... tArguments)
 {
-    typename Kind::tagRegistration tFound;
-    do
-    {
-        sched_yield();
-    } while (!Kind::TryRead(tRecord, tFound));
-    return Deliver<Kind>(tSite, tFound, tArguments...);
+    return Deliver<Kind>(tSite, g_tRegistrations.Read<Kind>(tRecord), tArguments...);
 }
 
 template <class Kind, class... A>
@@ -56,9 +54,9 @@ template <class Kind, class... A>
     }
     CSetCallBack const& tRecord = g_SetCallBack[dwMediaID];
     typename Kind::tagRegistration tFound;
-    if (!Kind::TryRead(tRecord, tFound)) [[unlikely]]
+    if (!g_tRegistrations.TryRead<Kind>(tRecord, tFound)) [[unlikely]]
     {
-        return RelayAgain<Kind>(tSite, tRecord, tArguments...);
+        return RelayMeanwhile<Kind>(tSite, tRecord, tArguments...);
     }
     return Deliver<Kind>(tSite, tFound, tArguments...);
 }
@@ -94,62 +92,6 @@ int SetFileDownloadCB(void*, tagBuffer tBuffer, unsigned long dwUser)
     return Relay<Adapter_ApplicationLayer::FileDownloadKind>({"SetFileDownloadCB", 3630}, dwUser, tBuffer);
 }
 
-/// Guards g_SetUserCallBack, which changes shape when a login subscribes for the first time. The lock is held for the
-/// look-up only. Destroyed before the map is: whoever comes later finds no record.
-class CEvents
-{
-public:
-    ~CEvents()
-    {
-        const std::lock_guard tLock(m_tMutex);
-        m_bClosed = true;
-    }
-
-    /// False when memory runs out or the lock can't be had.
-    bool Register(int nLoginID, DeviceEventCallback pfnEvent, unsigned long dwUser)
-    try
-    {
-        const std::lock_guard tLock(m_tMutex);
-        if (!m_bClosed)
-        {
-            UserEventKind::Register(g_SetUserCallBack[nLoginID], pfnEvent, nLoginID, dwUser);
-        }
-        return true;
-    }
-    catch (...)
-    {
-        return false;
-    }
-
-    /// What is registered; a record that doesn't exist, or can't be looked at, counts as a cleared one.
-    UserEventKind::tagRegistration Find(int nLoginID)
-    try
-    {
-        const std::lock_guard tLock(m_tMutex);
-        if (m_bClosed)
-        {
-            return {};
-        }
-        UserEventKind::tagRegistration tFound;
-        if (const auto itRecord = g_SetUserCallBack.find(nLoginID); itRecord != g_SetUserCallBack.end())
-        {
-            // Always whole: registrations hold the same lock.
-            [[maybe_unused]] const bool bWhole = UserEventKind::TryRead(itRecord->second, tFound);
-        }
-        return tFound;
-    }
-    catch (...)
-    {
-        return {};
-    }
-
-private:
-    static inline std::mutex m_tMutex; // no destructor: outlives this object
-    static inline bool m_bClosed = false;
-};
-
-extern CEvents g_tEvents;
-
 int SetUserEventCB(void*, unsigned long dwEvent, unsigned long dwWord2, unsigned long dwWord3, unsigned long dwWord4,
                    unsigned long dwUser)
 {
@@ -184,12 +126,13 @@ using FileDownloadRelay = tagRelay<Adapter_ApplicationLayer::FileDownloadKind, &
 template <class Relay, class F>
 int Register(tagSite, F fnOperation, int nMediaID, typename Relay::Record::Function pfnCallback, unsigned long dwUser)
 {
-    Client::tagTarget tMedia;
-    if (!g_cClient.FindMedia(nMediaID, tMedia))
+    tagTarget tMedia;
+    if (!FindMedia(nMediaID, tMedia))
     {
         return eResultUnknownMedia;
     }
-    Relay::Record::Register(g_SetCallBack[nMediaID], pfnCallback, nMediaID, dwUser);
+    using Kind = typename Relay::Record;
+    g_tRegistrations.Register<Kind>(g_SetCallBack[nMediaID], {true, pfnCallback, nMediaID, dwUser});
     return fnOperation(tMedia.hHandle, Relay::pfn, static_cast<unsigned long>(nMediaID), tMedia.eType);
 }
 } // namespace

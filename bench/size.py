@@ -30,7 +30,7 @@ with open("/proc/self/smaps") as file:
         mapping = re.match(r"[0-9a-f]+-[0-9a-f]+ \S+ \S+ \S+ \d+\s*(.*)", line)
         if mapping:  # its variables without a value follow it, in a mapping without a name
             ours = mapping.group(1) == library or (ours and not mapping.group(1))
-        elif ours and line.startswith("Private_Dirty:"):
+        elif ours and line.startswith("Anonymous:"):
             private += int(line.split()[1])
 
 print(f"{'':26}{'':>12}{'goal':>8}")

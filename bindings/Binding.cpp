@@ -22,6 +22,11 @@ constexpr std::size_t g_nLongestOperation = []
 }();
 } // namespace
 
+int CEntryTable::Missing()
+{
+    return eResultNoEntryPoint;
+}
+
 int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const& tProfile, char const* szPath)
 {
     if (!szPath)
@@ -29,7 +34,7 @@ int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const&
         DiagnosticLine(tProfile.szSource, "Intialize", tProfile.nNullPathLine);
         return eResultNoProtocol;
     }
-    m_apEntry.fill(nullptr);
+    m_apEntry.fill(MissingEntry());
     if (tModule.Open(szPath) != 0)
     {
         if (tProfile.szOpenFailed)
@@ -45,14 +50,20 @@ int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const&
     // Put together by hand: 400 times snprintf shows in a start.
     char szName[sizeof tProfile.szPrefix + g_nLongestOperation];
     char* const szOperation = stpcpy(szName, tProfile.szPrefix);
-    for (tagLookUp const& tRow : tProfile.atLookUp)
+    for (const eOperation eOp : tProfile.aeLookUp)
     {
-        const auto iOp = static_cast<std::size_t>(tRow.eOp);
-        if (!tRow.szSymbol)
+        const auto iOp = static_cast<std::size_t>(eOp);
+        const auto itIrregular = std::ranges::find(tProfile.atIrregular, eOp, &tagIrregularName::eOp);
+        const bool bRegular = itIrregular == tProfile.atIrregular.end();
+        if (bRegular)
         {
             stpcpy(szOperation, g_aszOperation[iOp]);
         }
-        tModule.Export(tRow.szSymbol ? tRow.szSymbol : szName, m_apEntry[iOp]);
+        void* pEntry = nullptr;
+        if (tModule.Export(bRegular ? szName : itIrregular->szSymbol, pEntry) == 0)
+        {
+            m_apEntry[iOp] = pEntry;
+        }
     }
     return eResultOk;
 }

@@ -3,47 +3,39 @@
 #include "protocol/Operation.h"
 #include "system/Module.h"
 
+#include <algorithm>
 #include <array>
 #include <span>
 
 namespace Adapter_ProtocolSet
 {
-/// One entry point to look up: the operation it serves, and its name where that isn't prefix + operation.
-struct tagLookUp
+/// An entry point whose name isn't prefix + operation.
+struct tagIrregularName
 {
-    eOperation eOp{};
-    char const* szSymbol = nullptr;
+    eOperation eOp;
+    char const* szSymbol;
 };
 
 /// What makes one binding differ from another, as data.
 struct tagBindingProfile
 {
-    char const* szSource;                ///< source file named in the binding's own lines
-    int nNullPathLine;                   ///< line of "Failed" for a null path
-    char szPrefix[16];                   ///< of the entry points' names
-    std::span<tagLookUp const> atLookUp; ///< the entry points, in look-up order
-    int nOpenedLine = 0;                 ///< line of szOpened
-    char const* szOpened = nullptr;      ///< written once the plug-in is open, null: nothing
-    char const* szOpenFailed = nullptr;  ///< printed when it can't be opened, null: nothing
+    char const* szSource;                 ///< source file named in the binding's own lines
+    int nNullPathLine;                    ///< line of "Failed" for a null path
+    char szPrefix[16];                    ///< of the entry points' names
+    std::span<eOperation const> aeLookUp; ///< the operations with an entry point, in look-up order
+    std::span<tagIrregularName const> atIrregular = {};
+    int nOpenedLine = 0;                ///< line of szOpened
+    char const* szOpened = nullptr;     ///< written once the plug-in is open, null: nothing
+    char const* szOpenFailed = nullptr; ///< printed when it can't be opened, null: nothing
 
     /// Whether the binding asks the plug-in for this operation at all. Those it doesn't ask for succeed with 0.
-    constexpr bool Serves(eOperation eOp) const
-    {
-        for (tagLookUp const& tRow : atLookUp)
-        {
-            if (tRow.eOp == eOp)
-            {
-                return true;
-            }
-        }
-        return false;
-    }
+    constexpr bool Serves(eOperation eOp) const { return std::ranges::find(aeLookUp, eOp) != aeLookUp.end(); }
 };
 
 /// The entry points that every device protocol has, in look-up order: all operations but these ten.
 consteval auto CommonLookUp()
 {
-    std::array<tagLookUp, g_nOperations - 10> atRows{};
+    std::array<eOperation, g_nOperations - 10> aeRows{};
     std::size_t n = 0;
     for (std::size_t i = 0; i < g_nOperations; ++i)
     {
@@ -61,30 +53,21 @@ consteval auto CommonLookUp()
         case eOperation::SetMaxChannel:
             break;
         default:
-            atRows.at(n++).eOp = eOp;
+            aeRows.at(n++) = eOp;
         }
     }
-    return atRows;
+    return aeRows;
 }
 
-/// atRows with atNew put in directly after eAfter.
+/// aeRows with aeNew put in directly after eAfter.
 template <std::size_t nRows, std::size_t nNew>
-consteval auto Inserted(std::array<tagLookUp, nRows> const& atRows, eOperation eAfter, tagLookUp const (&atNew)[nNew])
+consteval auto Inserted(std::array<eOperation, nRows> const& aeRows, eOperation eAfter, eOperation const (&aeNew)[nNew])
 {
-    std::array<tagLookUp, nRows + nNew> atResult{};
-    std::size_t n = 0;
-    for (tagLookUp const& tRow : atRows)
-    {
-        atResult.at(n++) = tRow;
-        if (tRow.eOp == eAfter)
-        {
-            for (tagLookUp const& tNew : atNew)
-            {
-                atResult.at(n++) = tNew;
-            }
-        }
-    }
-    return atResult;
+    std::array<eOperation, nRows + nNew> aeResult{};
+    const auto itAfter = std::ranges::find(aeRows, eAfter) + 1;
+    const auto itNew = std::copy(aeRows.begin(), itAfter, aeResult.begin());
+    std::copy(itAfter, aeRows.end(), std::copy(std::begin(aeNew), std::end(aeNew), itNew));
+    return aeResult;
 }
 
 /// A plug-in's entry points, by operation. Written while its binding is constructed, then only read: any number of
@@ -95,6 +78,15 @@ public:
     /// Opens the plug-in and looks every entry point up; each that is missing stays null and has its line.
     /// 4 for a null path, else 0.
     int Bind(Adapter_System::CModule& tModule, tagBindingProfile const& tProfile, char const* szPath);
+
+    CEntryTable() { m_apEntry.fill(MissingEntry()); }
+
+    /// Calls the entry point that serves Op; 1 when the plug-in lacks it.
+    template <auto Op, class... A>
+    int Call(A... tArguments) const
+    {
+        return At<typename tagCall<Op>::Function>(g_eNumber<Op>)(tArguments...);
+    }
 
     /// The entry point that serves Op, null when the plug-in lacks it.
     template <auto Op>
@@ -107,11 +99,22 @@ public:
     template <class F>
     F* As(eOperation eOp) const
     {
-        return reinterpret_cast<F*>(m_apEntry[static_cast<std::size_t>(eOp)]);
+        return m_apEntry[static_cast<std::size_t>(eOp)] == MissingEntry() ? nullptr : At<F>(eOp);
     }
 
 private:
-    std::array<void*, g_nOperations> m_apEntry{};
+    /// Stands where the plug-in has no entry point, so that a call needn't look whether it has. Whatever it is called
+    /// with stays unread: the caller of a C function puts its arguments there and takes them away again.
+    static int Missing();
+    static void* MissingEntry() { return reinterpret_cast<void*>(&Missing); }
+
+    template <class F>
+    F* At(eOperation eOp) const
+    {
+        return reinterpret_cast<F*>(m_apEntry[static_cast<std::size_t>(eOp)]);
+    }
+
+    std::array<void*, g_nOperations> m_apEntry;
 };
 
 /// The rule of every regular operation: the plug-in's answer, 1 when it lacks the entry point, 0 when the binding never
@@ -121,8 +124,7 @@ int Forward(CEntryTable const& tEntry, A... tArguments)
 {
     if constexpr (tProfile.Serves(g_eNumber<Op>))
     {
-        const auto pfnEntry = tEntry.Get<Op>();
-        return pfnEntry ? pfnEntry(tArguments...) : static_cast<int>(eResultNoEntryPoint);
+        return tEntry.Call<Op>(tArguments...);
     }
     else
     {

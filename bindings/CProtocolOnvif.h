@@ -4,15 +4,15 @@
 
 namespace Adapter_ProtocolSet
 {
-inline constexpr auto g_atOnvifLookUp = Inserted(
-    Inserted(CommonLookUp(), eOperation::StreamMediaControl, {{eOperation::GetLoginLevel}, {eOperation::GetLoginMac}}),
-    eOperation::SetProtocolInterface, {{eOperation::SetConfigBySn}});
+inline constexpr auto g_aeOnvifLookUp = Inserted(
+    Inserted(CommonLookUp(), eOperation::StreamMediaControl, {eOperation::GetLoginLevel, eOperation::GetLoginMac}),
+    eOperation::SetProtocolInterface, {eOperation::SetConfigBySn});
 
 inline constexpr tagBindingProfile g_tOnvifProfile{
     .szSource = "CProtocolOnvif.cpp",
     .nNullPathLine = 23,
     .szPrefix = "OnvifClient_",
-    .atLookUp = g_atOnvifLookUp,
+    .aeLookUp = g_aeOnvifLookUp,
     .nOpenedLine = 156,
     .szOpened = "CProtocolSetOnvif OPEN",
 };

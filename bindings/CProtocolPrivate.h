@@ -4,13 +4,13 @@
 
 namespace Adapter_ProtocolSet
 {
-inline constexpr auto g_atPrivateLookUp = CommonLookUp();
+inline constexpr auto g_aePrivateLookUp = CommonLookUp();
 
 inline constexpr tagBindingProfile g_tPrivateProfile{
     .szSource = "CProtocolPrivate.cpp",
     .nNullPathLine = 23,
     .szPrefix = "VornClient_",
-    .atLookUp = g_atPrivateLookUp,
+    .aeLookUp = g_aePrivateLookUp,
 };
 
 /// The private device protocol. Irregular: one configuration query is turned into another, and a plug-in that knows

@@ -1,6 +1,6 @@
 #include "bindings/CProtocolRTSP.h"
 
-#include "adapter/HandleRegistry.h"
+#include "adapter/LookUp.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,6 +8,7 @@
 #include <cstring>
 
 using Adapter_ApplicationLayer::tagResource;
+using Adapter_ApplicationLayer::UpdateUser;
 
 namespace Adapter_ProtocolSet
 {
@@ -115,7 +116,7 @@ int CProtocolSetRTSP::Run(tagCall<&CClientProtocolBase::UserLogin>, void** phLog
 
     int nIndex = -1;
     g_cClient.SetUserType(nIndex, tRecord);
-    g_cClient.UpdateUser(nIndex, &tagResource::hHandle, ToHandle(nIndex)); // no slot was free: -1, and no record
+    UpdateUser(nIndex, &tagResource::hHandle, ToHandle(nIndex)); // no slot was free: -1, and no record
     *phLogin = ToHandle(nIndex);
     return eResultOk;
 }
@@ -152,7 +153,7 @@ int CProtocolSetRTSP::Run(tagCall<&CClientProtocolBase::RealStreamConnect>, void
     }
     else if (nResult == eResultOk)
     {
-        g_cClient.UpdateUser(ToIndex(hLogin), &tagResource::hStream, *phStream);
+        UpdateUser(ToIndex(hLogin), &tagResource::hStream, *phStream);
     }
     return nResult;
 }

@@ -4,36 +4,46 @@
 
 namespace Adapter_ProtocolSet
 {
-inline constexpr tagLookUp g_atRTSPLookUp[] = {
-    {eOperation::Start, "RTSPClient_Start"},
-    {eOperation::Stop, "RTSPClient_Stop"},
+inline constexpr eOperation g_aeRTSPLookUp[] = {
+    eOperation::Start,
+    eOperation::Stop,
+    eOperation::RealStreamConnect,
+    eOperation::StreamMediaCB,
+    eOperation::SubscribeEvent,
+    eOperation::StreamMediaControl,
+    eOperation::SetRtspEvenCb,
+    eOperation::RealStreamDisconnect,
+    eOperation::SetProtocolInterface,
+    eOperation::GetAttribute,
+    eOperation::ForceIFrame,
+    eOperation::SetCallbackFunc,
+    eOperation::SetProductMode,
+    eOperation::GetPackageInfo,
+    eOperation::SetMaxChannel,
+};
+inline constexpr tagIrregularName g_atRTSPNames[] = {
     {eOperation::RealStreamConnect, "RTSPClient_Create"},
     {eOperation::StreamMediaCB, "RTSPClient_StreamCB"},
     {eOperation::SubscribeEvent, "RTSPClient_EventCB"},
     {eOperation::StreamMediaControl, "RTSPClient_Control"},
-    {eOperation::SetRtspEvenCb, "RTSPClient_SetRtspEvenCb"},
     {eOperation::RealStreamDisconnect, "RTSPClient_Destroy"},
-    {eOperation::SetProtocolInterface, "RTSPClient_SetProtocolInterface"},
     {eOperation::GetAttribute, "RTSP_GetAttribute"},
     {eOperation::ForceIFrame, "RTSP_ForceIFrame"},
-    {eOperation::SetCallbackFunc, "RTSPClient_SetCallbackFunc"},
-    {eOperation::SetProductMode, "RTSPClient_SetProductMode"},
-    {eOperation::GetPackageInfo, "RTSPClient_GetPackageInfo"},
-    {eOperation::SetMaxChannel, "RTSPClient_SetMaxChannel"},
 };
 
 inline constexpr tagBindingProfile g_tRTSPProfile{
     .szSource = "CProtocolRTSP.cpp",
     .nNullPathLine = 28,
     .szPrefix = "RTSPClient_",
-    .atLookUp = g_atRTSPLookUp,
+    .aeLookUp = g_aeRTSPLookUp,
+    .atIrregular = g_atRTSPNames,
     .nOpenedLine = 51,
     .szOpened = "CProtocolSetRTSP OPEN",
 };
 
 /// RTSP. A device of this protocol has no login: a login is a record in the handle registry that keeps the prepared
 /// stream addresses and the credentials, and the login handle is that record's index. Each live stream is a client of
-/// its own in the plug-in, and event subscriptions of a login go to its newest stream.
+/// its own in the plug-in, and an event subscription of a login goes to the stream opened last before it.
 class CProtocolSetRTSP final : public CClientProtocolBase
 {
 public:

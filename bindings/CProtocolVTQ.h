@@ -4,26 +4,25 @@
 
 namespace Adapter_ProtocolSet
 {
-inline constexpr auto g_atVTQLookUp =
-    Inserted(Inserted(Inserted(CommonLookUp(), eOperation::UserLogout,
-                               {{eOperation::GetLoginStatus},
-                                {eOperation::GetLoginLevel},
-                                {eOperation::GetLoginMac},
-                                {eOperation::GetPackInfo, "VTQClient_Getpackageinfo"}}),
-                      eOperation::SetConfigV2, {{eOperation::SetConfigBySn}}),
-             eOperation::SetProtocolInterface, {{eOperation::SetCallbackFunc}});
+inline constexpr auto g_aeVTQLookUp = Inserted(Inserted(Inserted(CommonLookUp(), eOperation::UserLogout,
+                                                                 {eOperation::GetLoginStatus, eOperation::GetLoginLevel,
+                                                                  eOperation::GetLoginMac, eOperation::GetPackInfo}),
+                                                        eOperation::SetConfigV2, {eOperation::SetConfigBySn}),
+                                               eOperation::SetProtocolInterface, {eOperation::SetCallbackFunc});
+inline constexpr tagIrregularName g_atVTQNames[] = {{eOperation::GetPackInfo, "VTQClient_Getpackageinfo"}};
 
 inline constexpr tagBindingProfile g_tVTQProfile{
     .szSource = "CProtocolVTQ.cpp",
     .nNullPathLine = 23,
     .szPrefix = "VTQClient_",
-    .atLookUp = g_atVTQLookUp,
+    .aeLookUp = g_aeVTQLookUp,
+    .atIrregular = g_atVTQNames,
     .nOpenedLine = 159,
     .szOpened = "CProtocolSetVTQ OPEN",
     .szOpenFailed = "open vtq client fail ",
 };
 
-/// VTQ. Irregular: three login queries refuse a null output pointer, and a missing ForceIFrame is told on every call.
+/// VTQ. Irregular: three login queries refuse a null output pointer, and a missing ForceIFrame writes a line on every call.
 class CProtocolSetVTQ final : public CClientProtocolBase
 {
 public:

@@ -198,7 +198,7 @@ public:
     virtual int DeviceRegisterListenStart(char* szAddress, unsigned long dwPort) = 0;
     /// Ends the listening.
     virtual int DeviceRegisterListenStop() = 0;
-    /// A device that registers itself is told to pfnRegister; it carries no user data.
+    /// pfnRegister is called for each device that registers itself; it carries no user data.
     virtual int DeviceRegisterCB(DeviceRegisterCallback pfnRegister) = 0;
 
     // --- pan-tilt-zoom and storage -----------------------------------------------------------------------------------
@@ -221,7 +221,7 @@ public:
                             unsigned long dwFlag, unsigned long* pdwSize) = 0;
 
     // --- other device services ---------------------------------------------------------------------------------------
-    /// Told when a device forces a user off.
+    /// pfnDelete is called when a device logs a user out.
     virtual int DeleteUserForceCB(DeleteUserForceCallback pfnDelete, unsigned long dwUser) = 0;
     /// Renders a text as a dot lattice.
     virtual int StringToLattice(char const* szText, tagFontPara* ptFont, void* pLattice, unsigned long* pdwWidth,
@@ -233,9 +233,9 @@ public:
     virtual int GetDeviceConfigFromHttp(char const* szAddress, tagDeviceConfigFromHttp* ptConfig) = 0;
 
     // --- device probe ------------------------------------------------------------------------------------------------
-    /// Looks for devices on the network; each is told to pfnProbe.
+    /// Looks for devices on the network; pfnProbe is called for each.
     virtual int DeviceProbeStart(tagDeviceProbeParameter* ptPara, DeviceProbeCallback pfnProbe) = 0;
-    /// Ends the looking.
+    /// Stops looking.
     virtual int DeviceProbeStop() = 0;
     /// Looks once more.
     virtual int DeviceProbeResearch(tagDeviceProbeParameter* ptPara) = 0;

@@ -31,7 +31,7 @@ bool Valid(eProtocolType eType)
     return static_cast<unsigned>(eType) <= static_cast<unsigned>(eProtocolVTQ);
 }
 
-int Failed(char const* szFunction, int nLine, int nResult = eResultNoProtocol)
+[[gnu::cold, gnu::noinline]] int Failed(char const* szFunction, int nLine, int nResult = eResultNoProtocol)
 {
     DiagnosticLine(g_szSource, szFunction, nLine);
     return nResult;
@@ -95,35 +95,39 @@ inline CClientProtocolBase* CClientProtocolSet::Bound(eProtocolType eType) const
     return Valid(eType) ? m_pBinding[eType] : nullptr;
 }
 
+namespace
+{
+// What an operation does with the binding it found: calls it. Three do more.
 template <auto Op, class... A>
-inline int CClientProtocolSet::Run(tagCall<Op>, CClientProtocolBase& tBinding, eProtocolType, A... tArguments)
+inline int Run(tagCall<Op>, IProtocol*, CClientProtocolBase& tBinding, eProtocolType, A... tArguments)
 {
     return (tBinding.*Op)(tArguments...);
 }
 
-int CClientProtocolSet::Run(tagCall<&CClientProtocolBase::Start>, CClientProtocolBase& tBinding, eProtocolType)
+int Run(tagCall<&CClientProtocolBase::Start>, IProtocol* pProtocols, CClientProtocolBase& tBinding, eProtocolType)
 {
     const int nResult = tBinding.Start();
     if (nResult == eResultOk)
     {
-        tBinding.SetProtocolInterface(this);
+        tBinding.SetProtocolInterface(pProtocols);
     }
     return nResult;
 }
 
-int CClientProtocolSet::Run(tagCall<&CClientProtocolBase::UserLogin>, CClientProtocolBase& tBinding,
-                            eProtocolType eType, void** phLogin, tagUserLoginPara* ptPara)
+int Run(tagCall<&CClientProtocolBase::UserLogin>, IProtocol*, CClientProtocolBase& tBinding, eProtocolType eType,
+        void** phLogin, tagUserLoginPara* ptPara)
 {
     std::printf("UserLogin:eProtocol:%d, %p\n", static_cast<int>(eType), static_cast<void*>(&tBinding));
     return tBinding.UserLogin(phLogin, ptPara);
 }
 
-int CClientProtocolSet::Run(tagCall<&CClientProtocolBase::SubscribeEvent>, CClientProtocolBase& tBinding, eProtocolType,
-                            void* hLogin, unsigned long dwEvent, DeviceEventCallback pfnEvent, unsigned long dwUser)
+int Run(tagCall<&CClientProtocolBase::SubscribeEvent>, IProtocol*, CClientProtocolBase& tBinding, eProtocolType,
+        void* hLogin, unsigned long dwEvent, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
     std::printf("==SubscribeEvent:%p %lu, %p, %lu\n", hLogin, dwEvent, reinterpret_cast<void*>(pfnEvent), dwUser);
     return tBinding.SubscribeEvent(hLogin, dwEvent, pfnEvent, dwUser);
 }
+} // namespace
 
 #define OPERATION(line, name, ...)                                                                                     \
     int CClientProtocolSet::name(ROUTED(name, __VA_ARGS__))                                                            \
@@ -133,7 +137,7 @@ int CClientProtocolSet::Run(tagCall<&CClientProtocolBase::SubscribeEvent>, CClie
         {                                                                                                              \
             return Failed(#name, line);                                                                                \
         }                                                                                                              \
-        return Run(tagCall<&CClientProtocolBase::name>{}, *pBinding, eType __VA_OPT__(,) __VA_ARGS__);                 \
+        return Run(tagCall<&CClientProtocolBase::name>{}, this, *pBinding, eType __VA_OPT__(,) __VA_ARGS__);           \
     }
 #define UNROUTED_OPERATION(...)
 #include "protocol/operations.def"

@@ -48,16 +48,7 @@ public:
     /// @endcond
 
 private:
-    CClientProtocolBase* Bound(eProtocolType eType) const;
-
-    // What an operation does with the binding it found: calls it. Three do more.
-    template <auto Op, class... A>
-    int Run(tagCall<Op> tCall, CClientProtocolBase& tBinding, eProtocolType eType, A... tArguments);
-    int Run(tagCall<&CClientProtocolBase::Start> tCall, CClientProtocolBase& tBinding, eProtocolType eType);
-    int Run(tagCall<&CClientProtocolBase::UserLogin> tCall, CClientProtocolBase& tBinding, eProtocolType eType,
-            void** phLogin, tagUserLoginPara* ptPara);
-    int Run(tagCall<&CClientProtocolBase::SubscribeEvent> tCall, CClientProtocolBase& tBinding, eProtocolType eType,
-            void* hLogin, unsigned long dwEvent, DeviceEventCallback pfnEvent, unsigned long dwUser);
+    [[gnu::visibility("hidden")]] CClientProtocolBase* Bound(eProtocolType eType) const;
 
     std::uint32_t m_dwState[4];         ///< 1: no binding is inserted for the protocol; 2: one is
     CClientProtocolBase* m_pBinding[4]; ///< owned; null where there is none

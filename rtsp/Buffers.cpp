@@ -63,6 +63,10 @@ std::vector<unsigned char> TakeBuffer(std::size_t nBytes)
 
 void GiveBuffer(std::vector<unsigned char>&& abyBuffer)
 {
+    if (abyBuffer.capacity() == 0)
+    {
+        return;
+    }
     std::vector<unsigned char> abyOurs = std::move(abyBuffer);
     abyOurs.clear();
     for (std::size_t iSize = g_nSizes; iSize-- > 0;)

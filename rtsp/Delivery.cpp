@@ -3,7 +3,7 @@
 #include "rtsp/Buffers.h"
 
 #include <algorithm>
-#include <cxxabi.h>
+#include <exception>
 #include <utility>
 
 namespace rtsp
@@ -140,6 +140,13 @@ void CDelivery::PutFrame(tagTrackFrame& tFrame, unsigned iTrack)
     {
         return;
     }
+    if (m_tInfo.dwState == eConnectionRefused ||
+        m_tInfo.dwState == eConnectionLost) // still comes, but the end was told
+    {
+        m_dwDroppedLost += tFrame.tFrame.dwLostBefore;
+        GiveBuffer(std::move(tFrame.abyData));
+        return;
+    }
     tagItem tItem{{}, std::move(tFrame), iTrack, m_bFirst, m_bHasVideo};
     tagStreamMediaFrame& tOut = tItem.tFrame.tFrame;
     const std::size_t nCost = tOut.dwLength + g_nItemCost;
@@ -163,10 +170,16 @@ void CDelivery::PutFrame(tagTrackFrame& tFrame, unsigned iTrack)
 // Under the mutex.
 void CDelivery::Put(tagItem&& tItem)
 {
-    if (!m_bMuted)
+    if (m_bMuted)
     {
-        m_atItems.push_back(std::move(tItem));
+        return;
     }
+    if (m_atSpare.empty())
+    {
+        m_atSpare.emplace_back();
+    }
+    m_atSpare.front() = std::move(tItem);
+    m_atItems.splice(m_atItems.end(), m_atSpare, m_atSpare.begin());
 }
 
 void CDelivery::SetState(Words const& adwWords)
@@ -237,11 +250,13 @@ bool CDelivery::CallNext(std::unique_lock<std::mutex>& tLock)
     {
         return false;
     }
-    tagItem tItem = std::move(m_atItems.front());
-    m_atItems.pop_front();
+    std::list<tagItem> atNow;
+    atNow.splice(atNow.begin(), m_atItems, m_atItems.begin());
+    tagItem& tItem = atNow.front();
     if (tItem.adwWords[0] == 0)
     {
         CallWithFrame(tLock, tItem);
+        m_atSpare.swap(atNow);
         return true;
     }
     if (bStateNext)
@@ -340,12 +355,12 @@ int CDelivery::Call(std::unique_lock<std::mutex>& tLock, tagCallback<Function> c
     {
         return tNow.pfn(m_hStream, tArguments..., tNow.dwUser);
     }
-    catch (abi::__forced_unwind const&)
-    {
-        throw;
-    }
     catch (...)
     {
+        if (!std::current_exception()) // no exception: the thread is ending
+        {
+            throw;
+        }
         return eResultOk;
     }
 }

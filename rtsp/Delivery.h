@@ -9,7 +9,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <mutex>
 
 namespace rtsp
@@ -108,9 +108,10 @@ private:
     std::array<tagCallback<DeviceEventCallback>, 2> m_atListeners;
     std::array<bool, 2> m_abNewListener{};
     Words m_adwTold{}; ///< the last change of state that was told
-    std::deque<tagItem> m_atItems;
-    std::size_t m_nBytes = 0; ///< of the frames among them
-    bool m_bRunning = false;  ///< a thread is in Run
+    std::list<tagItem> m_atItems;
+    std::list<tagItem> m_atSpare; ///< room for the next one
+    std::size_t m_nBytes = 0;     ///< of the frames among them
+    bool m_bRunning = false;      ///< a thread is in Run
     bool m_bMuted = false;
     void const* m_pCalled = nullptr; ///< the registration whose function is running
     std::uint64_t m_ullCalls = 0;    ///< callbacks that have returned

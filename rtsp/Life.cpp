@@ -343,7 +343,7 @@ CTask<> CLife::Try()
     {
         m_nError = ENOMEM;
     }
-    m_tMedia.Hold();
+    m_tMedia.Hold(Clock::now());
     const bool bPaused = m_bPauseWanted && eWhy != eOutcome::Refused;
     if (!m_bEndRequested && !bPaused && eWhy != eOutcome::Paused)
     {
@@ -774,7 +774,7 @@ CTask<CLife::eOutcome> CLife::StayPaused()
     {
         co_return eWhy == eOutcome::Ended ? eWhy : eOutcome::Paused;
     }
-    m_tMedia.Hold();
+    m_tMedia.Hold(Clock::now());
     SetState(eConnectionPaused);
     while (m_bPauseWanted && !m_bEndRequested)
     {
@@ -803,7 +803,7 @@ CTask<CLife::eOutcome> CLife::StayPaused()
 // good-bye back.
 CTask<> CLife::Disconnect()
 {
-    m_tMedia.Hold();
+    m_tMedia.Hold(Clock::now());
     if (m_tControl.IsOpen() && !m_tControl.Session().empty())
     {
         tagMessage tRequest;

@@ -119,6 +119,27 @@ void CMedia::Begin(CTimeline::ePace ePace)
     m_tDelivery.Restart(bHasVideo);
 }
 
+void CMedia::Hold(Clock::time_point tNow)
+{
+    if (!m_bTaking)
+    {
+        return;
+    }
+    m_bTaking = false;
+    m_tNow = tNow;
+    try
+    {
+        for (tagTrack& tTrack : m_atTracks)
+        {
+            Feed(*tTrack.tTrack, [&] { tTrack.tTrack->Finish(tNow, *this); });
+        }
+    }
+    catch (...)
+    {
+        // Without memory the last frames go: a session must end all the same.
+    }
+}
+
 bool CMedia::HaveEnded() const
 {
     return !m_atTracks.empty() &&
@@ -194,6 +215,10 @@ void CMedia::Feed(CTrack& tTrack, F fn)
 Clock::time_point CMedia::Deadline() const
 {
     Clock::time_point tFirst = Clock::time_point::max();
+    if (!m_bTaking)
+    {
+        return tFirst;
+    }
     for (tagTrack const& tTrack : m_atTracks)
     {
         if (!m_bTaking)
@@ -207,6 +232,10 @@ Clock::time_point CMedia::Deadline() const
 
 void CMedia::OnDeadline(Clock::time_point tNow)
 {
+    if (!m_bTaking)
+    {
+        return;
+    }
     m_tNow = tNow;
     for (tagTrack& tTrack : m_atTracks)
     {

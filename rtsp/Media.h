@@ -42,8 +42,8 @@ public:
     std::size_t Count() const { return m_atTracks.size(); }
     /// From here on packets are taken; what comes has nothing to do with what came before.
     void Begin(CTimeline::ePace ePace);
-    /// No packet is taken any more.
-    void Hold() { m_bTaking = false; }
+    /// No packet is taken any more. Frames that wait for more packets go out, if they are whole.
+    void Hold(Clock::time_point tNow);
 
     // --- packets ---
 

@@ -35,7 +35,10 @@ void CReorderer::Take(tagRtpPacket const& tPacket, Bytes abyWhole, std::chrono::
     if (nAhead == 0)
     {
         Pass(tPacket, 0, tSink);
-        PassHeld(tSink);
+        if (!m_atHeld.empty())
+        {
+            PassHeld(tSink);
+        }
     }
     else if (m_tWait.count() == 0)
     {

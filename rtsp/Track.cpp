@@ -99,6 +99,18 @@ public:
         UpdateHeld(tNow);
     }
 
+    void Finish(Clock::time_point tNow, IFrameSink& tSink)
+    {
+        m_ptSink = &tSink;
+        m_tNow = tNow;
+        m_tReorderer.Restart(*this);
+        if (m_bEnded || m_pPayload->IsWaiting())
+        {
+            m_pPayload->Flush(*this);
+        }
+        m_tHeldUntil.reset();
+    }
+
     void Reset()
     {
         m_tReorderer.Forget();
@@ -242,6 +254,10 @@ std::optional<Clock::time_point> CTrack::Deadline() const
 void CTrack::OnDeadline(Clock::time_point tNow, IFrameSink& tSink)
 {
     m_pImpl->OnDeadline(tNow, tSink);
+}
+void CTrack::Finish(Clock::time_point tNow, IFrameSink& tSink)
+{
+    m_pImpl->Finish(tNow, tSink);
 }
 void CTrack::Reset()
 {

@@ -66,6 +66,8 @@ public:
     std::optional<Clock::time_point> Deadline() const;
     /// Does what is due; nothing when it is called early.
     void OnDeadline(Clock::time_point tNow, IFrameSink& tSink);
+    /// Nothing more comes for now: hands out what waits for more, a frame that is whole, or after a BYE may be.
+    void Finish(Clock::time_point tNow, IFrameSink& tSink);
     /// What follows doesn't continue what came: forgets the access unit that is being put together, and where sequence
     /// numbers and time stamps were. What was learnt about the device, and the counts, stay.
     void Reset();

@@ -15,6 +15,8 @@ int Refuse(char const* szFunction, int nLine)
 }
 } // namespace
 
+IBuffer::~IBuffer() = default;
+
 CAdapta_Buffer::CAdapta_Buffer()
 {
     Initialize();
@@ -160,7 +162,7 @@ int CAdapta_Buffer::Copy(unsigned char const* pbySource, unsigned long dwCount)
     return 0;
 }
 
-int CAdapta_Buffer::Paste(unsigned char* pbyTarget, unsigned long dwCount) const
+int CAdapta_Buffer::Paste(unsigned char* pbyTarget, unsigned long dwCount)
 {
     if (!m_pData || dwCount > m_dwSize)
     {
@@ -195,4 +197,29 @@ bool CAdapta_Buffer::Compare(CAdapta_Buffer const& tOther) const
     }
     const unsigned long dwLength = tOther.Length();
     return dwLength != 0 && dwLength == m_dwSize && std::equal(m_pData, m_pData + m_dwSize, tOther.m_pData);
+}
+
+CAdapta_Buffer::operator unsigned char*() const
+{
+    return m_pData;
+}
+
+CAdapta_Buffer::operator unsigned long() const
+{
+    return m_dwSize;
+}
+
+unsigned char& CAdapta_Buffer::operator[](int nIndex)
+{
+    return m_pData[nIndex];
+}
+
+unsigned char const& CAdapta_Buffer::operator[](int nIndex) const
+{
+    return m_pData[nIndex];
+}
+
+bool CAdapta_Buffer::operator==(CAdapta_Buffer const& tOther) const
+{
+    return Compare(tOther);
 }

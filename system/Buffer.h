@@ -30,8 +30,8 @@ public:
     /// Copies into the start of the array. Refused when there is none or it is too short.
     virtual int Copy(unsigned char const* pbySource, unsigned long dwCount) = 0;
     /// Copies the start of the array out. Refused when there is none or it is too short.
-    virtual int Paste(unsigned char* pbyTarget, unsigned long dwCount) const = 0;
-    virtual ~IBuffer() = default;
+    virtual int Paste(unsigned char* pbyTarget, unsigned long dwCount) = 0;
+    virtual ~IBuffer();
 };
 
 /// The block as an array on the heap, with a position that the caller keeps.
@@ -63,24 +63,24 @@ public:
     unsigned long Length() const override;
     int Consign(unsigned char* pbyArray, unsigned long dwSize) override;
     int Copy(unsigned char const* pbySource, unsigned long dwCount) override;
-    int Paste(unsigned char* pbyTarget, unsigned long dwCount) const override;
+    int Paste(unsigned char* pbyTarget, unsigned long dwCount) override;
 
     // NOLINTBEGIN(google-explicit-constructor): a buffer stands for its array, and for its length.
-    operator unsigned char*() const { return m_pData; } ///< as Buffer
-    operator unsigned long() const { return m_dwSize; } ///< as Length
+    operator unsigned char*() const; ///< as Buffer
+    operator unsigned long() const;  ///< as Length
     // NOLINTEND(google-explicit-constructor)
-    unsigned char& operator[](int nIndex) { return m_pData[nIndex]; }             ///< unchecked
-    unsigned char const& operator[](int nIndex) const { return m_pData[nIndex]; } ///< unchecked
+    unsigned char& operator[](int nIndex);             ///< unchecked
+    unsigned char const& operator[](int nIndex) const; ///< unchecked
 
     int SetPosition(unsigned long dwPosition); ///< unchecked
     unsigned long Position() const;            ///< what SetPosition set; 0 with a new array
     int ResetLength();                         ///< the position becomes 0
     /// The same bytes, and at least one. False, with a line, when either has no array.
     bool Compare(CAdapta_Buffer const& tOther) const;
-    bool operator==(CAdapta_Buffer const& tOther) const { return Compare(tOther); } ///< as Compare
+    bool operator==(CAdapta_Buffer const& tOther) const; ///< as Compare
 
 private:
-    void Adopt(unsigned char* pbyArray, unsigned long dwSize);
+    [[gnu::visibility("hidden")]] void Adopt(unsigned char* pbyArray, unsigned long dwSize);
 
     unsigned char* m_pData;
     unsigned long m_dwSize;

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <new>
+#include <utility>
 
 namespace Adapter_System
 {
@@ -13,7 +13,7 @@ namespace
 constexpr char g_szSource[] = "File.cpp";
 }
 
-CFile::CFile() = default;
+CFile::CFile() : m_pFile(nullptr) {}
 
 CFile::CFile(CFile const&) = default;
 
@@ -31,18 +31,9 @@ int CFile::create(char const* szPath, char const* szMode)
         DiagnosticLine(g_szSource, "create", 29);
         return 1;
     }
-    m_pFile.reset();
-    try
-    {
-        m_pFile = std::make_shared<std::FILE*>(nullptr);
-        errno = EINVAL; // a missing mode is as wrong as an unknown one
-        *m_pFile = szMode ? std::fopen(szPath, szMode) : nullptr;
-    }
-    catch (std::bad_alloc const&)
-    {
-        errno = ENOMEM;
-    }
-    if (!Stream())
+    errno = EINVAL; // a missing mode is as wrong as an unknown one
+    m_pFile = szMode ? std::fopen(szPath, szMode) : nullptr;
+    if (!m_pFile)
     {
         SystemErrorLine(g_szSource, "create", 35);
         return 1;
@@ -52,61 +43,60 @@ int CFile::create(char const* szPath, char const* szMode)
 
 int CFile::destroy()
 {
-    if (std::FILE* pFile = Stream())
+    if (m_pFile)
     {
-        *m_pFile = nullptr;
-        std::fclose(pFile);
+        std::fclose(std::exchange(m_pFile, nullptr));
     }
     return 0;
 }
 
 int CFile::read(void* pBuffer, unsigned long dwSize, unsigned long dwCount)
 {
-    if (!Stream())
+    if (!m_pFile)
     {
         DiagnosticLine(g_szSource, "read", 57);
         return 1;
     }
-    return static_cast<int>(std::fread(pBuffer, dwSize, dwCount, Stream()));
+    return static_cast<int>(std::fread(pBuffer, dwSize, dwCount, m_pFile));
 }
 
 int CFile::write(void const* pBuffer, unsigned long dwSize, unsigned long dwCount)
 {
-    if (!Stream())
+    if (!m_pFile)
     {
         DiagnosticLine(g_szSource, "write", 68);
         return 1;
     }
-    return static_cast<int>(std::fwrite(pBuffer, dwSize, dwCount, Stream()));
+    return static_cast<int>(std::fwrite(pBuffer, dwSize, dwCount, m_pFile));
 }
 
 int CFile::eof()
 {
-    if (!Stream())
+    if (!m_pFile)
     {
         DiagnosticLine(g_szSource, "eof", 79);
         return 0;
     }
-    return std::feof(Stream()) == 0 ? 1 : 0;
+    return std::feof(m_pFile) == 0 ? 1 : 0;
 }
 
 int CFile::seek(unsigned long dwOffset, int nWhence)
 {
-    if (!Stream())
+    if (!m_pFile)
     {
         errno = EBADF;
         return -1;
     }
-    return std::fseek(Stream(), static_cast<std::int32_t>(dwOffset), nWhence);
+    return std::fseek(m_pFile, static_cast<std::int32_t>(dwOffset), nWhence);
 }
 
 int CFile::flush()
 {
-    if (!Stream())
+    if (!m_pFile)
     {
         errno = EBADF;
         return EOF;
     }
-    return std::fflush(Stream());
+    return std::fflush(m_pFile);
 }
 } // namespace Adapter_System

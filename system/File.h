@@ -3,19 +3,18 @@
 #include "system/Export.h"
 
 #include <cstdio>
-#include <memory>
 
 namespace Adapter_System
 {
-/// A buffered file. Opened by create and closed by destroy; the destructor closes nothing. One thread at a time for an
-/// object and all its copies.
+/// A buffered file. Opened by create and closed by destroy; the destructor closes nothing. A copy names the same
+/// stream, and the stream is closed once: by destroy on one of them, after which no other may be used. One thread at a
+/// time for an object and all its copies.
 /// @ingroup classes
 class TESSARO_API CFile
 {
 public:
     CFile();
-    /// Names the same open stream. Closing it through one of them leaves all of them without a file.
-    CFile(CFile const& tOther);
+    CFile(CFile const& tOther); ///< names the same stream
     virtual ~CFile();
     CFile& operator=(CFile const& tOther); ///< changes nothing
 
@@ -34,8 +33,6 @@ public:
     int flush();
 
 private:
-    std::FILE* Stream() const { return m_pFile ? *m_pFile : nullptr; }
-
-    std::shared_ptr<std::FILE*> m_pFile; // shared with the copies; holds null once the stream is closed
+    std::FILE* m_pFile;
 };
 } // namespace Adapter_System

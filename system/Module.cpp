@@ -2,8 +2,12 @@
 
 #include "system/OutputMessage.h"
 
+#include <atomic>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <dlfcn.h>
+#include <exception>
 
 namespace Adapter_System
 {
@@ -11,21 +15,39 @@ namespace
 {
 constexpr char g_szSource[] = "Module.cpp";
 
-// Opening a library runs its constructors. dlopen's declaration promises for them that they don't throw; called through
-// a pointer that makes no such promise, what they do throw can be caught. The dynamic loader isn't made for it: it
-// stays locked for all threads but this one.
+std::atomic<char const*> g_szOpening = nullptr;
+std::atomic<std::terminate_handler> g_pfnTerminate = nullptr; // what it is while no library is being opened
+
+[[noreturn]] void EndWhileOpening()
+{
+    if (char const* const szPath = g_szOpening)
+    {
+        CAdapter_OutputMessage::OutputMessage("[Tessaro] %s %s %d An exception ended the process while it opened %s.\n",
+                                              g_szSource, "Open", 60, szPath);
+        std::fflush(stdout);
+    }
+    g_pfnTerminate.load()();
+    std::abort();
+}
+
+// dlopen's declaration promises not to throw; a call through a pointer that makes no such promise has a place
+// where an exception ends.
 void* (*const volatile g_pfnOpen)(char const*, int) = dlopen;
 
-void* OpenLibrary(char const* szPath)
+// Opening a library runs its constructors. An exception that one of them throws ends the process, here or inside the
+// dynamic loader: the loader can't be left that way, it would stay locked for all other threads.
+void* OpenLibrary(char const* szPath) noexcept
 {
-    try
+    const std::terminate_handler pfnBefore = std::set_terminate(&EndWhileOpening);
+    if (pfnBefore != &EndWhileOpening) // else a constructor opens a library in turn
     {
-        return g_pfnOpen(szPath, RTLD_LAZY);
+        g_pfnTerminate = pfnBefore;
     }
-    catch (...)
-    {
-        return nullptr;
-    }
+    char const* const szBefore = g_szOpening.exchange(szPath);
+    void* const hModule = g_pfnOpen(szPath, RTLD_LAZY);
+    g_szOpening = szBefore;
+    std::set_terminate(pfnBefore);
+    return hModule;
 }
 } // namespace
 

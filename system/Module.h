@@ -19,7 +19,8 @@ public:
     /// Forgets the library without closing it; answers 0.
     int Initialize();
     /// Opens szPath with lazy binding, its symbols kept local. A bare file name is looked for on the dynamic loader's
-    /// search path. A library that is open already isn't closed first.
+    /// search path. A library that is open already isn't closed first. A library whose constructor throws ends the
+    /// process, after a line that names it.
     int Open(char const* szPath);
     /// pAddress: the symbol's address, null when the library lacks it; untouched when no library is open.
     int Export(char const* szName, void*& pAddress);

@@ -39,7 +39,7 @@ private:
 class TESSARO_API CGuard
 {
 public:
-    explicit CGuard(CMutex* ptMutex); ///< blocks until it has the lock; a lock that fails isn't told
+    explicit CGuard(CMutex* ptMutex); ///< blocks until it has the lock; a lock that fails is only a diagnostic line
     /// Locks once more, and unlocks only what it locked: when that lock fails the copy guards nothing.
     CGuard(CGuard const& tOther);
     virtual ~CGuard();

@@ -1,6 +1,6 @@
-# Which room may include which: adapter -> bindings -> protocol -> system, one way. The handle registry is the one piece
-# of adapter/ that bindings/ uses, and plug-ins see the protocol's headers and nothing above them; the RTSP engine, on which they
-# stand, sees the records among those.
+# Which room may include which: adapter -> bindings -> protocol -> system, one way. The handle registry, through its
+# look-ups, is the one piece of adapter/ that bindings/ uses, and plug-ins see the protocol's headers and nothing above
+# them; the RTSP engine, on which they stand, sees the records among those.
 cmake_minimum_required(VERSION 3.25)
 
 function(check_room room may)
@@ -16,13 +16,16 @@ endfunction()
 
 check_room(system "system/")
 check_room(protocol "(system|protocol)/")
-check_room(bindings "(system|protocol|bindings)/|adapter/HandleRegistry.h\"")
+check_room(bindings "(system|protocol|bindings)/|adapter/LookUp.h\"")
 check_room(adapter "(system|protocol|bindings|adapter)/")
 check_room(rtsp "rtsp/|protocol/(PluginInterface\\.h|interface/)|system/Export\\.h\"")
 check_room(plugins "(protocol|rtsp|plugins)/|system/(Call|Export)\\.h\"")
-check_room(examples "adapter/ClientAdapter\\.h\"")
+check_room(examples "adapter/(ClientAdapter(Extra)?|Globals)\\.h\"|Tour\\.h\"")
 
-file(STRINGS ${ROOT}/adapter/HandleRegistry.h includes REGEX "^#include \"(bindings|adapter)/")
-if(includes)
-    message(SEND_ERROR "HandleRegistry.h includes ${includes}, and bindings/ would with it")
-endif()
+foreach(header HandleRegistry LookUp)
+    file(STRINGS ${ROOT}/adapter/${header}.h includes REGEX "^#include \"(bindings|adapter)/")
+    list(FILTER includes EXCLUDE REGEX "adapter/HandleRegistry.h\"")
+    if(includes)
+        message(SEND_ERROR "${header}.h includes ${includes}, and bindings/ would with it")
+    endif()
+endforeach()

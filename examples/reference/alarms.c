@@ -3,12 +3,11 @@
 
 #include <stdio.h>
 
-/* Switches an alarm output on and has the channel beside it recorded and photographed. The image record is an
-   incomplete type here: it comes from code that has the device plug-in's own header, as eFormat does. */
-int RaiseAlarm(int nLoginID, unsigned long dwOutput, unsigned long dwChannel, eImageFormat eFormat,
-               tagImageFileInfo* ptImage)
+/* Switches an alarm output on for ten seconds and has the channel beside it recorded and photographed into a file. */
+int RaiseAlarm(int nLoginID, unsigned long dwOutput, unsigned long dwChannel, char const* szPath)
 {
-    int nResult = ClientAdapter_AlarmoutControl(nLoginID, dwOutput, 1);
+    tagImageFileInfo tImage = {.dwSize = sizeof tImage};
+    int nResult = ClientAdapter_AlarmoutControl(nLoginID, dwOutput, 10000); /* 1: until it is switched off */
     if (nResult != eResultOk)
     {
         fprintf(stderr, "alarm output %lu: %d\n", dwOutput, nResult);
@@ -17,16 +16,17 @@ int RaiseAlarm(int nLoginID, unsigned long dwOutput, unsigned long dwChannel, eI
     nResult = ClientAdapter_RecordControl(nLoginID, dwChannel, 1);
     if (nResult == eResultOk)
     {
-        nResult = ClientAdapter_ImageCapture(nLoginID, dwChannel, eFormat, ptImage);
+        snprintf(tImage.szPath, sizeof tImage.szPath, "%s", szPath);
+        nResult = ClientAdapter_ImageCapture(nLoginID, dwChannel, eImageJpeg, &tImage);
     }
     return nResult;
 }
 
 /* Ends it all, each step also when another fails. */
-void EndAlarm(int nLoginID, unsigned long dwType, unsigned long dwOutput, unsigned long dwChannel)
+void EndAlarm(int nLoginID, unsigned long dwOutput, unsigned long dwChannel)
 {
     ClientAdapter_RecordControl(nLoginID, dwChannel, 0);
     ClientAdapter_AlarmoutControl(nLoginID, dwOutput, 0);
-    ClientAdapter_AlarmClear(nLoginID, dwType, dwChannel);
+    ClientAdapter_AlarmClear(nLoginID, eEventAlarmInput, TESSARO_ALL);
 }
 /* [alarms] */

@@ -5,20 +5,23 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* Changes some bytes of a device's configuration: reads the block, changes it, writes it back. What dwType and dwIndex
-   name, and what stands where in the block, the device protocol defines. */
-int ChangeConfig(int nLoginID, uint32_t dwType, uint32_t dwIndex, size_t nOffset, void const* pNew, size_t nLength)
+/* Changes the bit rate of a channel's main stream: reads the block, changes the record in it, writes it back. */
+int SetBitRate(int nLoginID, uint32_t dwChannel, uint32_t dwKilobits)
 {
     tagConfigInformation* const ptBlock = calloc(1, sizeof *ptBlock); /* a quarter of a megabyte: not on the stack */
-    int nResult = eResultNoEntryPoint;
-    if (ptBlock && nOffset <= sizeof ptBlock->data && nLength <= sizeof ptBlock->data - nOffset)
+    int nResult = eResultNoResources;
+    if (ptBlock)
     {
-        ptBlock->type = dwType;
-        ptBlock->index = dwIndex;
+        tagConfigVideoEncoder tVideo;
+        ptBlock->type = eConfigVideoEncoder;
+        ptBlock->index = dwChannel;
+        ptBlock->extra[1] = eStreamMain;
         nResult = ClientAdapter_GetConfig(nLoginID, ptBlock);
         if (nResult == eResultOk)
         {
-            memcpy(ptBlock->data + nOffset, pNew, nLength);
+            memcpy(&tVideo, ptBlock->data, sizeof tVideo);
+            tVideo.dwBitRate = dwKilobits;
+            memcpy(ptBlock->data, &tVideo, sizeof tVideo); /* what a newer device has behind it stays */
             nResult = ClientAdapter_SetConfig(nLoginID, ptBlock);
         }
     }

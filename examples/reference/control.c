@@ -3,32 +3,26 @@
 
 #include <stdio.h>
 
-/* Writes a camera parameter, unless it is set that way already. dwParameter and its record are the device protocol's;
-   this one is a number. */
-int SetNumber(int nLoginID, int nChannel, unsigned long dwParameter, uint32_t dwWanted)
+/* Changes one value of a camera's picture: reads the record, changes it, writes it back. */
+int SetBrightness(int nLoginID, int nChannel, uint32_t dwPercent)
 {
-    uint32_t dwValue = 0;
-    int nResult = ClientAdapter_GetIpcPara(nLoginID, nChannel, dwParameter, &dwValue, sizeof dwValue);
-    if (nResult == eResultOk && dwValue != dwWanted)
+    tagCameraPicture tPicture = {.dwSize = sizeof tPicture};
+    int nResult = ClientAdapter_GetIpcPara(nLoginID, nChannel, eCameraPicture, &tPicture, sizeof tPicture);
+    if (nResult == eResultOk && tPicture.dwBrightness != dwPercent)
     {
-        nResult = ClientAdapter_SetIpcPara(nLoginID, nChannel, dwParameter, &dwWanted, sizeof dwWanted);
+        tPicture.dwBrightness = dwPercent;
+        nResult = ClientAdapter_SetIpcPara(nLoginID, nChannel, eCameraPicture, &tPicture, sizeof tPicture);
     }
     if (nResult != eResultOk)
     {
-        fprintf(stderr, "parameter %lu: %s (%d)\n", dwParameter,
-                nResult == eResultUnknownLogin ? "not logged in" : "refused", nResult);
+        fprintf(stderr, "brightness: %s (%d)\n", nResult == eResultUnknownLogin ? "not logged in" : "refused", nResult);
     }
     return nResult;
 }
 
-/* eRestart: the device protocol's code for a restart. Close the login's streams before. */
-int Restart(int nLoginID, eRemoteDeviceControl eRestart)
+/* Restarts a device. Logins and streams come back by themselves, so nothing has to be closed. */
+int Restart(int nLoginID)
 {
-    const int nResult = ClientAdapter_DeviceControl(nLoginID, eRestart);
-    if (nResult == eResultOk && ClientAdapter_UserLogout(nLoginID) != eResultOk)
-    {
-        fputs("the device is gone already; the login ID stays taken until a logout succeeds\n", stderr);
-    }
-    return nResult;
+    return ClientAdapter_DeviceControl(nLoginID, eDeviceRestart);
 }
 /* [control] */

@@ -3,32 +3,24 @@
 
 #include <stdio.h>
 
-/* Stops a channel's tour of sources and shows one source in its place. The records are incomplete types here: ptSource
-   comes from code that has the device plug-in's own header, as the values of eOff do. */
-int ShowSource(int nLoginID, unsigned long dwChannel, tagDecoderDynamicInformation* ptSource,
-               eDecoderChannelStatus eOff)
+/* Shows a stream in a window of a decoder wall for half a minute, whatever the window shows otherwise. */
+int ShowStream(int nLoginID, unsigned long dwWindow, char const* szUrl)
 {
-    eDecoderChannelStatus eTour = eOff;
-    int nResult = ClientAdapter_DecoderChannelGetLoopEnable(nLoginID, dwChannel, &eTour);
-    if (nResult == eResultOk && eTour != eOff)
-    {
-        nResult = ClientAdapter_DecoderChannelSetLoopEnable(nLoginID, dwChannel, eOff);
-    }
-    if (nResult == eResultOk)
-    {
-        nResult = ClientAdapter_DecoderDynamicConnect(nLoginID, dwChannel, ptSource);
-    }
+    tagDecoderDynamicInformation tNow = {
+        .dwSize = sizeof tNow, .dwSeconds = 30, .tSource = {.dwKind = eDecoderSourceAddress}};
+    int nResult;
+    snprintf(tNow.tSource.szAddress, sizeof tNow.tSource.szAddress, "%s", szUrl);
+    nResult = ClientAdapter_DecoderDynamicConnect(nLoginID, dwWindow, &tNow);
     if (nResult != eResultOk)
     {
-        fprintf(stderr, "channel %lu shows what it did before: %d\n", dwChannel, nResult);
+        fprintf(stderr, "window %lu shows what it did before: %d\n", dwWindow, nResult);
     }
     return nResult;
 }
 
-/* Takes the source off again and lets the tour go on. */
-int HideSource(int nLoginID, unsigned long dwChannel, eDecoderChannelStatus eOn)
+/* Takes it off again at once: the window's tour goes on, or what it is bound to shows. */
+int HideStream(int nLoginID, unsigned long dwWindow)
 {
-    const int nResult = ClientAdapter_DecoderDynamicDisconnect(nLoginID, dwChannel, 0);
-    return nResult != eResultOk ? nResult : ClientAdapter_DecoderChannelSetLoopEnable(nLoginID, dwChannel, eOn);
+    return ClientAdapter_DecoderDynamicDisconnect(nLoginID, dwWindow, eDecoderRestore);
 }
 /* [decoders] */

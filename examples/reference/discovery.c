@@ -3,31 +3,27 @@
 
 #include <stdio.h>
 
+/* The records are the plug-in's and end with the callback. */
 static int OnRegister(tagDeviceRegisterInfo* ptInfo)
 {
-    (void)ptInfo; /* an incomplete type here: hand it to code that has the device plug-in's own header */
-    puts("a device registered itself");
+    printf("%s registered itself: %s\n", ptInfo->szAddress, ptInfo->szName);
     return 0;
 }
 
 static void OnProbe(tagDeviceProbeConfig* ptConfig)
 {
-    (void)ptConfig; /* the same */
-    puts("a device was found");
+    printf("%s %s: %s\n", ptConfig->szAddress, ptConfig->dwFlags & eProbeGone ? "is gone" : "was found",
+           ptConfig->szName);
 }
 
 /* Waits for devices that register themselves at this address of ours, and looks for others. Every result is 0: that
-   nothing is found is the only sign of a failure. ptWhere comes from the same code; its content stays ours. */
-void BeginDiscovery(char* szOwnAddress, unsigned long dwPort, tagDeviceProbeParameter* ptWhere)
+   nothing is found is the only sign of a failure. */
+void BeginDiscovery(char* szOwnAddress, unsigned long dwPort)
 {
+    tagDeviceProbeParameter tWhere = {.dwSize = sizeof tWhere, .dwSeconds = 10};
     ClientAdapter_DeviceRegisterCB(OnRegister); /* before the listening, to miss none */
     ClientAdapter_DeviceRegisterListenStart(szOwnAddress, dwPort);
-    ClientAdapter_DeviceProbeStart(ptWhere, OnProbe);
-}
-
-void LookAgain(tagDeviceProbeParameter* ptWhere)
-{
-    ClientAdapter_DeviceProbeResearch(ptWhere);
+    ClientAdapter_DeviceProbeStart(&tWhere, OnProbe);
 }
 
 void EndDiscovery(void)

@@ -3,24 +3,25 @@
 
 #include <stdio.h>
 
-/* Reads a front panel, lets the caller change what it shows, and writes it back. The records are incomplete types here:
-   ptStatus and ptBeep come from code that has the device plug-in's own header, pfnChange is part of it. */
-int ChangePanel(int nLoginID, tagPanelStatusInfo* ptStatus, void (*pfnChange)(tagPanelStatusInfo* ptStatus),
-                tagPanelControlParameter* ptBeep)
+/* Writes a message on a recorder's front, lights the alarm lamp, and beeps. */
+int CallOperator(int nLoginID, char const* szMessage)
 {
-    int nResult = ClientAdapter_PanelGetStatus(nLoginID, ptStatus);
+    tagPanelStatusInfo tPanel = {.dwSize = sizeof tPanel};
+    tagPanelControlParameter tBeep = {.dwSize = sizeof tBeep, .dwAction = ePanelBeep, .dwMilliseconds = 1000};
+    int nResult = ClientAdapter_PanelGetStatus(nLoginID, &tPanel);
     if (nResult == eResultOk)
     {
-        pfnChange(ptStatus);
-        nResult = ClientAdapter_PanelSetStatus(nLoginID, ptStatus);
+        tPanel.dwLampsOn |= eLampAlarm;
+        snprintf(tPanel.szLine1, sizeof tPanel.szLine1, "%s", szMessage);
+        nResult = ClientAdapter_PanelSetStatus(nLoginID, &tPanel);
     }
     if (nResult == eResultOk)
     {
-        nResult = ClientAdapter_PanelControl(nLoginID, ptBeep);
+        nResult = ClientAdapter_PanelControl(nLoginID, &tBeep);
     }
-    if (nResult == eResultNoEntryPoint)
+    if (nResult == eResultNotSupported)
     {
-        fputs("this device has no front panel to control\n", stderr);
+        fputs("this device has no front panel\n", stderr);
     }
     return nResult;
 }

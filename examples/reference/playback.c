@@ -12,20 +12,20 @@ void ClosePlayback(int nMediaID)
     }
 }
 
-/* Plays a recording from a position on. The records are incomplete types here: ptPara, which names the recording, and
-   ptFrom come from code that has the device plug-in's own header, as eSet does. The new media ID, or -1. */
-int Play(int nLoginID, tagHistoryStreamPara* ptPara, eOperationType eSet, tagTimeInfo* ptFrom,
-         StreamMediaCallback pfnFrame, void* pUser)
+/* Plays what a channel recorded from a time on (microseconds since 1970 UTC), at double speed. The new media ID, or
+   -1. */
+int Play(int nLoginID, uint32_t dwChannel, int64_t llFromUs, StreamMediaCallback pfnFrame, void* pUser)
 {
+    tagHistoryStreamPara tPara = {.dwSize = sizeof tPara, .dwChannel = dwChannel, .llStartUs = llFromUs};
     int nMediaID = -1;
-    int nResult = ClientAdapter_HistoryStreamCreate(&nMediaID, nLoginID, ptPara, 0);
+    int nResult = ClientAdapter_HistoryStreamCreate(&nMediaID, nLoginID, &tPara, 0);
     if (nResult == eResultOk)
     {
-        nResult = ClientAdapter_HistoryStreamCB(nMediaID, pfnFrame, (unsigned long)pUser);
+        nResult = ClientAdapter_HistoryStreamSetSpeed(nMediaID, eSpeedNormal * 2);
     }
     if (nResult == eResultOk)
     {
-        nResult = ClientAdapter_HistoryStreamPosition(nMediaID, eSet, ptFrom);
+        nResult = ClientAdapter_HistoryStreamCB(nMediaID, pfnFrame, (unsigned long)pUser);
     }
     if (nResult != eResultOk)
     {
@@ -34,5 +34,12 @@ int Play(int nLoginID, tagHistoryStreamPara* ptPara, eOperationType eSet, tagTim
         return -1;
     }
     return nMediaID;
+}
+
+/* Goes to another time of what is played. */
+int Seek(int nMediaID, int64_t llToUs)
+{
+    tagTimeInfo tTime = {.dwSize = sizeof tTime, .llTimeUs = llToUs};
+    return ClientAdapter_HistoryStreamPosition(nMediaID, eOperationSet, &tTime);
 }
 /* [playback] */

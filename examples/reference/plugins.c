@@ -3,22 +3,25 @@
 
 #include <stdio.h>
 
-/* Sets a number inside a plug-in; dwParameter is one that its makers tell of. Right after the start. */
-int SetPluginNumber(eProtocolType eType, unsigned long dwParameter, uint32_t dwValue)
+/* Lets the simulated device at an address be down for three seconds, to see what an application makes of it. */
+int RestartSimulated(eProtocolType eType, char const* szAddress)
 {
-    const int nResult = ClientAdapter_VTQDealRepairIpcMsg(dwParameter, &dwValue, sizeof dwValue, eType);
+    tagDeviceFault tFault = {.dwSize = sizeof tFault, .dwFault = eFaultRestart, .dwMilliseconds = 3000};
+    int nResult;
+    snprintf(tFault.szAddress, sizeof tFault.szAddress, "%s", szAddress);
+    nResult = ClientAdapter_VTQDealRepairIpcMsg(eMiscFault, &tFault, sizeof tFault, eType);
     switch (nResult)
     {
     case eResultOk: /* also from a protocol that has no such parameters at all: RTSP */
         break;
     case eResultNoEntryPoint:
-        fputs("the plug-in is missing, or too old for this\n", stderr);
+        fputs("the plug-in is missing\n", stderr);
         break;
     case eResultNoProtocol:
         fputs("the service isn't started\n", stderr);
         break;
     default:
-        fprintf(stderr, "the plug-in refused: %d\n", nResult);
+        fprintf(stderr, "the plug-in refused, as one for real devices does: %d\n", nResult);
     }
     return nResult;
 }

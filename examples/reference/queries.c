@@ -1,29 +1,29 @@
 /* [queries] */
 #include "adapter/ClientAdapter.h"
 
+#include <inttypes.h>
 #include <stdio.h>
 
-/* Reads all recordings that a query finds. The records are incomplete types here: the question and the room for one
-   answer come from code that has the device plug-in's own header, which also looks at each answer in pfnFound and tells
-   which result, nEnd, means that there are no more. */
-int ListRecordings(int nLoginID, tagHistoryStreamQueryFactor* ptQuestion, tagHistoryStreamQueryResult* ptAnswer,
-                   void (*pfnFound)(tagHistoryStreamQueryResult const* ptAnswer), int nEnd)
+/* Lists what a channel recorded. */
+int ListRecordings(int nLoginID, uint32_t dwChannel)
 {
+    tagHistoryStreamQueryFactor tQuestion = {.dwSize = sizeof tQuestion, .dwChannel = dwChannel};
+    tagHistoryStreamQueryResult tAnswer = {.dwSize = sizeof tAnswer};
     int nQueryID = -1;
-    int nResult = ClientAdapter_HistoryStreamQueryConnect(&nQueryID, nLoginID, ptQuestion);
+    int nResult = ClientAdapter_HistoryStreamQueryConnect(&nQueryID, nLoginID, &tQuestion);
     while (nResult == eResultOk)
     {
-        nResult = ClientAdapter_HistoryStreamQueryNext(nQueryID, ptAnswer);
+        nResult = ClientAdapter_HistoryStreamQueryNext(nQueryID, &tAnswer);
         if (nResult == eResultOk)
         {
-            pfnFound(ptAnswer);
+            printf("%s: %" PRId64 " s\n", tAnswer.szFile, (tAnswer.llEndUs - tAnswer.llStartUs) / 1000000);
         }
     }
     if (nQueryID != -1) /* also a query that failed has taken an ID */
     {
         ClientAdapter_HistoryStreamQueryDisconnect(nQueryID);
     }
-    if (nResult != nEnd)
+    if (nResult != eResultNoMoreEntries)
     {
         fprintf(stderr, "the query ended early: %d\n", nResult);
         return nResult;

@@ -8,27 +8,33 @@ static int OnBlock(void* hDownload, tagBuffer tBlock, unsigned long dwUser)
 {
     FILE* const pFile = (FILE*)dwUser;
     (void)hDownload;
-    if (fwrite(tBlock.pData, 1, tBlock.dwLength, pFile) != tBlock.dwLength)
+    if (!tBlock.pData)
+    {
+        printf("the end: %s (%u)\n", tBlock.dwLength == eResultOk ? "all has come" : "broken off", tBlock.dwLength);
+    }
+    else if (fwrite(tBlock.pData, 1, tBlock.dwLength, pFile) != tBlock.dwLength)
     {
         fputs("the disk is full\n", stderr);
     }
     return 0;
 }
 
-/* Starts a download into pFile, which must stay open until CloseDownload has returned. ptPara, which names the file, is
-   an incomplete type here: it comes from code that has the device plug-in's own header, as eStart does. */
-int OpenDownload(int nLoginID, tagFileDownloadPara* ptPara, eFileTransferControl eStart, FILE* pFile, int* pnMediaID)
+/* Starts a download of a recorded file into pFile, which must stay open until CloseDownload has returned. szFile: its
+   name on the device, from a query. */
+int OpenDownload(int nLoginID, char const* szFile, FILE* pFile, int* pnMediaID)
 {
+    tagFileDownloadPara tPara = {.dwSize = sizeof tPara, .dwKind = eFileRecording, .dwFormat = eFileFormatMp4};
     int nResult;
     *pnMediaID = -1;
-    nResult = ClientAdapter_FileDownloadConnect(pnMediaID, nLoginID, ptPara);
+    snprintf(tPara.szFile, sizeof tPara.szFile, "%s", szFile);
+    nResult = ClientAdapter_FileDownloadConnect(pnMediaID, nLoginID, &tPara);
     if (nResult == eResultOk)
     {
         nResult = ClientAdapter_FileDownloadCB(*pnMediaID, OnBlock, (unsigned long)pFile);
     }
     if (nResult == eResultOk)
     {
-        nResult = ClientAdapter_FileDownloadControl(*pnMediaID, eStart);
+        nResult = ClientAdapter_FileDownloadControl(*pnMediaID, eTransferStart);
     }
     return nResult; /* close it in any case */
 }

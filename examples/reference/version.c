@@ -7,19 +7,19 @@
    answer shows only in the variable: preset it to something that no device answers. */
 int AskVersion(char const* szAddress, unsigned long dwPort, unsigned long dwTimeout, eNetworkSDKVersion* peVersion)
 {
-    const eNetworkSDKVersion eNone = -1;
+    const eNetworkSDKVersion eNone = -1; /* no device answers this */
     *peVersion = eNone;
     ClientAdapter_GetSDKVersion(szAddress, dwPort, dwTimeout, peVersion);
     return *peVersion != eNone;
 }
 
-/* The same with a login, which knows its protocol: this one tells why not. */
+/* The same with a login, which knows its protocol: this one says why not. */
 int AskVersionOf(int nLoginID, eNetworkSDKVersion* peVersion)
 {
     const int nResult = ClientAdapter_GetSDKVersionByHandle(nLoginID, peVersion);
     if (nResult != eResultOk)
     {
-        fprintf(stderr, "no version: %s (%d)\n", nResult == eResultUnknownLogin ? "not logged in" : "not told",
+        fprintf(stderr, "no version: %s (%d)\n", nResult == eResultUnknownLogin ? "not logged in" : "no answer",
                 nResult);
     }
     return nResult;

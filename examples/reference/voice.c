@@ -3,12 +3,13 @@
 
 #include <stdio.h>
 
-/* Opens voice talk beside a live stream. ptPara is an incomplete type here: it comes from code that has the device
-   plug-in's own header. The new media ID, or -1. */
+/* Opens voice talk beside a live stream, in the codec that the device likes best. The new media ID, or -1; *ptPara
+   then says how to code what is sent. */
 int OpenVoice(int nStreamID, tagVoiceStreamPara* ptPara, StreamVoiceCallback pfnVoice, void* pUser)
 {
-    int nVoiceID = -1;
-    int nResult = ClientAdapter_VoiceStreamConnect(&nVoiceID, nStreamID, ptPara);
+    int nVoiceID = -1, nResult;
+    *ptPara = (tagVoiceStreamPara){.dwSize = sizeof *ptPara};
+    nResult = ClientAdapter_VoiceStreamConnect(&nVoiceID, nStreamID, ptPara);
     if (nResult == eResultOk)
     {
         nResult = ClientAdapter_VoiceStreamCB(nVoiceID, pfnVoice, (unsigned long)pUser);

@@ -105,8 +105,9 @@ int CStreams::Create(void** phStream, tagRTSPClientPara const& tPara)
     }
     if (!m_pEngine)
     {
-        // OpenSSL cleans up at exit. Registered behind it, we are still before that.
-        static const bool g_bOnce = OPENSSL_init_ssl(0, nullptr) == 1 && std::atexit(&OnExit) == 0;
+        // OpenSSL must not clean up at exit: threads that have done their work may still be ending. Where the process
+        // has begun with OpenSSL before, it does; registered behind it, we are still before that.
+        static const bool g_bOnce = OPENSSL_init_ssl(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && std::atexit(&OnExit) == 0;
         static_cast<void>(g_bOnce);
         m_pEngine = std::make_shared<CEngine>();
     }

@@ -19,6 +19,8 @@ enum : unsigned
     g_uEnhancedLowDelay = 39,
 };
 
+constexpr unsigned g_uExtension = 0x2B7; // 11 bits
+
 unsigned ReadKind(CBitReader& tReader)
 {
     const unsigned uKind = tReader.Bits(5);
@@ -70,25 +72,16 @@ bool SkipGeneral(CBitReader& tReader, unsigned uKind, bool bChannelsHere, tagAud
     return true;
 }
 
-// Whether these 11 bits come next; if so, passes over them.
-bool Follows(CBitReader& tReader, unsigned uBits)
-{
-    CBitReader tAhead = tReader;
-    const bool bFollows = tAhead.Bits(11) == uBits && !tAhead.Failed();
-    tReader.Skip(bFollows ? 11 : 0);
-    return bFollows;
-}
-
-// Replication and stereo as older decoders pass over them: behind the end. Nothing else begins like that.
+// Replication and stereo as older decoders pass over them: behind the end.
 void ReadExtension(CBitReader& tReader, tagAudioConfig& tConfig)
 {
-    if (!Follows(tReader, 0x2B7) || ReadKind(tReader) != g_uReplication || !tReader.Flag())
+    if (tReader.Bits(11) != g_uExtension || ReadKind(tReader) != g_uReplication || !tReader.Flag())
     {
         return;
     }
     const std::uint32_t dwRate = ReadRate(tReader);
     tConfig.dwRate = !tReader.Failed() && dwRate != 0 ? dwRate : tConfig.dwRate;
-    if (Follows(tReader, 0x548) && tReader.Flag())
+    if (tReader.Bits(11) == 0x548 && tReader.Flag() && !tReader.Failed())
     {
         tConfig.nChannels = 2;
     }
@@ -118,10 +111,20 @@ std::optional<tagAudioConfig> ParseAudioConfig(CBitReader& tReader, bool bToTheE
     {
         tConfig.nFrameLength = tReader.Flag() ? 480 : 512;
     }
+    if (!bToTheEnd)
+    {
+        // Some encoders let the extension follow here too. What else may follow never begins with its mark.
+        CBitReader tAhead = tReader;
+        if (bFound && tAhead.Bits(11) == g_uExtension && !tAhead.Failed())
+        {
+            ReadExtension(tReader, tConfig);
+        }
+        return bFound && !tReader.Failed() ? std::optional(tConfig) : std::nullopt;
+    }
     if (bFound && tConfig.dwRate == tConfig.dwCoreRate)
     {
         ReadExtension(tReader, tConfig);
     }
-    return bToTheEnd || (bFound && !tReader.Failed()) ? std::optional(tConfig) : std::nullopt;
+    return tConfig;
 }
 } // namespace rtsp

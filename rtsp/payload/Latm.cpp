@@ -177,13 +177,13 @@ private:
                                                           tConfig->dwCoreRate);
             }
         }
-        if (tReader.Bits(3) != 0 || tReader.Failed()) // frames of a fixed length, or of other codecs
+        if (tReader.Bits(3) != 0) // frames of a fixed length, or of other codecs
         {
             return false;
         }
         tReader.Skip(8);
         ReadRest(tReader, bNewer);
-        return !m_bInStream || !tReader.Failed(); // descriptions often leave the rest out: there is none
+        return !m_bInStream || !tReader.Failed(); // a description may leave out the end, where all is zero
     }
 
     void ReadRest(CBitReader& tReader, bool bNewer)

@@ -7,12 +7,15 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
+#include <sstream>
 #include <string>
+#include <sys/mman.h>
 #include <tuple>
 #include <type_traits>
 #include <unistd.h>
@@ -59,7 +62,8 @@ public:
         EXPECT_EQ(ftruncate(m_nFile, 0), 0);
         lseek(m_nFile, 0, SEEK_SET);
         m_strAll += strText;
-        return strText;
+        // A failure's own message, and whatever quotes it, stays in bounds.
+        return testing::Test::HasFailure() ? strText.substr(0, 2000) : strText;
     }
 
 private:
@@ -69,11 +73,10 @@ private:
 };
 
 /// "[Tessaro] File.cpp Function 12 Failed.\n"
-inline std::string Line(char const* szSource, std::string const& strFunction, int nLine,
+inline std::string Line(std::string const& strSource, std::string const& strFunction, int nLine,
                         std::string const& strText = "Failed")
 {
-    return std::string("[Tessaro] ") + szSource + ".cpp " + strFunction + " " + std::to_string(nLine) + " " + strText +
-           ".\n";
+    return "[Tessaro] " + strSource + ".cpp " + strFunction + " " + std::to_string(nLine) + " " + strText + ".\n";
 }
 
 inline CJournal& Journal()
@@ -81,17 +84,13 @@ inline CJournal& Journal()
     return CJournal::Instance();
 }
 
-/// The lines of a golden file.
-inline Strings Golden(char const* szName)
+/// The rows of a golden file, as a stream of words.
+inline std::istringstream Golden(char const* szName)
 {
-    Strings astrLines;
-    std::ifstream tFile(std::string(TESSARO_GOLDEN) + "/" + szName);
-    for (std::string strLine; std::getline(tFile, strLine);)
-    {
-        astrLines.push_back(strLine);
-    }
-    EXPECT_FALSE(astrLines.empty()) << szName;
-    return astrLines;
+    std::stringstream tText;
+    tText << std::ifstream(std::string(TESSARO_GOLDEN) + "/" + szName).rdbuf();
+    EXPECT_FALSE(tText.str().empty()) << szName;
+    return std::istringstream(tText.str());
 }
 
 /// One protocol with its recorder plug-in.
@@ -100,62 +99,79 @@ struct tagProtocol
     eProtocolType eType;
     char const* szLibrary;
     char const* szPrefix;
-    char const* szLookUp; ///< golden file
-    char const* szSource;
+    char chLookUp; ///< in the golden file
+    char const* szName;
+    int nCreateLine;
     int nOpenedLine; ///< 0: none
+
     std::string Path() const { return std::string(TESSARO_RECORDERS) + "/" + szLibrary; }
+    std::string Source() const { return std::string("CProtocol") + szName; }
+    std::string CreateText() const
+    {
+        return Line("CProtocolSet", "InsertProtocol", nCreateLine, "Create " + Source() + "\n");
+    }
+    /// What an insertion writes whose plug-in opens.
+    std::string InsertText() const
+    {
+        return CreateText() +
+               (nOpenedLine ? Line(Source(), "Intialize", nOpenedLine, std::string("CProtocolSet") + szName + " OPEN")
+                            : "");
+    }
+    /// The entry points, in the order of look-up.
+    Strings LookUp() const
+    {
+        Strings astrNames;
+        std::istringstream tRows = Golden("lookup.txt");
+        for (std::string strWhose, strName; tRows >> strWhose >> strName;)
+        {
+            if (strWhose.find(chLookUp) != std::string::npos)
+            {
+                astrNames.push_back(strName.find('_') == std::string::npos ? szPrefix + strName : strName);
+            }
+        }
+        return astrNames;
+    }
 };
 inline constexpr tagProtocol g_atProtocols[] = {
-    {eProtocolPrivate, "libvornclient.so", "VornClient_", "lookup_private.txt", "CProtocolPrivate", 0},
-    {eProtocolOnvif, "libonvifclient.so", "OnvifClient_", "lookup_onvif.txt", "CProtocolOnvif", 156},
-    {eProtocolRTSP, "librtspclient.so", "RTSPClient_", "lookup_rtsp.txt", "CProtocolRTSP", 51},
-    {eProtocolVTQ, "libVTQ.so", "VTQClient_", "lookup_vtq.txt", "CProtocolVTQ", 159},
+    {eProtocolPrivate, "libvornclient.so", "VornClient_", 'P', "Private", 51, 0},
+    {eProtocolOnvif, "libonvifclient.so", "OnvifClient_", 'O', "Onvif", 44, 156},
+    {eProtocolRTSP, "librtspclient.so", "RTSPClient_", 'R', "RTSP", 58, 51},
+    {eProtocolVTQ, "libVTQ.so", "VTQClient_", 'V', "VTQ", 65, 159},
 };
-inline std::string NameOf(testing::TestParamInfo<tagProtocol> const& tInfo)
-{
-    return std::string(tInfo.param.szPrefix, strcspn(tInfo.param.szPrefix, "_"));
-}
-inline void PrintTo(tagProtocol const& tProtocol, std::ostream* pOut)
-{
-    *pOut << tProtocol.szPrefix;
-}
 
-/// A copy of a recorder plug-in without some of its entry points: their names are spoilt in its string table.
+/// While it lives, a recorder plug-in lacks some of its entry points: their names are spoilt where the loader, which
+/// keeps the plug-in open from here on, looks them up.
 class CReducedPlugin
 {
 public:
     CReducedPlugin(tagProtocol const& tProtocol, Strings const& astrMissing)
-        : m_strPath(testing::TempDir() + "reduced_" + std::to_string(getpid()) + "_" + tProtocol.szLibrary)
     {
-        static std::map<std::string, tagImage> tImages;
-        tagImage& tOriginal = tImages[tProtocol.szLibrary];
-        if (tOriginal.strBytes.empty())
-        {
-            std::ifstream tIn(tProtocol.Path(), std::ios::binary);
-            tOriginal.strBytes.assign(std::istreambuf_iterator<char>(tIn), {});
-        }
-        std::string strImage = tOriginal.strBytes;
+        void* const pPlugin = dlopen(tProtocol.Path().c_str(), RTLD_LAZY);
+        const auto uPage = static_cast<std::uintptr_t>(getpagesize());
         for (std::string const& strName : astrMissing)
         {
-            std::size_t& nAt = tOriginal.tNames[strName];
-            nAt = nAt ? nAt : strImage.find(std::string(1, '\0') + strName + '\0') + 1;
-            strImage.at(nAt) = '-';
+            Dl_info tEntry{};
+            dladdr(dlsym(pPlugin, strName.c_str()), &tEntry);
+            EXPECT_EQ(tEntry.dli_sname, strName);
+            const auto uName = reinterpret_cast<std::uintptr_t>(tEntry.dli_sname);
+            mprotect(reinterpret_cast<void*>(uName - uName % uPage), uPage, PROT_READ | PROT_WRITE | PROT_EXEC);
+            m_apchSpoilt.push_back(reinterpret_cast<char*>(uName));
+            m_chSpoilt = std::exchange(*m_apchSpoilt.back(), '-');
         }
-        std::ofstream(m_strPath, std::ios::binary) << strImage;
     }
-    ~CReducedPlugin() { std::filesystem::remove(m_strPath); }
+    ~CReducedPlugin()
+    {
+        for (char* pchName : m_apchSpoilt)
+        {
+            *pchName = m_chSpoilt;
+        }
+    }
     CReducedPlugin(CReducedPlugin const&) = delete;
     CReducedPlugin& operator=(CReducedPlugin const&) = delete;
-    char const* Path() const { return m_strPath.c_str(); }
 
 private:
-    struct tagImage
-    {
-        std::string strBytes;
-        std::map<std::string, std::size_t> tNames; ///< where they begin
-    };
-
-    std::string m_strPath;
+    std::vector<char*> m_apchSpoilt;
+    char m_chSpoilt = '-'; ///< the first letter of all names
 };
 
 /// An argument of any type, different for each position; nothing of ours looks behind the pointers.

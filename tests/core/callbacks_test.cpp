@@ -1,7 +1,9 @@
-// The trampolines: what reaches the application, and what happens when nobody is registered.
+// The trampolines: what reaches the application, when, and what happens when nobody is registered.
 
 #include "tests/core/Support.h"
 
+#include <climits>
+#include <functional>
 
 namespace
 {
@@ -25,7 +27,7 @@ template <class... A>
 int Heard(A... tArguments)
 {
     g_auHeard = {Number(tArguments)...};
-    return 99; // nobody looks at it
+    return INT_MIN; // nobody looks at it
 }
 template <class... A>
 auto HeardAs(int (*)(A...))
@@ -36,23 +38,28 @@ auto HeardAs(int (*)(A...))
 class Callbacks : public CSession
 {
 protected:
+    // Registers; what comes back checks what the trampoline does then, and when nobody is registered any more.
     template <class Function, class... A>
-    void Check(char const* szTrampoline, int nLine, int (*pfnRegister)(int, Function, unsigned long), A... tArguments)
+    std::function<void()> Register(char const* szTrampoline, int nLine,
+                                   int (*pfnRegister)(int, Function, unsigned long), A... tArguments)
     {
-        SCOPED_TRACE(szTrampoline);
-        EXPECT_EQ(pfnRegister(m_nMedia, HeardAs(Function{}), 77), 0);
-        const auto pfnTrampoline = Trampoline<Function>();
-        const auto nID = static_cast<unsigned long>(m_nMedia);
-        CJournal::Deliver([&] { EXPECT_EQ(pfnTrampoline(&g_auHeard, tArguments..., nID), 0); });
-        EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{nID, Number(tArguments)..., 77UL}));
-
-        EXPECT_EQ(m_tCapture.Text(), "");
-        EXPECT_EQ(pfnRegister(m_nMedia, nullptr, 78), 0);
-        for (const unsigned long dwUnusable : {nID, 1000UL, 4294967295UL, (nID + 500) % 1000})
+        const auto dwUser = static_cast<unsigned long>(nLine);
+        EXPECT_EQ(pfnRegister(m_nMedia, HeardAs(Function{}), dwUser), 0);
+        return [=, this, pfnTrampoline = Trampoline<Function>()]
         {
-            EXPECT_EQ(pfnTrampoline(nullptr, tArguments..., dwUnusable), 1);
-            EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", szTrampoline, nLine));
-        }
+            SCOPED_TRACE(szTrampoline);
+            const auto nID = static_cast<unsigned long>(m_nMedia);
+            CJournal::Deliver([&] { EXPECT_EQ(pfnTrampoline(&g_auHeard, tArguments..., nID), 0); });
+            EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{nID, Number(tArguments)..., dwUser}));
+            EXPECT_EQ(m_tCapture.Text(), "");
+            EXPECT_EQ(pfnRegister(m_nMedia, nullptr, 78), 0);
+            for (const unsigned long dwNobody :
+                 {nID, 1000UL, 4294967295UL, ULONG_MAX - UINT_MAX + nID, (nID + 500) % 1000})
+            {
+                EXPECT_EQ(pfnTrampoline(nullptr, tArguments..., dwNobody), 1);
+                EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", szTrampoline, nLine));
+            }
+        };
     }
 };
 
@@ -61,33 +68,26 @@ TEST_F(Callbacks, MediaTrampolines)
     const tagStreamMediaFrame tFrame{};
     const tagStreamVoiceFrame tVoice{};
     tagBuffer tBuffer{nullptr, 1234};
-    Check("SetStreamMediaCB", 3573, &ClientAdapter_StreamMediaCB, &tFrame);
-    Check("SetStreamMediaCB", 3573, &ClientAdapter_HistoryStreamCB, &tFrame);
-    Check("SetStreamMediaRawCB", 3590, &ClientAdapter_StreamMediaRawCB, &tFrame);
-    Check("SetStreamVoiceCB", 3600, &ClientAdapter_VoiceStreamCB, static_cast<eVoiceStreamSource>(3), &tVoice);
-    Check("SetTransparentChannelCB", 3610, &ClientAdapter_TransparentChannelCB, &tBuffer);
-    Check("SetFileUploadCB", 3620, &ClientAdapter_FileUploadCB, tagFileUploadState{1, 2, 333, 4});
-    Check("SetFileDownloadCB", 3630, &ClientAdapter_FileDownloadCB, tBuffer);
+    const std::function<void()> afnChecks[] = {
+        Register("SetStreamMediaCB", 3573, &ClientAdapter_StreamMediaCB, &tFrame),
+        Register("SetStreamMediaRawCB", 3590, &ClientAdapter_StreamMediaRawCB, &tFrame),
+        Register("SetStreamVoiceCB", 3600, &ClientAdapter_VoiceStreamCB, static_cast<eVoiceStreamSource>(3), &tVoice),
+        Register("SetTransparentChannelCB", 3610, &ClientAdapter_TransparentChannelCB, &tBuffer),
+        Register("SetFileUploadCB", 3620, &ClientAdapter_FileUploadCB, tagFileUploadState{1, 2, 333, 4}),
+        Register("SetFileDownloadCB", 3630, &ClientAdapter_FileDownloadCB, tBuffer)};
+    for (auto const& fnCheck : afnChecks) // each kind beside all others
+    {
+        fnCheck();
+    }
+    Register("SetStreamMediaCB", 3573, &ClientAdapter_HistoryStreamCB, &tFrame)();
 }
 
-extern "C" int PassByValue(FileUploadCallback pfnUpload, FileDownloadCallback pfnDownload);
-
-TEST_F(Callbacks, RecordsByValueCrossFromC)
+TEST_F(Callbacks, RefusedRegistrationsAreKept)
 {
-    EXPECT_EQ(PassByValue(HeardAs(FileUploadCallback{}), HeardAs(FileDownloadCallback{})), 2 * 99);
-    EXPECT_EQ(g_auHeard, (std::vector<std::uintptr_t>{0, 5, 7}));
-}
-
-TEST_F(Callbacks, KindsStandBesideEachOther)
-{
-    ClientAdapter_StreamMediaCB(m_nMedia, HeardAs(StreamMediaCallback{}), 1);
-    ClientAdapter_StreamMediaRawCB(m_nMedia, nullptr, 2);
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_dwStreamMedia, 1U);
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_hStreamMedia, m_nMedia);
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_dwStreamMediaRaw, 2U);
     Journal().Answer("VTQClient_StreamMediaCB", 6);
-    EXPECT_EQ(ClientAdapter_StreamMediaCB(m_nMedia, nullptr, 3), 6) << "refused: the record keeps what was stored";
-    EXPECT_EQ(g_SetCallBack[m_nMedia].m_dwStreamMedia, 3U);
+    EXPECT_EQ(ClientAdapter_StreamMediaCB(m_nMedia, HeardAs(StreamMediaCallback{}), 7), 6);
+    EXPECT_EQ(g_SetCallBack[m_nMedia].m_dwStreamMedia, 7U);
+    EXPECT_EQ(g_SetCallBack[m_nMedia].m_hStreamMedia, m_nMedia);
     EXPECT_EQ(ClientAdapter_StreamMediaCB(999, nullptr, 4), -1);
     EXPECT_FALSE(g_SetCallBack[999].m_bUsed);
 }
@@ -104,21 +104,20 @@ TEST_F(Callbacks, Events)
 
     ClientAdapter_SubscribeEvent(m_nLogin, 5, nullptr, 9);
     m_tCapture.Text();
-    const std::string strLine = Line("ClientAdapter", "SetUserEventCB", 3556);
-    struct
+    const auto fnRefused = [&](unsigned long dwUser, char const* szTests, unsigned long dwFound)
     {
-        unsigned long dwUser;
-        std::string strText;
-    } const atCases[] = {
-        {nID, "0-0-1 dwUserData " + std::to_string(nID) + ", cbUserEvent 0x(nil), m_hUserEvent " + std::to_string(nID)},
-        {1000, "0-1-1 dwUserData 1000, cbUserEvent 0x(nil), m_hUserEvent 0"},
-        {1001, "1-1-1 dwUserData 1001, cbUserEvent 0x(nil), m_hUserEvent 0"},
-        {4294967295, "1-1-1 dwUserData 4294967295, cbUserEvent 0x(nil), m_hUserEvent 0"},
+        EXPECT_EQ(pfnTrampoline(nullptr, 1, 2, 3, 4, dwUser), 1);
+        EXPECT_EQ(m_tCapture.Text(), Line("ClientAdapter", "SetUserEventCB", 3556) + szTests + " dwUserData " +
+                                         std::to_string(dwUser) + ", cbUserEvent 0x(nil), m_hUserEvent " +
+                                         std::to_string(dwFound) + " fail\n");
     };
-    for (auto const& tCase : atCases)
+    fnRefused(nID, "0-0-1", nID);
+    fnRefused(1000, "0-1-1", 0);
+    fnRefused(1001, "1-1-1", 0);
+    fnRefused(4294967295, "1-1-1", 0);
+    if (const unsigned long dwHigh = ULONG_MAX - UINT_MAX; dwHigh != 0)
     {
-        EXPECT_EQ(pfnTrampoline(nullptr, 1, 2, 3, 4, tCase.dwUser), 1);
-        EXPECT_EQ(m_tCapture.Text(), strLine + tCase.strText + " fail\n");
+        fnRefused(dwHigh + nID, "1-1-1", 0);
     }
 }
 
@@ -132,42 +131,67 @@ TEST_F(Callbacks, ProbeStartPrintsItsThreeLines)
                                      "[ClientAdapter.cpp][2381]\n");
 }
 
-// Everything but start and stop may be called from inside every callback; here the stream is closed and a new one
-// opened.
-int g_nLoginInside = -1;
+// Everything but start and stop may be called from inside every callback, closing the very stream included.
 int g_nOpenedInside = -1;
-int CloseAndOpen(void* hStream, tagStreamMediaFrame const*, unsigned long)
+int OnFrame(void* hStream, tagStreamMediaFrame const*, unsigned long dwLogin)
 {
     const int nOld = static_cast<int>(reinterpret_cast<std::intptr_t>(hStream));
     tagRealStreamPara tStream{};
-    EXPECT_EQ(ClientAdapter_StreamMediaCB(nOld, nullptr, 0), 0);
-    EXPECT_EQ(ClientAdapter_RealStreamDisconnect(nOld), 0);
-    EXPECT_EQ(ClientAdapter_RealStreamConnect(&g_nOpenedInside, g_nLoginInside, &tStream), 0);
-    EXPECT_EQ(ClientAdapter_StreamMediaCB(g_nOpenedInside, &CloseAndOpen, 0), 0);
+    EXPECT_EQ(ClientAdapter_StreamMediaCB(nOld, nullptr, 0) + ClientAdapter_RealStreamDisconnect(nOld), 0);
+    EXPECT_EQ(ClientAdapter_RealStreamConnect(&g_nOpenedInside, static_cast<int>(dwLogin), &tStream), 0);
+    EXPECT_EQ(ClientAdapter_StreamMediaCB(g_nOpenedInside, &OnFrame, dwLogin), 0);
     return 0;
 }
-int ResubscribeInside(void* hLogin, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long dwUser)
+int OnEvent(void* hLogin, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long dwUser)
 {
     const int nLogin = static_cast<int>(reinterpret_cast<std::intptr_t>(hLogin));
-    EXPECT_EQ(ClientAdapter_SubscribeEvent(nLogin, 1, &ResubscribeInside, dwUser + 1), 0);
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(nLogin, 1, &OnEvent, dwUser + 1), 0);
     return 0;
 }
 
 TEST_F(Callbacks, EverythingMayBeCalledFromInside)
 {
-    g_nLoginInside = m_nLogin;
-    ClientAdapter_StreamMediaCB(m_nMedia, &CloseAndOpen, 0);
+    const auto dwLogin = static_cast<unsigned long>(m_nLogin);
+    ClientAdapter_StreamMediaCB(m_nMedia, &OnFrame, dwLogin);
     const auto pfnFrame = Trampoline<StreamMediaCallback>();
-    ClientAdapter_SubscribeEvent(m_nLogin, 1, &ResubscribeInside, 1);
+    ClientAdapter_SubscribeEvent(m_nLogin, 1, &OnEvent, 1);
     const auto pfnEvent = Trampoline<DeviceEventCallback>();
-    CJournal::Deliver(
-        [&]
-        {
-            EXPECT_EQ(pfnFrame(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0);
-            EXPECT_EQ(pfnEvent(nullptr, 0, 0, 0, 0, static_cast<unsigned long>(m_nLogin)), 0);
-        });
+    CJournal::Deliver([&] { EXPECT_EQ(pfnFrame(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0); });
+    CJournal::Deliver([&] { EXPECT_EQ(pfnEvent(nullptr, 0, 0, 0, 0, dwLogin), 0); });
     EXPECT_EQ(g_SetUserCallBack.at(m_nLogin).m_dwUserEvent, 2U);
-    EXPECT_NE(g_nOpenedInside, m_nMedia);
-    m_nMedia = g_nOpenedInside;
+    EXPECT_NE(std::exchange(m_nMedia, g_nOpenedInside), g_nOpenedInside);
+}
+
+// Records outlive their connections, and plug-ins call when they like: inside a closing, on a thread of their own;
+// after it; during and after a stop. Inside its closing, the application may also close once more.
+TEST_F(Callbacks, DuringAndAfterClosingAndStopping)
+{
+    ClientAdapter_StreamMediaCB(m_nMedia, HeardAs(StreamMediaCallback{}), 7);
+    const auto pfnFrame = Trampoline<StreamMediaCallback>();
+    ClientAdapter_SubscribeEvent(m_nLogin, 1, HeardAs(DeviceEventCallback{}), 7);
+    const auto pfnEvent = Trampoline<DeviceEventCallback>();
+    int nDelivered = 0;
+    const auto fnDeliver = [&]
+    {
+        CJournal::Deliver([&] { EXPECT_EQ(pfnFrame(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0); });
+        CJournal::Deliver([&] { EXPECT_EQ(pfnEvent(nullptr, 0, 0, 0, 0, static_cast<unsigned long>(m_nLogin)), 0); });
+        return nDelivered++;
+    };
+    const auto fnCloses = [&](char const* szEntry, int (*pfnClose)(int), int nID, int nUnknown)
+    {
+        int nCalls = 0;
+        Journal().Answer(szEntry, [&](tagCalled const&) { return fnDeliver(), ++nCalls == 1 ? pfnClose(nID) : 0; });
+        EXPECT_EQ(pfnClose(nID), 0);
+        EXPECT_EQ(nCalls, 2);
+        EXPECT_EQ(pfnClose(nID), nUnknown);
+        fnDeliver();
+    };
+    fnCloses("VTQClient_RealStreamDisconnect", &ClientAdapter_RealStreamDisconnect, m_nMedia, -1);
+    fnCloses("VTQClient_UserLogout", &ClientAdapter_UserLogout, m_nLogin, 3);
+    Journal().Answer("VTQClient_Stop", [&](tagCalled const&) { return fnDeliver(); });
+    ClientAdapter_Stop();
+    fnDeliver();
+    EXPECT_EQ(nDelivered, 8);
+    ClientAdapter_Start(16); // for the session's end
 }
 } // namespace

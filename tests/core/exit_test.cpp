@@ -7,26 +7,25 @@ namespace
 {
 std::atomic<bool> g_bEndPlugin;
 int g_nLogin = -1;
-int g_nMedia = -1;
 
-int OnFrame(void*, tagStreamMediaFrame const*, unsigned long dwMedia)
+// Opens and closes, so that destructors find the registry and the tables in use.
+int OnFrame(void*, tagStreamMediaFrame const*, unsigned long)
 {
     Delivered();
     int nMedia = -1;
     tagRealStreamPara tStream{};
     API(RealStreamConnect)(&nMedia, g_nLogin, &tStream);
-    API(RealStreamDisconnect)(nMedia);
-    return API(StreamMediaControl)(static_cast<int>(dwMedia), eTaskPlay);
+    return API(RealStreamDisconnect)(nMedia);
 }
 
-int OnEvent(void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long dwLogin)
+int OnEvent(void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long)
 {
     Delivered();
     int nLogin = -1;
     tagUserLoginPara tLogin{};
     API(UserLogin)(&nLogin, eProtocolRTSP, &tLogin);
     API(UserLogout)(nLogin);
-    return API(SubscribeEvent)(static_cast<int>(dwLogin), 1, &OnEvent, dwLogin);
+    return API(SubscribeEvent)(g_nLogin, 1, &OnEvent, 0);
 }
 
 void StartDelivering()
@@ -35,11 +34,12 @@ void StartDelivering()
     tagRealStreamPara tStream{};
     API(Start)(1);
     API(UserLogin)(&g_nLogin, eProtocolVTQ, &tLogin);
-    API(RealStreamConnect)(&g_nMedia, g_nLogin, &tStream);
-    const auto dwMedia = static_cast<unsigned long>(g_nMedia);
+    int nMedia = -1;
+    API(RealStreamConnect)(&nMedia, g_nLogin, &tStream);
+    const auto dwMedia = static_cast<unsigned long>(nMedia);
     const auto dwLogin = static_cast<unsigned long>(g_nLogin);
-    API(StreamMediaCB)(g_nMedia, &OnFrame, dwMedia);
-    API(SubscribeEvent)(g_nLogin, 1, &OnEvent, dwLogin);
+    API(StreamMediaCB)(nMedia, &OnFrame, 0);
+    API(SubscribeEvent)(g_nLogin, 1, &OnEvent, 0);
     const auto atCalls = CJournal::Instance().Take(); // the last two: what the plug-in was given to call
     const auto pfnFrame = reinterpret_cast<StreamMediaCallback>(atCalls.end()[-2].auArguments.at(1));
     const auto pfnEvent = reinterpret_cast<DeviceEventCallback>(atCalls.end()[-1].auArguments.at(2));

@@ -1,5 +1,7 @@
 // What no application sees: built from the library's objects, not against its exports.
 
+#include "adapter/LookUp.h"
+#include "adapter/Registrations.h"
 #include "bindings/CProtocolOnvif.h"
 #include "bindings/CProtocolPrivate.h"
 #include "bindings/CProtocolRTSP.h"
@@ -71,5 +73,66 @@ TEST(Binding, NullPath)
     NullPath<CProtocolSetOnvif>("CProtocolOnvif", 23);
     NullPath<CProtocolSetRTSP>("CProtocolRTSP", 28);
     NullPath<CProtocolSetVTQ>("CProtocolVTQ", 23);
+}
+
+// Between the beginning and the end of an allocation nobody finds the half of it.
+TEST_F(CSession, LookUpsNeverMixTwoConnections)
+{
+    using namespace Adapter_ApplicationLayer;
+    tagTarget tTarget;
+    tagResource tRecord;
+    const auto fnCheck = [](CSequence& tSequence, auto fnFound)
+    {
+        tSequence.BeginWrite();
+        EXPECT_EQ(fnFound(), 0);
+        tSequence.EndWrite();
+        EXPECT_EQ(fnFound(), 3);
+        EXPECT_FALSE(tSequence.TryRead([&] { tSequence.BeginWrite(), tSequence.EndWrite(); })) << "a whole one between";
+    };
+    fnCheck(g_atUserLookUp[m_nLogin].tSequence,
+            [&]
+            {
+                return FindUser(m_nLogin, tTarget) + (g_cClient.GetUserType(m_nLogin, tRecord) == 0) +
+                       (ClientAdapter_ForceIFrame(m_nLogin, m_nMedia) != 3);
+            });
+    fnCheck(g_atMediaLookUp[m_nMedia].tSequence,
+            [&]
+            {
+                return FindMedia(m_nMedia, tTarget) + (g_cClient.GetMediaType(m_nMedia, tRecord) == 0) +
+                       (ClientAdapter_StreamMediaControl(m_nMedia, eTaskPlay) != -1);
+            });
+}
+
+unsigned long g_dwHeard; // by the application, as user data
+int Heard(void*, tagStreamMediaFrame const*, unsigned long dwUser)
+{
+    g_dwHeard = dwUser;
+    return 0;
+}
+
+// A thread of high priority may deliver at any point of a registration, which goes on only after it.
+TEST_F(CSession, AFrameDoesNotWaitForARegistration)
+{
+    using namespace Adapter_ApplicationLayer;
+    ClientAdapter_StreamMediaRawCB(m_nMedia, &Heard, 10);
+    const auto pfnRaw = Trampoline<StreamMediaCallback>();
+    ClientAdapter_StreamMediaCB(m_nMedia, &Heard, 1);
+    const auto pfnMedia = Trampoline<StreamMediaCallback>();
+    const auto fnDelivered = [&](StreamMediaCallback pfnTrampoline)
+    {
+        EXPECT_EQ(pfnTrampoline(nullptr, nullptr, static_cast<unsigned long>(m_nMedia)), 0);
+        return std::exchange(g_dwHeard, 0);
+    };
+    CSetCallBack& tRecord = g_SetCallBack[m_nMedia];
+    g_tRegistrations.BeginChange<StreamMediaKind>(tRecord);
+    tRecord.cbStreamMedia = nullptr;
+    tRecord.m_dwStreamMedia = 2;
+    EXPECT_EQ(fnDelivered(pfnMedia), 1U) << "the one before";
+    EXPECT_EQ(fnDelivered(pfnRaw), 10U);
+    tRecord.cbStreamMedia = &Heard;
+    g_tRegistrations.EndChange();
+    EXPECT_EQ(fnDelivered(pfnMedia), 2U);
+    tRecord.m_dwStreamMedia = 3;
+    EXPECT_EQ(fnDelivered(pfnMedia), 3U) << "the record is what counts";
 }
 } // namespace

@@ -8,10 +8,8 @@
 #include "tests/core/Support.h"
 #include "tests/platform/Interposed.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <climits>
 #include <cstring>
 #include <functional>
@@ -31,14 +29,14 @@ extern "C" TESSARO_API char const* __tsan_default_options() // NOLINT(bugprone-r
 }
 
 using namespace Adapter_System;
-using namespace std::chrono_literals;
 
 namespace
 {
-std::string ErrorLine(char const* szSource, char const* szFunction, int nLine, int nError)
+// strSite: "File create 35"
+std::string ErrorLine(std::string strSite, int nError)
 {
-    return std::string("[Tessaro] ") + szSource + ".cpp " + szFunction + " " + std::to_string(nLine) +
-           " Failed syserr:" + std::to_string(nError) + " " + std::strerror(nError) + "\n";
+    strSite.insert(strSite.find(' '), ".cpp");
+    return "[Tessaro] " + strSite + " Failed syserr:" + std::to_string(nError) + " " + std::strerror(nError) + "\n";
 }
 
 template <class F>
@@ -71,12 +69,6 @@ class Platform : public testing::Test
 protected:
     CCapture m_tCapture;
 };
-using Mutex = Platform;
-using Guard = Platform;
-using Signal = Platform;
-using File = Platform;
-using Utility = Platform;
-using Buffer = Platform;
 
 // --- what every operation says of an object that isn't created, and of a system that refuses ------------------------
 
@@ -90,9 +82,7 @@ TEST_F(Platform, NotCreated)
     EXPECT_EQ(tDestroyed.destroy(), 0);
     for (CMutex* ptMutex : {&tFresh, &tCopy, static_cast<CMutex*>(&tDestroyed)})
     {
-        EXPECT_EQ(ptMutex->lock(), 1);
-        EXPECT_EQ(ptMutex->trylock(), 1);
-        EXPECT_EQ(ptMutex->unlock(), 1);
+        EXPECT_EQ(ptMutex->lock() + ptMutex->trylock() + ptMutex->unlock(), 3);
         EXPECT_EQ(ptMutex->destroy(), 0);
         EXPECT_EQ(m_tCapture.Text(),
                   Line("Mutex", "lock", 158) + Line("Mutex", "trylock", 175) + Line("Mutex", "unlock", 196));
@@ -101,245 +91,67 @@ TEST_F(Platform, NotCreated)
     CSignal tCopySignal(tCreatedSignal);
     for (CSignal* ptSignal : {&tFreshSignal, &tCopySignal})
     {
-        EXPECT_EQ(ptSignal->signal(), 1);
-        EXPECT_EQ(ptSignal->wait(0), 1);
+        EXPECT_EQ(ptSignal->signal() + ptSignal->wait(0), 2);
         EXPECT_EQ(ptSignal->destroy(), 0);
         EXPECT_EQ(m_tCapture.Text(), Line("Signal", "signal", 138) + Line("Signal", "wait", 153));
     }
 }
 
-// Every call of every operation to the system fails once, in turn.
+// The lines of calls that no argument makes fail.
 TEST_F(Platform, TheSystemRefuses)
 {
-    const CTemporaryPath tPath("file");
     CMutex tNewMutex;
     CSignal tNewSignal;
-    CFile tNewFile;
     CCreated<CMutex> tMutex;
     CCreated<CSignal> tSignal;
-    CFile tFile;
-    ASSERT_EQ(tFile.create(tPath.Path(), "w+"), 0);
-    ASSERT_EQ(tFile.flush(), 0);
-    char chByte = 'x';
-    unsigned long long ullSize = 0;
-    tagAbsoluteTime tTime{};
-    struct tagCall
-    {
-        char const* szCall;
-        int nResult;
-        std::string strLine;
-    };
     struct tagRow
     {
-        std::function<void()> fnBefore;
+        char const* szCall;
+        int nError;
         std::function<int()> fnOperation;
-        int nGood;
-        std::vector<tagCall> atCalls; // all that it makes when none fails, and what comes of it when one does
+        std::string strLine;
     };
-    const auto Nothing = [] {};
-    const tagRow atRows[] = {
-        {[&] { tNewMutex.destroy(); },
-         [&] { return tNewMutex.create(); },
-         0,
-         {{"pthread_mutexattr_init", 1, ErrorLine("Mutex", "create", 137, ENOMEM)},
-          {"pthread_mutexattr_settype", 1, ErrorLine("Mutex", "create", 137, EINVAL)},
-          {"pthread_mutex_init", 1, ErrorLine("Mutex", "create", 137, EAGAIN)}}},
-        {Nothing,
-         [&] { return tMutex.lock(); },
-         0,
-         {{"pthread_mutex_lock", 1, ErrorLine("Mutex", "lock", 164, EAGAIN)}}},
-        {Nothing,
-         [&] { return tMutex.trylock(); },
-         0,
-         {{"pthread_mutex_trylock", 1, ErrorLine("Mutex", "trylock", 187, EINVAL)}}},
-        {Nothing,
-         [&] { return tMutex.unlock(); },
-         0,
-         {{"pthread_mutex_unlock", 1, ErrorLine("Mutex", "unlock", 201, EPERM)}}},
-        {[&] { tNewMutex.create(); },
-         [&] { return tNewMutex.destroy(); },
-         0,
-         {{"pthread_mutex_destroy", 0, ""}, {"pthread_mutexattr_destroy", 0, ""}}},
-        {[&] { tNewSignal.destroy(); },
-         [&] { return tNewSignal.create(); },
-         0,
-         {{"pthread_mutex_init", 1, ErrorLine("Signal", "create", 107, EAGAIN)},
-          {"pthread_cond_init", 1, ErrorLine("Signal", "create", 113, ENOMEM)}}},
-        {Nothing,
-         [&] { return tSignal.signal(); },
-         0,
-         {{"pthread_mutex_lock", 0, ""}, {"pthread_cond_signal", 0, ""}, {"pthread_mutex_unlock", 0, ""}}},
-        {[&] { tSignal.wait(0); }, // no longer signalled
-         [&] { return tSignal.wait(1); },
-         9,
-         {{"gettimeofday", 9, ""},
-          {"pthread_mutex_lock", 9, ""},
-          {"pthread_cond_timedwait", 1, ErrorLine("Signal", "wait", 190, EINVAL)},
-          {"pthread_mutex_unlock", 9, ""}}},
-        {[&] { tNewSignal.create(); },
-         [&] { return tNewSignal.destroy(); },
-         0,
-         {{"pthread_mutex_destroy", 0, ""}, {"pthread_cond_destroy", 0, ""}}},
-        {Nothing,
-         [&]
+    for (tagRow const& tRow :
          {
-             const int nResult = tNewFile.create(tPath.Path(), "r");
-             return nResult != 0 ? nResult : tNewFile.destroy();
-         },
-         0,
-         {{"fopen", 1, ErrorLine("File", "create", 35, EMFILE)}, {"fclose", 0, ""}}},
-        {Nothing, [&] { return tFile.write("x", 1, 1); }, 1, {{"fwrite", 0, ""}}},
-        {Nothing, [&] { return tFile.flush(); }, 0, {{"fflush", EOF, ""}}},
-        {Nothing, [&] { return tFile.seek(0, SEEK_SET); }, 0, {{"fseek", -1, ""}}},
-        {[&] { tFile.seek(0, SEEK_SET); }, [&] { return tFile.read(&chByte, 1, 1); }, 1, {{"fread", 0, ""}}},
-        {Nothing,
-         [&] { return CUtility::GetFileSize(tPath.Path(), ullSize); },
-         0,
-         {{"lstat", 1, ErrorLine("Utility", "GetFileSize_Linux", 126, EACCES)}}},
-        {[&] { std::ofstream{tPath.Path()}; },
-         [&] { return CUtility::RemoveFile(tPath.Path()); },
-         0,
-         {{"remove", 1, ErrorLine("Utility", "RemoveFile", 98, EACCES)}}},
-        {Nothing, [&] { return CUtility::GetSystemTime(tTime); }, 0, {{"gmtime_r", 1, ""}}},
-        {Nothing, [] { return CUtility::Sleep(0); }, 0, {{"select", 0, ""}}},
-        {Nothing, [] { return CUtility::GetTickCount() == 0 ? 0 : 1; }, 1, {{"gettimeofday", 0, ""}}},
-    };
-    int nFailed = 0;
-    for (tagRow const& tRow : atRows)
+             tagRow{"pthread_mutexattr_init", ENOMEM, [&] { return tNewMutex.create(); }, "Mutex create 137"},
+             {"pthread_mutex_init", EAGAIN, [&] { return tNewMutex.create(); }, "Mutex create 137"},
+             {"pthread_mutex_lock", EAGAIN, [&] { return tMutex.lock(); }, "Mutex lock 164"},
+             {"pthread_mutex_trylock", EINVAL, [&] { return tMutex.trylock(); }, "Mutex trylock 187"},
+             {"pthread_mutex_init", EAGAIN, [&] { return tNewSignal.create(); }, "Signal create 107"},
+             {"pthread_cond_init", ENOMEM, [&] { return tNewSignal.create(); }, "Signal create 113"},
+             {"pthread_cond_timedwait", EINVAL, [&] { return tSignal.wait(1); }, "Signal wait 190"},
+             {"pthread_cond_wait", EPERM, [&] { return tSignal.wait(CSignal::Infinite); }, "Signal wait 164"},
+         })
     {
-        SCOPED_TRACE(tRow.atCalls[0].szCall);
-        for (int nFailing = -1; nFailing < static_cast<int>(tRow.atCalls.size()); ++nFailing)
-        {
-            tRow.fnBefore();
-            m_tCapture.Text();
-            int nResult = -1;
-            Strings astrSeen;
-            {
-                const CInterposed tFault(nFailing);
-                nResult = tRow.fnOperation();
-                astrSeen = tFault.Seen();
-            }
-            if (nFailing < 0)
-            {
-                Strings astrListed;
-                std::transform(tRow.atCalls.begin(), tRow.atCalls.end(), std::back_inserter(astrListed),
-                               [](tagCall const& tCall) { return tCall.szCall; });
-                EXPECT_EQ(astrSeen, astrListed);
-                EXPECT_EQ(nResult, tRow.nGood);
-                EXPECT_EQ(m_tCapture.Text(), "");
-                continue;
-            }
-            tagCall const& tCall = tRow.atCalls[static_cast<std::size_t>(nFailing)];
-            EXPECT_EQ(nResult, tCall.nResult) << tCall.szCall;
-            EXPECT_EQ(m_tCapture.Text(), tCall.strLine) << tCall.szCall;
-            ++nFailed;
-        }
+        m_tCapture.Text();
+        const CInterposed tFault(tRow.szCall, tRow.nError);
+        EXPECT_EQ(tRow.fnOperation(), 1) << tRow.szCall;
+        EXPECT_EQ(m_tCapture.Text(), ErrorLine(tRow.strLine, tRow.nError));
     }
-    std::fprintf(stderr, "tried: %d system calls of the platform classes failed, each in turn\n", nFailed);
-
-    const CInterposed tFault("pthread_cond_wait", EPERM);
-    EXPECT_EQ(tSignal.wait(CSignal::Infinite), 1);
-    EXPECT_EQ(m_tCapture.Text(), ErrorLine("Signal", "wait", 164, EPERM));
+    EXPECT_EQ(tNewMutex.lock() + tNewSignal.signal(), 2) << "not created";
 }
 
-// The same for a whole session: what could not be done is told, everything else works, and nothing is left behind.
-TEST_F(Platform, TheSystemRefusesASession)
+int g_nHeard; // the user data of an event
+
+// An event waits for no lock: while it is taken, the latest subscription counts. A subscription needs it.
+TEST_F(CSession, EventsWaitForNoLock)
 {
-    static DeviceEventCallback g_pfnEvent; // what the plug-in got to call
-    CJournal::Instance().Observe(
-        [](tagCalled const& tCall, void** ppHandle)
-        {
-            if (ppHandle)
-            {
-                *ppHandle = &g_pfnEvent;
-            }
-            if (tCall.strEntry.ends_with("SubscribeEvent") || tCall.strEntry.ends_with("EventCB"))
-            {
-                g_pfnEvent = reinterpret_cast<DeviceEventCallback>(tCall.auArguments.end()[-2]);
-            }
-            return 0;
-        });
-    constexpr std::size_t nResults = 6; // for each protocol
-    const auto fnSession = [](int nFailing)
+    const auto fnOnEvent = [](void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long dwUser)
+    { return g_nHeard = static_cast<int>(dwUser); };
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 1), 0);
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 5), 0);
+    const auto pfnEvent = Trampoline<DeviceEventCallback>();
+    g_SetUserCallBack.at(m_nLogin).m_dwUserEvent = 6; // what counts while the record can be looked at
+    for (auto const& [szCall, nHeard] : {std::pair("pthread_mutex_lock", 6), {"pthread_mutex_trylock", 5}})
     {
-        const CInterposed tFault(nFailing);
-        std::vector<int> anResults;
-        ClientAdapter_Start(1);
-        for (const eProtocolType eType : {eProtocolOnvif, eProtocolRTSP, eProtocolVTQ})
-        {
-            int nLogin = -1;
-            int nStream = -1;
-            tagUserLoginPara tLogin{};
-            tagRealStreamPara tStream{};
-            tStream.dwStreamKind = eStreamMain;
-            g_pfnEvent = nullptr;
-            anResults.push_back(ClientAdapter_UserLogin(&nLogin, eType, &tLogin));
-            anResults.push_back(ClientAdapter_RealStreamConnect(&nStream, nLogin, &tStream));
-            anResults.push_back(ClientAdapter_SubscribeEvent(
-                nLogin, 1,
-                [](void*, unsigned long, unsigned long, unsigned long, unsigned long, unsigned long) { return 0; }, 0));
-            anResults.push_back(g_pfnEvent ? g_pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(nLogin)) : 1);
-            anResults.push_back(ClientAdapter_RealStreamDisconnect(nStream));
-            anResults.push_back(ClientAdapter_UserLogout(nLogin));
-        }
-        ClientAdapter_Stop();
-        return std::pair(anResults, tFault.Seen());
-    };
-    const auto fnUsed = []
-    {
-        return std::count(std::begin(g_cClient.m_nUserState), std::end(g_cClient.m_nUserState), 2) +
-               std::count(std::begin(g_cClient.m_nMediaState), std::end(g_cClient.m_nMediaState), 2);
-    };
-    const auto nUsed = fnUsed();
-    fnSession(-1); // what is made once is made
-    const auto [anGood, astrCalls] = fnSession(-1);
-    EXPECT_EQ(std::count(anGood.begin(), anGood.end(), 0), static_cast<std::ptrdiff_t>(3 * nResults));
-    std::size_t nProtocol = 0;
-    int nUnlocked = 0;
-    for (std::size_t i = 0; i < astrCalls.size(); ++i)
-    {
-        SCOPED_TRACE(std::to_string(i) + ", " + astrCalls[i]);
-        m_tCapture.Text();
-        const auto anResults = fnSession(static_cast<int>(i)).first;
-        const std::string strText = m_tCapture.Text();
-        EXPECT_EQ(fnUsed(), nUsed);
-        std::vector<std::size_t> anWrong;
-        for (std::size_t n = 0; n < anResults.size(); ++n)
-        {
-            if (anResults[n] != 0)
-            {
-                anWrong.push_back(n);
-            }
-        }
-        if (astrCalls[i] == "dlopen")
-        {
-            EXPECT_NE(strText.find(ErrorLine("Module", "Open", 60, ENOMEM)), std::string::npos);
-            EXPECT_FALSE(anWrong.empty());
-            for (const std::size_t n : anWrong)
-            {
-                EXPECT_EQ(n / nResults, nProtocol) << "another protocol";
-            }
-            ++nProtocol;
-        }
-        else if (!anWrong.empty())
-        {
-            // A record of events can't be looked at without its lock: not subscribed, then no event; else no event.
-            EXPECT_EQ(astrCalls[i], "pthread_mutex_lock");
-            ++nUnlocked;
-            const std::size_t nSubscription = anWrong[0] / nResults * nResults + 2;
-            EXPECT_TRUE(anWrong == (std::vector{nSubscription, nSubscription + 1}) ||
-                        anWrong == std::vector{nSubscription + 1});
-            EXPECT_EQ(anResults[anWrong[0]], anWrong[0] == nSubscription ? 3 : 1);
-            EXPECT_NE(strText.find(anWrong[0] % nResults == 2
-                                       ? Line("ClientAdapter", "ClientAdapter_SubscribeEvent", 295)
-                                       : Line("ClientAdapter", "SetUserEventCB", 3556)),
-                      std::string::npos);
-        }
+        const CInterposed tFault(szCall, EBUSY);
+        const int nResult = pfnEvent(nullptr, 1, 2, 3, 4, static_cast<unsigned long>(m_nLogin));
+        const int nRefused = pfnEvent(nullptr, 1, 2, 3, 4, 999) + pfnEvent(nullptr, 1, 2, 3, 4, 1000);
+        EXPECT_TRUE(nResult == 0 && nRefused == 2);
+        EXPECT_EQ(std::exchange(g_nHeard, 0), nHeard);
     }
-    EXPECT_EQ(nProtocol, 3U);
-    EXPECT_EQ(nUnlocked, 2 * 3) << "a subscription and an event of each protocol";
-    CJournal::Instance().Observe(nullptr);
-    std::fprintf(stderr, "tried: %zu system calls of a session failed, each in turn\n", astrCalls.size());
+    const CInterposed tFault("pthread_mutex_lock", EAGAIN);
+    EXPECT_EQ(ClientAdapter_SubscribeEvent(m_nLogin, 1, fnOnEvent, 0), 3);
 }
 
 TEST_F(Platform, CreatedTwice)
@@ -356,21 +168,19 @@ TEST_F(Platform, CreatedTwice)
     }
     EXPECT_EQ(tSignal.create(), 0);
     EXPECT_EQ(tSignal.wait(0), 9) << "created anew, it isn't signalled";
-    {
-        const CInterposed tFault("pthread_mutex_init", EAGAIN);
-        EXPECT_EQ(tMutex.create(), 1);
-        EXPECT_EQ(tSignal.create(), 1);
-    }
-    EXPECT_EQ(tMutex.lock(), 1);
-    EXPECT_EQ(tSignal.signal(), 1);
 }
 
 // --- locks and signals -----------------------------------------------------------------------------------------------
 
-TEST_F(Mutex, IsRecursive)
+TEST_F(Platform, MutexIsRecursive)
 {
     CCreated<CMutex> tMutex;
-    const auto Elsewhere = [&] { return OnAnotherThread([&] { return tMutex.trylock() == 0 ? tMutex.unlock() : 9; }); };
+    const auto fnTry = [&]
+    {
+        const int nResult = tMutex.trylock();
+        return nResult == 0 ? tMutex.unlock() : nResult;
+    };
+    const auto Elsewhere = [&] { return OnAnotherThread(fnTry); };
     EXPECT_EQ(tMutex.lock() + tMutex.lock() + tMutex.trylock(), 0);
     for (int i = 0; i < 3; ++i)
     {
@@ -380,13 +190,13 @@ TEST_F(Mutex, IsRecursive)
     EXPECT_EQ(Elsewhere(), 0);
     EXPECT_EQ(m_tCapture.Text(), "");
     EXPECT_EQ(tMutex.unlock(), 1);
-    EXPECT_EQ(m_tCapture.Text(), ErrorLine("Mutex", "unlock", 201, EPERM));
+    EXPECT_EQ(m_tCapture.Text(), ErrorLine("Mutex unlock 201", EPERM));
     CMutex tAssigned;
     EXPECT_EQ(&(tAssigned = tMutex), &tAssigned);
     EXPECT_EQ(tAssigned.lock(), 1) << "assignment changes nothing";
 }
 
-TEST_F(Guard, UnlocksWhatItLocked)
+TEST_F(Platform, GuardUnlocksWhatItLocked)
 {
     CCreated<CMutex> tMutex;
     const auto IsFree = [&] { return OnAnotherThread([&] { return tMutex.trylock() == 0 && tMutex.unlock() == 0; }); };
@@ -419,19 +229,16 @@ TEST_F(Guard, UnlocksWhatItLocked)
     EXPECT_EQ(m_tCapture.Text(), Line("Mutex", "lock", 158) + Line("Mutex", "unlock", 196));
 }
 
-TEST_F(Signal, ReleasesOneWaitEach)
+TEST_F(Platform, SignalReleasesOneWaitEach)
 {
     CCreated<CSignal> tSignal;
     EXPECT_EQ(tSignal.wait(0), 9);
     EXPECT_EQ(tSignal.signal() + tSignal.signal(), 0);
     EXPECT_EQ(tSignal.wait(10), 0);
-    const auto tBefore = std::chrono::steady_clock::now();
-    EXPECT_EQ(tSignal.wait(10), 9) << "signals don't add up";
-    EXPECT_GE(std::chrono::steady_clock::now() - tBefore, 9ms);
-    for (const unsigned long dwTimeout : {CSignal::Infinite, 60'000UL})
+    EXPECT_EQ(tSignal.wait(0), 9) << "signals don't add up";
+    for (const unsigned long dwTimeout : {CSignal::Infinite, 600'000UL}) // whether or not the waiter waits already
     {
         auto tWaiter = std::async(std::launch::async, [&] { return tSignal.wait(dwTimeout); });
-        EXPECT_EQ(tWaiter.wait_for(20ms), std::future_status::timeout);
         EXPECT_EQ(tSignal.signal(), 0);
         EXPECT_EQ(tWaiter.get(), 0);
     }
@@ -440,34 +247,29 @@ TEST_F(Signal, ReleasesOneWaitEach)
     CSignal tCopy(tSignal);
     EXPECT_EQ(tCopy.create(), 0);
     EXPECT_EQ(tCopy.wait(0), 9);
-    EXPECT_EQ(&(tCopy = tSignal), &tCopy);
-    EXPECT_EQ(tCopy.wait(0), 9);
+    EXPECT_EQ((tCopy = tSignal).wait(0), 9);
     tCopy.destroy();
 }
 
-TEST_F(Signal, Deadline)
+TEST_F(Platform, SignalDeadline)
 {
     CCreated<CSignal> tSignal;
-    struct tagRow
+    const auto Check = [&](timeval tNow, unsigned long dwMilliseconds, timespec tDeadline)
     {
-        timeval tNow;
-        unsigned long dwMilliseconds;
-        timespec tDeadline;
+        CInterposed tClock(tNow);
+        EXPECT_EQ(tSignal.wait(dwMilliseconds), 9);
+        EXPECT_EQ(tClock.tDeadline.tv_sec, tDeadline.tv_sec);
+        EXPECT_EQ(tClock.tDeadline.tv_nsec, tDeadline.tv_nsec);
     };
-    for (tagRow const& tRow :
-         {tagRow{{100, 999'999}, 999, {101, 998'999'000}}, tagRow{{100, 0}, 0, {100, 0}},
-          tagRow{{100, 500'000}, 1500, {102, 0}}, tagRow{{7, 1}, 4294967294, {4294974, 294'001'000}}})
-    {
-        CInterposed tClock(tRow.tNow);
-        EXPECT_EQ(tSignal.wait(tRow.dwMilliseconds), 9);
-        EXPECT_EQ(tClock.tDeadline.tv_sec, tRow.tDeadline.tv_sec);
-        EXPECT_EQ(tClock.tDeadline.tv_nsec, tRow.tDeadline.tv_nsec);
-    }
+    Check({100, 999'999}, 999, {101, 998'999'000});
+    Check({100, 0}, 0, {100, 0});
+    Check({100, 500'000}, 1500, {102, 0});
+    Check({7, 1}, 4294967294, {4294974, 294'001'000});
 }
 
 // --- files -----------------------------------------------------------------------------------------------------------
 
-TEST_F(File, WritesAndReads)
+TEST_F(Platform, FileWritesAndReads)
 {
     const CTemporaryPath tPath("file");
     CFile tFile;
@@ -489,7 +291,7 @@ TEST_F(File, WritesAndReads)
     EXPECT_EQ(m_tCapture.Text(), "");
 }
 
-TEST_F(File, CopiesNameOneStream)
+TEST_F(Platform, FileCopiesNameOneStream)
 {
     const CTemporaryPath tPath("file");
     CFile tFile;
@@ -500,51 +302,39 @@ TEST_F(File, CopiesNameOneStream)
     EXPECT_EQ(tAssigned.write("x", 1, 1), 1) << "assignment changes nothing";
     EXPECT_EQ(m_tCapture.Text(), Line("File", "write", 68));
     EXPECT_EQ(tCopy.write("ab", 1, 2), 2);
-    EXPECT_EQ(tFile.destroy(), 0);
-    // The next file may get the closed stream's address: the copy must not know it.
-    CFile tNext;
-    ASSERT_EQ(tNext.create(tPath.Path(), "r"), 0);
+    ASSERT_EQ(tFile.create(tPath.Path(), "r"), 0) << "another stream, the copy keeps the first";
     EXPECT_EQ(tCopy.destroy(), 0);
-    EXPECT_EQ(tCopy.eof(), 0);
-    EXPECT_EQ(m_tCapture.Text(), Line("File", "eof", 79));
     std::array<char, 4> achText{};
-    EXPECT_EQ(tNext.read(achText.data(), 1, 4), 2);
+    EXPECT_EQ(tFile.read(achText.data(), 1, 4), 2);
     EXPECT_STREQ(achText.data(), "ab");
-    CFile tOlder(tNext);
-    ASSERT_EQ(tNext.create(tPath.Path(), "r"), 0) << "another stream, the copy keeps the first";
-    EXPECT_EQ(tNext.destroy(), 0);
-    EXPECT_EQ(tOlder.seek(0, SEEK_SET), 0);
-    EXPECT_EQ(tOlder.destroy(), 0);
+    EXPECT_EQ(tFile.destroy(), 0);
 }
 
-TEST_F(File, WithoutAFile)
+TEST_F(Platform, FileThatIsNotOpen)
 {
     CFile tFile;
     char chByte = 'x';
-    EXPECT_EQ(tFile.read(&chByte, 1, 1), 1);
-    EXPECT_EQ(tFile.write(&chByte, 1, 1), 1);
-    EXPECT_EQ(tFile.eof(), 0);
-    errno = 0;
+    EXPECT_EQ(tFile.read(&chByte, 1, 1) + tFile.write(&chByte, 1, 1), 2);
+    EXPECT_EQ(tFile.eof() + tFile.destroy(), 0);
+    EXPECT_EQ(m_tCapture.Text(), Line("File", "read", 57) + Line("File", "write", 68) + Line("File", "eof", 79));
     EXPECT_EQ(tFile.seek(0, SEEK_SET), -1);
-    EXPECT_EQ(errno, EBADF);
-    errno = 0;
+    EXPECT_EQ(std::exchange(errno, 0), EBADF);
     EXPECT_EQ(tFile.flush(), EOF);
     EXPECT_EQ(errno, EBADF);
-    EXPECT_EQ(tFile.destroy(), 0);
-    EXPECT_EQ(chByte, 'x');
-    EXPECT_EQ(m_tCapture.Text(), Line("File", "read", 57) + Line("File", "write", 68) + Line("File", "eof", 79));
-
-    EXPECT_EQ(tFile.create(nullptr, "r"), 1);
-    EXPECT_EQ(tFile.create("/nowhere/nothing", "r"), 1);
-    EXPECT_EQ(tFile.create("/dev/null", nullptr), 1);
-    EXPECT_EQ(tFile.create("/dev/null", "?"), 1);
-    EXPECT_EQ(m_tCapture.Text(), Line("File", "create", 29) + ErrorLine("File", "create", 35, ENOENT) +
-                                     ErrorLine("File", "create", 35, EINVAL) + ErrorLine("File", "create", 35, EINVAL));
+    EXPECT_EQ(tFile.create("/dev/full", "w") + tFile.flush(), 0);
+    EXPECT_EQ(tFile.write("x", 1, 1), 1);
+    EXPECT_EQ(tFile.flush(), EOF);
+    EXPECT_EQ(std::exchange(errno, 0) + tFile.destroy(), ENOSPC);
+    EXPECT_EQ(tFile.create(nullptr, "r") + tFile.create("/nowhere/nothing", "r") + tFile.create("/dev/null", nullptr) +
+                  tFile.create("/dev/null", "?"),
+              4);
+    EXPECT_EQ(m_tCapture.Text(), Line("File", "create", 29) + ErrorLine("File create 35", ENOENT) +
+                                     ErrorLine("File create 35", EINVAL) + ErrorLine("File create 35", EINVAL));
 }
 
 // --- system utilities ------------------------------------------------------------------------------------------------
 
-TEST_F(Utility, Files)
+TEST_F(Platform, UtilityFiles)
 {
     const CTemporaryPath tPath("file");
     const CTemporaryPath tLink("link");
@@ -562,11 +352,11 @@ TEST_F(Utility, Files)
     EXPECT_EQ(CUtility::GetFileSize(nullptr, ullSize), 1);
     EXPECT_EQ(CUtility::GetFileSize(tLink.Path(), ullSize), 1);
     EXPECT_EQ(ullSize, 77U);
-    EXPECT_EQ(m_tCapture.Text(), ErrorLine("Utility", "RemoveFile", 98, ENOENT) + Line("Utility", "GetFileSize", 108) +
-                                     ErrorLine("Utility", "GetFileSize_Linux", 126, ENOENT));
+    EXPECT_EQ(m_tCapture.Text(), ErrorLine("Utility RemoveFile 98", ENOENT) + Line("Utility", "GetFileSize", 108) +
+                                     ErrorLine("Utility GetFileSize_Linux 126", ENOENT));
 }
 
-TEST_F(Utility, CalendarTime)
+TEST_F(Platform, UtilityCalendarTime)
 {
     const auto TimeAt = [](timeval tNow)
     {
@@ -590,54 +380,42 @@ TEST_F(Utility, CalendarTime)
     }
 }
 
-TEST_F(Utility, Ticks)
+TEST_F(Platform, UtilityTicks)
 {
     CUtility tUtility;
-    struct tagRow
+    const auto Check = [&](timeval tNow, std::uint32_t dwTick, std::uint32_t dwElapsed)
     {
-        timeval tNow;
-        std::uint32_t dwTick;
-        std::uint32_t dwElapsed;
+        const CInterposed tClock(tNow);
+        EXPECT_EQ(CUtility::GetTickCount(), dwTick);
+        EXPECT_EQ(tUtility.GetTickExpend(), dwElapsed);
     };
-    for (tagRow const& tRow :
-         {tagRow{{4'294'966, 999'999}, 4'294'966'999, 0}, tagRow{{4'294'967, 300'000}, 4, 301},
-          tagRow{{4'294'968, 301'999}, 1005, 1001}, tagRow{{1'704'067'205, 0}, 3'260'155'784, 3'260'154'779}})
+    Check({4'294'966, 999'999}, 4'294'966'999, 0);
+    Check({4'294'967, 300'000}, 4, 301);
+    Check({1'704'067'205, 0}, 3'260'155'784, 3'260'155'780);
+}
+
+TEST_F(Platform, UtilityTheRest)
+{
     {
-        const CInterposed tClock(tRow.tNow);
-        EXPECT_EQ(CUtility::GetTickCount(), tRow.dwTick);
-        EXPECT_EQ(tUtility.GetTickExpend(), tRow.dwElapsed);
+        CInterposed tClock(timeval{});
+        EXPECT_EQ(CUtility::Sleep(1500), 0) << "also when a signal ends it";
+        EXPECT_EQ(tClock.tSlept.tv_sec * 1'000'000 + tClock.tSlept.tv_usec, 1'500'000);
     }
-}
-
-TEST_F(Utility, Sleep)
-{
-    CInterposed tClock(timeval{});
-    EXPECT_EQ(CUtility::Sleep(1500), 0) << "also when a signal ends it";
-    EXPECT_EQ(tClock.tSlept.tv_sec, 1);
-    EXPECT_EQ(tClock.tSlept.tv_usec, 500'000);
-}
-
-TEST_F(Utility, TheRest)
-{
     errno = 42;
     EXPECT_EQ(CUtility::GetSystemError(), 42);
     EXPECT_EQ(CUtility::GetCurrentProcessID(), getpid());
     EXPECT_EQ(OnAnotherThread(&CUtility::GetCurrentThreadID), getpid());
 
-    char szText[] = "text";
     unsigned long dwLength = 7;
     unsigned long long ullSize = 7;
     tagAbsoluteTime tTime{7, 7, 7, 7, 7, 7, 7, 7};
-    EXPECT_EQ(CUtility::GetHttpContent("http://127.0.0.1/", szText, dwLength), 1);
+    EXPECT_EQ(CUtility::GetHttpContent("http://127.0.0.1/", nullptr, dwLength), 1);
     EXPECT_EQ(CUtility::GetFileSize_Window("/", ullSize) + CUtility::GetSystemError_Windows() +
                   CUtility::GetSystemTime_Windows(tTime) + CUtility::Sleep_Windows(100'000'000) +
-                  CUtility::GetHttpContent_Windows("", szText, dwLength) + CUtility::GetCurrentThreadID_Windows() +
-                  CUtility::GetCurrentProcessID_Windows(),
+                  CUtility::GetHttpContent_Windows("", nullptr, dwLength) + CUtility::GetCurrentThreadID_Windows() +
+                  CUtility::GetCurrentProcessID_Windows() + static_cast<int>(CUtility::GetTickCount_Windows()),
               0);
-    EXPECT_EQ(CUtility::GetTickCount_Windows(), 0U);
-    EXPECT_STREQ(szText, "text");
     EXPECT_TRUE(dwLength == 7 && ullSize == 7 && tTime.wYear == 7);
-    EXPECT_EQ(m_tCapture.Text(), "");
 }
 
 // --- buffers ---------------------------------------------------------------------------------------------------------
@@ -659,42 +437,42 @@ public:
     std::string Bytes() const { return {reinterpret_cast<char const*>(Buffer()), Length()}; }
 };
 
-TEST_F(Buffer, LifeOfAnArray)
+TEST_F(Platform, BufferLifeOfAnArray)
 {
     COwnedBuffer tBuffer;
-    EXPECT_TRUE(tBuffer.BufferNull() && tBuffer.Length() == 0 && tBuffer.Position() == 0);
-    EXPECT_EQ(tBuffer.Create(4), 0);
-    EXPECT_EQ(tBuffer.SetPosition(100), 0);
-    EXPECT_EQ(tBuffer.Position(), 100U);
+    const auto fnIs = [&](unsigned long dwLength, unsigned long dwPosition)
+    { return tBuffer.Length() == dwLength && tBuffer.Position() == dwPosition; };
+    EXPECT_TRUE(tBuffer.BufferNull() && fnIs(0, 0));
+    EXPECT_EQ(tBuffer.Create(4) + tBuffer.SetPosition(100), 0);
+    EXPECT_TRUE(fnIs(4, 100));
     EXPECT_EQ(tBuffer.ResetLength(), 0);
-    EXPECT_EQ(tBuffer.Position(), 0U);
+    EXPECT_TRUE(fnIs(4, 0));
     tBuffer.SetPosition(3);
     EXPECT_EQ(tBuffer.Recreate(8), 0) << "the old array is released: the leak check would tell";
-    EXPECT_TRUE(tBuffer.Length() == 8 && tBuffer.Position() == 0);
+    EXPECT_TRUE(fnIs(8, 0));
     const std::unique_ptr<unsigned char[]> pbyHeld(tBuffer.Buffer());
     EXPECT_EQ(tBuffer.Create(2), 0) << "the old array is not released";
     pbyHeld[7] = 1;
     auto* const pbyGiven = new unsigned char[3]{'a', 'b', 'c'};
     tBuffer.SetPosition(1);
     EXPECT_EQ(tBuffer.Consign(pbyGiven, 3), 0);
-    EXPECT_TRUE(static_cast<unsigned char*>(tBuffer) == pbyGiven && static_cast<unsigned long>(tBuffer) == 3 &&
-                tBuffer.Position() == 0);
+    EXPECT_TRUE(static_cast<unsigned char*>(tBuffer) == pbyGiven && static_cast<unsigned long>(tBuffer) == 3);
     tBuffer[2] = 'C';
-    EXPECT_EQ(tBuffer.Bytes(), "abC");
+    EXPECT_TRUE(tBuffer.Bytes() == "abC" && fnIs(3, 0));
     EXPECT_EQ(tBuffer.Destroy() + tBuffer.Destroy(), 0);
-    EXPECT_TRUE(tBuffer.BufferNull() && tBuffer.Length() == 0);
-    CAdapta_Buffer tAdopted(new unsigned char[2], 2);
+    EXPECT_TRUE(tBuffer.BufferNull() && fnIs(0, 0));
+    const auto pbyAdopted = std::make_unique<unsigned char[]>(2);
+    CAdapta_Buffer tAdopted(pbyAdopted.get(), 2);
     EXPECT_EQ(tAdopted.Length(), 2U);
-    const std::unique_ptr<unsigned char[]> pbyForgotten(tAdopted.Buffer());
     EXPECT_EQ(tAdopted.Initialize(), 0);
     EXPECT_TRUE(tAdopted.BufferNull());
     EXPECT_EQ(m_tCapture.Text(), "");
 }
 
-TEST_F(Buffer, Refuses)
+TEST_F(Platform, BufferRefuses)
 {
     COwnedBuffer tBuffer("abcd");
-    const COwnedBuffer tEmpty;
+    COwnedBuffer tEmpty;
     unsigned char abyBytes[8] = "1234567";
     EXPECT_EQ(tBuffer.CheckValid(tBuffer.Buffer()) + tBuffer.CheckValid(tBuffer.Buffer() + 4), 0);
     EXPECT_EQ(tBuffer.Paste(abyBytes, 4), 0);
@@ -734,10 +512,10 @@ private:
     bool m_bHasArray;
 };
 
-TEST_F(Buffer, Clones)
+TEST_F(Platform, BufferClones)
 {
     const COwnedBuffer tSource("source");
-    const COwnedBuffer tEmpty;
+    COwnedBuffer tEmpty;
     COwnedBuffer tHollow;
     EXPECT_EQ(tHollow.Create(0), 0);
     CForeignBuffer tCantCreate(false, true);
@@ -755,24 +533,21 @@ TEST_F(Buffer, Clones)
     EXPECT_EQ(tTarget.Clone(&tTarget), 1);
     EXPECT_EQ(m_tCapture.Text(), Line("Buffer", "Clone", 137));
     EXPECT_EQ(tTarget.Bytes(), "source");
-    struct tagRow
+    const auto Refused = [&](IBuffer const* pSource, IBuffer* pTarget, int nLine)
     {
-        IBuffer const* pSource;
-        IBuffer* pTarget;
-        int nLine;
+        EXPECT_EQ(tSource.Clone(pSource, pTarget), 1);
+        EXPECT_EQ(m_tCapture.Text(), Line("Buffer", "Clone", nLine));
+        EXPECT_TRUE(!pTarget || nLine == 194 || pTarget->BufferNull()) << "the target has lost its bytes";
     };
-    for (tagRow const& tRow :
-         {tagRow{&tSource, nullptr, 156}, tagRow{&tEmpty, &tTarget, 166}, tagRow{nullptr, &tGood, 166},
-          tagRow{&tHollow, &tGood, 176}, tagRow{&tSource, &tCantCreate, 183}, tagRow{&tSource, &tCantShow, 194}})
-    {
-        EXPECT_EQ(tSource.Clone(tRow.pSource, tRow.pTarget), 1);
-        EXPECT_EQ(m_tCapture.Text(), Line("Buffer", "Clone", tRow.nLine));
-        EXPECT_TRUE(!tRow.pTarget || tRow.nLine == 194 || tRow.pTarget->BufferNull())
-            << "the target has lost its bytes";
-    }
+    Refused(&tSource, nullptr, 156);
+    Refused(&tEmpty, &tTarget, 166);
+    Refused(nullptr, &tGood, 166);
+    Refused(&tHollow, &tGood, 176);
+    Refused(&tSource, &tCantCreate, 183);
+    Refused(&tSource, &tCantShow, 194);
 }
 
-TEST_F(Buffer, CopiesAndCompares)
+TEST_F(Platform, BufferCopiesAndCompares)
 {
     COwnedBuffer tFirst("bytes");
     tFirst.SetPosition(4);
@@ -788,7 +563,7 @@ TEST_F(Buffer, CopiesAndCompares)
     EXPECT_EQ(&(tFirst = tSame), &tFirst);
     EXPECT_EQ(m_tCapture.Text(), Line("Buffer", "operator=", 42));
     EXPECT_TRUE(tFirst.Bytes() == "bytes" && tFirst.Position() == 4);
-    const COwnedBuffer tEmpty;
+    COwnedBuffer tEmpty;
     EXPECT_FALSE(tEmpty == tFirst);
     EXPECT_FALSE(tFirst == tEmpty);
     EXPECT_EQ(m_tCapture.Text(), Line("Buffer", "Compare", 430) + Line("Buffer", "Compare", 430));

@@ -1,0 +1,144 @@
+/* Fills a decoder wall: splits its first screen into four windows, binds two of them, lets a third show a tour of
+   cameras, lays a window over the whole screen and back, and takes a picture of the wall.
+
+     wall PROTOCOL ADDRESS [USER]
+
+   The sources are channels of the device itself. Leaves wall.png in the present folder. */
+
+#include "Tour.h"
+
+static const unsigned long g_dwScreen = 0;
+
+static int ShowLayout(int nLogin)
+{
+    tagDecoderWindow atWindows[64];
+    tagDecoderDeviceConfig tWall = {
+        .dwSize = sizeof tWall, .dwEntrySize = sizeof atWindows[0], .dwCapacity = 64, .ptEntries = atWindows};
+    if (!Worked(ClientAdapter_DecoderGetConfig(nLogin, &tWall), "reading the wall"))
+    {
+        return 0;
+    }
+    printf("The wall has %" PRIu32 " x %" PRIu32 " screens and %" PRIu32 " windows.\n", tWall.dwColumns, tWall.dwRows,
+           tWall.dwCount);
+    for (uint32_t i = 0; i < tWall.dwCount && i < tWall.dwCapacity; ++i)
+    {
+        printf("  window %" PRIu32 ": %.1f %% wide and %.1f %% high\n", atWindows[i].dwChannel,
+               atWindows[i].dwWidth / 100.0, atWindows[i].dwHeight / 100.0);
+    }
+    return Expect(tWall.dwCount >= 4, "the screen was split into four");
+}
+
+/* What the window shows from now on, also after a restart of the decoder. */
+static int Bind(int nLogin, unsigned long dwWindow, uint32_t dwChannel, char const* szName)
+{
+    tagDecoderChannelConfig tWindow = {.dwSize = sizeof tWindow,
+                                       .dwFit = eFitWhole,
+                                       .bShowName = 1,
+                                       .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = dwChannel}};
+    snprintf(tWindow.szName, sizeof tWindow.szName, "%s", szName);
+    return Worked(ClientAdapter_DecoderSetChannelConfig(nLogin, dwWindow, &tWindow), "binding a window");
+}
+
+/* Each of the channels for two seconds, for ever. Other sources would be addresses:
+   {.dwKind = eDecoderSourceAddress, .szAddress = "rtsp://192.0.2.10/live", .szUserName = "viewer"}. */
+static int Loop(int nLogin, unsigned long dwWindow)
+{
+    tagDecoderLoopEntry atTour[] = {
+        {.dwDwellSeconds = 2, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = 0}},
+        {.dwDwellSeconds = 2, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = 1}},
+        {.dwDwellSeconds = 2, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = 2}},
+    };
+    tagDecoderChannelLoopConfig tLoop = {
+        .dwSize = sizeof tLoop, .dwEntrySize = sizeof atTour[0], .dwCount = 3, .ptEntries = atTour};
+    return Worked(ClientAdapter_DecoderSetChannelLoopConfig(nLogin, dwWindow, &tLoop), "writing the tour") &&
+           Worked(ClientAdapter_DecoderChannelSetLoopEnable(nLogin, dwWindow, eDecoderLoopOn), "starting the tour");
+}
+
+/* One camera for five seconds, in place of whatever the window shows; then that comes back by itself. */
+static int ShowForNow(int nLogin, unsigned long dwWindow, uint32_t dwChannel)
+{
+    tagDecoderDynamicInformation tNow = {
+        .dwSize = sizeof tNow, .dwSeconds = 5, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = dwChannel}};
+    return Worked(ClientAdapter_DecoderDynamicConnect(nLogin, dwWindow, &tNow), "showing a camera for now");
+}
+
+static int Enlarge(int nLogin, unsigned long dwWindow)
+{
+    tagDecoderDisplayStatus tDisplay = {.dwSize = sizeof tDisplay, .dwAction = eDisplayFillScreen};
+    if (!Worked(ClientAdapter_DecoderChannelDisplayControl(nLogin, dwWindow, &tDisplay), "enlarging a window"))
+    {
+        return 0;
+    }
+    tDisplay.dwAction = eDisplayRestore;
+    return Worked(ClientAdapter_DecoderChannelDisplayControl(nLogin, dwWindow, &tDisplay), "restoring it");
+}
+
+static int SetScreen(int nLogin)
+{
+    tagDecoderDisplayConfig tScreen = {.dwSize = sizeof tScreen};
+    if (!Worked(ClientAdapter_DecoderGetDisplayConfig(nLogin, g_dwScreen, &tScreen), "reading the screen"))
+    {
+        return 0;
+    }
+    tScreen.bShowClock = 1;
+    tScreen.dwBackground = 0x202040;
+    return Worked(ClientAdapter_DecoderSetDisplayConfig(nLogin, g_dwScreen, &tScreen), "changing the screen");
+}
+
+/* How many windows show a live stream; what each of them does is printed if bPrint. -1: nobody could tell. */
+static int CountShowing(int nLogin, int bPrint)
+{
+    tagDecoderWindowStatus atWindows[64];
+    tagDecoderChannelStatus tStatus = {
+        .dwSize = sizeof tStatus, .dwEntrySize = sizeof atWindows[0], .dwCapacity = 64, .ptEntries = atWindows};
+    int nShowing = 0;
+    if (!Worked(ClientAdapter_DecoderChannelGetStatus(nLogin, &tStatus), "reading the windows' states"))
+    {
+        return -1;
+    }
+    for (uint32_t i = 0; i < tStatus.dwCount && i < tStatus.dwCapacity; ++i)
+    {
+        nShowing += atWindows[i].dwState == eWindowShowing;
+        if (bPrint && atWindows[i].dwState == eWindowShowing)
+        {
+            printf("  window %" PRIu32 " shows channel %" PRIu32 ": %" PRIu32 "x%" PRIu32 "\n", atWindows[i].dwChannel,
+                   atWindows[i].dwSourceChannel, atWindows[i].dwWidth, atWindows[i].dwHeight);
+        }
+    }
+    return nShowing;
+}
+
+static int AwaitShowing(int nLogin, int nWindows)
+{
+    int nShowing = 0;
+    for (int i = 0; i < 100 && nShowing >= 0 && nShowing < nWindows; ++i)
+    {
+        Sleep(100);
+        nShowing = CountShowing(nLogin, 0);
+    }
+    return Expect(CountShowing(nLogin, 1) >= nWindows, "all four windows show a picture");
+}
+
+static int TakePicture(int nLogin)
+{
+    tagImageFileInfo tPicture = {.dwSize = sizeof tPicture, .szPath = "wall.png"};
+    if (!Worked(ClientAdapter_ImageCapture(nLogin, eCaptureWall, eImagePng, &tPicture), "taking a picture"))
+    {
+        return 0;
+    }
+    printf("wall.png: %" PRIu32 "x%" PRIu32 " pixels.\n", tPicture.dwWidth, tPicture.dwHeight);
+    return 1;
+}
+
+int main(int nArguments, char** aszArguments)
+{
+    const int nLogin = BeginTour(nArguments, aszArguments);
+    const unsigned long dwFirst = g_dwScreen * eWindowsOfScreen; /* the first window of our screen */
+    return EndTour(
+        nLogin,
+        nLogin != -1 && Worked(ClientAdapter_SetScreenSplitMode(nLogin, g_dwScreen, eSplit4, NULL), "splitting") &&
+            ShowLayout(nLogin) && Bind(nLogin, dwFirst, 0, "Gate") && Bind(nLogin, dwFirst + 1, 1, "Door") &&
+            Loop(nLogin, dwFirst + 2) && ShowForNow(nLogin, dwFirst + 3, 2) && SetScreen(nLogin) &&
+            Enlarge(nLogin, dwFirst) && AwaitShowing(nLogin, 4) && TakePicture(nLogin) &&
+            Worked(ClientAdapter_DecoderChannelSetLoopEnable(nLogin, dwFirst + 2, eDecoderLoopOff), "ending the tour"));
+}
