@@ -241,7 +241,7 @@ protected:
     }
     /// The device misbehaves.
     int Fault(eFaultKind eKind, uint32_t dwChannel = 0, uint32_t dwMilliseconds = 0, uint32_t dwCount = 0,
-              uint32_t dwValue = 0)
+              uint32_t dwValue = 0, int64_t llOffsetUs = 0)
     {
         auto tFault = Sized<tagDeviceFault>();
         tFault.dwFault = static_cast<uint32_t>(eKind);
@@ -249,6 +249,7 @@ protected:
         tFault.dwMilliseconds = dwMilliseconds;
         tFault.dwCount = dwCount;
         tFault.dwValue = dwValue;
+        tFault.llOffsetUs = llOffsetUs;
         m_strAddress.copy(tFault.szAddress, sizeof tFault.szAddress);
         return API(RTSPSetIsProductTest)(eMiscFault, &tFault, sizeof tFault, GetParam());
     }

@@ -156,6 +156,13 @@ TEST_P(CDeviceTest, Control)
     WORKS(DeviceControl, m_nLogin, eDeviceClearLog);
     EXPECT_LT(fnLog().size(), nEntries);
     WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(tEvents));
+    // A clock that jumps, and one that runs twice as fast as it should.
+    const auto fnAhead = [&] { return Read<tagConfigClock>(eConfigClock).llTimeUs / g_llSecond - time(nullptr); };
+    EXPECT_EQ(Fault(eFaultClockJump, 0, 0, 0, 0, 3600 * g_llSecond), 0);
+    tEvents.Await(Is(eEventClockChanged, 3600000, 0));
+    EXPECT_GE(fnAhead(), 3590);
+    EXPECT_EQ(Fault(eFaultClockDrift, 0, 0, 0, 1000000), 0);
+    EXPECT_TRUE(Comes([&] { return fnAhead() >= 3602; }));
     WORKS(DeviceControl, m_nLogin, eDeviceRestart);
     tEvents.Await(Is(eEventDeviceRestarted, eRestartAsked, 0));
     ANSWERS(eResultBadArgument, DeviceControl, m_nLogin, static_cast<eRemoteDeviceControl>(99));

@@ -68,7 +68,7 @@ TEST_P(CDeviceTest, Snapshots)
 TEST_P(CDeviceTest, Recording)
 {
     Events tEvents;
-    WORKS(SubscribeEvent, m_nLogin, TESSARO_EVENT(eEventRecording), OnEvent, User(tEvents));
+    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(tEvents));
     WORKS(RecordControl, m_nLogin, 1, 1);
     tEvents.Await(Is(eEventRecording, 1, eHistoryManual));
     auto tFactor = Sized<tagHistoryStreamQueryFactor>();
@@ -88,7 +88,11 @@ TEST_P(CDeviceTest, Recording)
     WORKS(FileLock, m_nLogin, strFile.data(), eFileUnlock);
     EXPECT_EQ(Recordings(tFactor).size(), 0);
     ANSWERS(eResultNotFound, FileLock, m_nLogin, std::string("no file").data(), eFileLock);
+    EXPECT_EQ(Fault(eFaultDiskError, 1), 0);
+    tEvents.Await(Is(eEventDiskError, 1, 1));
+    EXPECT_EQ(Read<tagConfigStorage>(eConfigStorage).atDisks[1].dwState, eDiskFaulty);
     EXPECT_EQ(Fault(eFaultDiskFull, TESSARO_ALL), 0);
+    tEvents.Await(Is(eEventDiskFull, 0, 1));
     ANSWERS(eResultDeviceFull, RecordControl, m_nLogin, 1, 1);
 }
 
