@@ -8,7 +8,9 @@
 #include <condition_variable>
 #include <cstring>
 #include <deque>
+#include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -51,7 +53,7 @@ public:
             {
                 T tFirst = std::move(m_atCame.front());
                 m_atCame.pop_front();
-                if (fnWanted(tFirst))
+                if (std::invoke(fnWanted, tFirst))
                 {
                     return tFirst;
                 }
@@ -151,6 +153,33 @@ inline tagBuffer Buffer(std::string& strBytes)
     return {reinterpret_cast<unsigned char*>(strBytes.data()), static_cast<uint32_t>(strBytes.size())};
 }
 
+inline constexpr int64_t g_llSecond = 1000000;
+
+/// Whether fnHolds does, in the end.
+template <class Holds>
+bool Comes(Holds fnHolds)
+{
+    for (const auto tUntil = std::chrono::steady_clock::now() + g_tPatience; !fnHolds();)
+    {
+        if (std::chrono::steady_clock::now() > tUntil)
+        {
+            return false;
+        }
+        std::this_thread::sleep_for(5ms);
+    }
+    return true;
+}
+/// Wanted events.
+inline auto Is(eDeviceEvent eEvent, unsigned long dwWhere, unsigned long dwState)
+{
+    return [=](tagEvent const& t)
+    { return t.dwEvent == static_cast<unsigned long>(eEvent) && t.dwWhere == dwWhere && t.dwState == dwState; };
+}
+inline auto Is(eDeviceEvent eEvent)
+{
+    return [=](tagEvent const& t) { return t.dwEvent == static_cast<unsigned long>(eEvent); };
+}
+
 /// A record that says how long it is.
 template <class Record>
 Record Sized()
@@ -212,7 +241,7 @@ protected:
     }
     /// The device misbehaves.
     int Fault(eFaultKind eKind, uint32_t dwChannel = 0, uint32_t dwMilliseconds = 0, uint32_t dwCount = 0,
-              uint32_t dwValue = 0)
+              uint32_t dwValue = 0, int64_t llOffsetUs = 0)
     {
         auto tFault = Sized<tagDeviceFault>();
         tFault.dwFault = static_cast<uint32_t>(eKind);
@@ -220,6 +249,7 @@ protected:
         tFault.dwMilliseconds = dwMilliseconds;
         tFault.dwCount = dwCount;
         tFault.dwValue = dwValue;
+        tFault.llOffsetUs = llOffsetUs;
         m_strAddress.copy(tFault.szAddress, sizeof tFault.szAddress);
         return API(RTSPSetIsProductTest)(eMiscFault, &tFault, sizeof tFault, GetParam());
     }
