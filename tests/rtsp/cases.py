@@ -278,6 +278,7 @@ case("sequence numbers that jump", "live", script=[one for n in range(20) for on
 # --- markers ---
 case("no markers", "live lost=0 steps=40000 frames=KPPPKPPPKPPP", script=[sets(marker="none"), *"K.P.P.P.K.P.P.P.K.P.P.P.", sets(marker="last")])
 case("no markers, in pieces", "live lost=0 frames=KKKKKK", script=[sets(marker="none"), *"K.<==>.<>.<=>.K.K."])
+case("markers at each slice", "live lost=0 frames=KKKKKK steps=40000", script=[sets(marker="each"), *"K.[].[].[].[].", sets(marker="last")])
 case("markers at each packet", "live lost=0 frames=KKKKKKK", script=[sets(marker="each"), *"K.<==>.<==>.<==>.K.<==>.K."])
 
 # --- time ---
@@ -304,7 +305,7 @@ case("a clock that is set by sixty years", f"live lost=0 hears={JUMP} jump=20000
 case("good-bye", "lost 0", script="KKB")
 case("good-bye of another", "live", script=["K", interleaved(1, rtcp(201, b"\0\0\0\1") + rtcp(203, b"\0\0\0\1", 1, 0x81)), "K"])
 case("good-bye over UDP", "lost 0 transport=1", script="KKB")
-case("other tracks after a reconnect", "lost 0 sessions=1", tracks="va", script="KAPAPA", then="close",
+case("other tracks after a reconnect", "lost 0 sessions=1", tracks="va", script="KAPPPPA", then="close",
      **{"then-tracks": "av", "then-script": "KAPAPA"})
 case("refuses to pause", "live pause", at="PAUSE", find="200 OK", put="501 Not Implemented")
 case("pauses", "live pause")

@@ -63,6 +63,12 @@ class Rtp:
         self.stamp += self.step * ends
         return packet
 
+    def slice(self, begins):
+        """One of the two of a key frame."""
+        packet = self.packet(b"\x65" + (SLICE if begins else b"\x42\x10" + SLICE), not begins)
+        self.stamp += self.step * (not begins)
+        return packet
+
     def report(self, clock=None, stamp=None):
         clock = self.clock + (self.stamp - 1000) / (90000 if self.kind == "v" else 8000) if clock is None else clock
         ntp = int((clock + 2208988800) * 2**32) & (2**64 - 1)
@@ -302,8 +308,8 @@ class Session(asyncio.Protocol):
 
     async def perform(self, script):
         """Bytes go out as they are, numbers are seconds to wait, functions make a packet or change the track, tuples are
-        clock and stamp of a report. In letters: K P frames, < = > the pieces of one, A audio, - a packet that goes
-        missing, R S reports of video and audio, B good-bye, . 40 ms, 2 the last packet again, ( ) hold back what is
+        clock and stamp of a report. In letters: K P frames, < = > the pieces of one, [ ] its slices, A audio, - a packet
+        that goes missing, R S reports of video and audio, B good-bye, . 40 ms, 2 the last packet again, ( ) hold back what is
         between, ! send it."""
         held, holding, last = [], False, b""
         for step in script:
@@ -326,7 +332,7 @@ class Session(asyncio.Protocol):
                 self.packet(rtp, rtp.report() + report, 1)
             else:
                 last = (step(rtp) if callable(step) else last if step == "2" else rtp.frame(step == "K") if step in "KPA"
-                        else rtp.piece(step == "<", step == ">"))
+                        else rtp.slice(step == "[") if step in "[]" else rtp.piece(step == "<", step == ">"))
                 if holding:
                     held.append(last)
                 elif last:
