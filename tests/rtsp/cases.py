@@ -313,6 +313,12 @@ case("closes when asked to pause", "live pause", at="PAUSE", put="", then="close
 case("lives shortly", "lost pauses=1000,2000,4000 sessions=3", script=["K", 0.3], then="reset")
 case("lives long", "lost pauses=1000,1000 sessions=2", script=["K", *["K", 1.0] * 11], then="reset")
 
+# A gap before the third frame, and the recording's end with the last.
+RECORDING = len(CASES)
+case("a recording", "lost 0", script=[
+    lambda rtp, n=n: rtp.recorded(1709208000 + n, {2: 0x20, 4: 0x10}.get(n, 0), n == 0) for n in range(5)])
+case("a loudspeaker", tracks="vb")
+
 # --- transports ---
 case("automatic", "live transport=3 frames=KPPPP never=8", script="KPPPP")
 case("automatic where UDP brings nothing", f"live transport=3 hears={TRANSPORT}", **{"no-udp": "nothing"})

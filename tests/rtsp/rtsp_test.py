@@ -16,7 +16,7 @@ import tempfile
 import time
 import unittest
 
-from cases import CASES
+from cases import CASES, RECORDING
 from server import Server
 
 CLIPS = os.environ["CLIPS"]
@@ -39,7 +39,7 @@ class Stream:
     def __init__(self, probe, number, name):
         self.probe, self.number, self.name, self.faults = probe, number, name, []
         self.frames, self.events, self.late, self.last, self.broken = [], [], [], {}, False
-        self.opened = self.did = self.info = None
+        self.opened, self.did, self.info = (0, 0), (), None
         self.closed = (None, 0)
 
     def take(self, kind, words):
@@ -143,11 +143,15 @@ class Probe:
     def tell(self, *words):
         self.process.stdin.write(("\t".join(map(str, words)) + "\n").encode("latin-1"))
 
+    def add(self, name):
+        number = len(self.streams) + 1
+        self.streams[str(number)] = Stream(self, number, name)
+        return self.streams[str(number)]
+
     def open(self, url, user="", password="", transport=TCP, certificate=0, action="", file="", only=0, door="plugin",
              frames=True):
-        number = len(self.streams) + 1
-        stream = self.streams[str(number)] = Stream(self, number, url)
-        self.tell("open", number, door, url, user, password, transport, certificate, action, file, only)
+        stream = self.add(url)
+        self.tell("open", stream.number, door, url, user, password, transport, certificate, action, file, only)
         if frames:
             stream.tell("frames", 1)
         return stream
@@ -397,6 +401,33 @@ class Life(Base):
             await stream.count(20)
             self.assertEqual((await stream.close())[0], 0)
 
+
+class Recording(Base):
+    async def test_a_recording_is_played_as_asked(self):
+        stream = self.probe.add("recording")
+        begin = 1709208000  # 2024-02-29 12:00 UTC
+        stream.tell("record", f"{self.server.url}/{RECORDING}/100", begin, 1)
+        for text, scale in (("20240229T120000.000Z-", "1"), ("20240229T120001.000Z-", "-2")):
+            lost = await stream.event(LOST)
+            self.assertEqual(lost[1:3], (0, 0), "it ended, and isn't tried again")
+            self.assertEqual([frame.wall for frame in stream.frames], [(begin + n) * 1000000 for n in range(5)])
+            self.assertEqual([bool(frame.flags & BREAK) for frame in stream.frames[1:]], [False, True, False, False])
+            for line in ("Require: onvif-replay", "Rate-Control: no", f"Scale: {scale}", "Range: clock=" + text):
+                self.assertIn(line, self.server.asked[-1])
+            stream.clear()
+            stream.tell("again", begin + 1, "-2")
+        stream.tell("end")
+
+    async def test_a_device_is_talked_to(self):
+        stream = self.probe.add("loudspeaker")
+        stream.tell("record", f"{self.server.url}/{RECORDING + 1}/0", 1, 1)
+        await stream.event(LIVE)
+        stream.tell("talk", 160)
+        self.assertEqual(await stream.until(lambda s: s.did[1:] and s.did), (0, 5))
+        await self.until(lambda: self.server.heard)
+        self.assertEqual((self.server.heard[0][1], self.server.heard[0][12:]), ("\x80", "\xd5" * 160))
+        self.assertIn("Require: www.onvif.org/ver20/backchannel", self.server.asked[-1])
+        stream.tell("end")
 
 class Fleet(Base):
     """Many streams at once, and servers that die and come back under them."""

@@ -19,6 +19,7 @@ SDP = {
     "v": "m=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\na=fmtp:96 packetization-mode=1;sprop-parameter-sets="
          + ",".join(base64.b64encode(one).decode() for one in SETS) + "\r\na=control:video\r\n",
     "a": "m=audio 0 RTP/AVP 8\r\na=control:audio\r\n",
+    "b": "m=audio 0 RTP/AVP 0\r\na=control:back\r\na=sendonly\r\n",  # as ONVIF's back channel says it
 }
 
 
@@ -39,6 +40,11 @@ class Rtp:
         self.marker = "last"  # or "none", "each"
         self.clock = time.time()  # the device's own, at stamp 1000
 
+    def recorded(self, clock, flags, key):
+        """A frame with ONVIF's replay extension."""
+        extension = struct.pack(">HHQBBH", 0xABAC, 3, (clock + 2208988800) << 32, flags, 0, 0)
+        return self.frame(key, first=0x90, front=extension)
+
     def packet(self, payload, last=True, kind=None, first=0x80):
         mark = {"last": last, "none": False, "each": True}[self.marker] << 7
         kind = {"v": 96, "a": 8}[self.kind] if kind is None else kind
@@ -46,15 +52,15 @@ class Rtp:
         self.sequence += 1
         return head + payload
 
-    def frame(self, key=True, size=40, kind=None, first=0x80):
+    def frame(self, key=True, size=40, kind=None, first=0x80, front=b""):
         if self.kind == "a":
             packet = self.packet(b"\xd5" * 320, False)
         elif key:
             units = SETS + (b"\x65" + SLICE + b"x" * size,)
             body = b"\x78" + b"".join(struct.pack(">H", len(unit)) + unit for unit in units)
-            packet = self.packet(body, True, kind, first)
+            packet = self.packet(front + body, True, kind, first)
         else:
-            packet = self.packet(b"\x41" + SLICE + b"x" * size, True, kind, first)
+            packet = self.packet(front + b"\x41" + SLICE + b"x" * size, True, kind, first)
         self.stamp += self.step
         return packet
 
@@ -153,7 +159,9 @@ class Session(asyncio.Protocol):
             if whole < 4 or whole > len(self.rest):
                 return
             message, self.rest = self.rest[:whole].decode("latin-1"), self.rest[whole:]
-            if message[0] != "$" and not message.startswith("RTSP/"):
+            if message[0] == "$" and ord(message[1]) == self.targets.get("back"):
+                self.server.heard.append(message[4:])
+            elif message[0] != "$" and not message.startswith("RTSP/"):
                 self.request(message)
 
     # --- answers ---
@@ -177,6 +185,7 @@ class Session(asyncio.Protocol):
         if self.hostile and wanted and uri != wanted and not uri.endswith("/audio"):
             self.server.errors.append(f"{case['name']}: {method} {uri} instead of {wanted}")
         answer = "RTSP/1.0 200 OK\r\nCSeq: %s\r\n" % number
+        self.server.asked += [message] if method == "PLAY" else []
         if method == "OPTIONS":
             answer += "Public: OPTIONS, DESCRIBE, SETUP, PLAY, PAUSE, GET_PARAMETER, TEARDOWN\r\n\r\n"
         elif method == "DESCRIBE":
@@ -216,6 +225,9 @@ class Session(asyncio.Protocol):
         self.hostile = shown <= int(sessions) and not ("elsewhere" in self.case and not self.server.others)
 
     def set_up(self, uri, wanted):
+        if "back" in uri:
+            self.targets["back"] = int(re.search(r"interleaved=(\d+)", wanted)[1])
+            return wanted
         kind = "a" if "audio" in uri else "v"
         rtp = self.tracks[kind] = Rtp(kind, 0x1234 if kind == "v" else 0x4321)
         if ports := re.search(r"client_port=(\d+)-(\d+)", wanted):
@@ -347,6 +359,7 @@ class Server:
         self.sessions, self.shown = set(), {}
         self.did, self.ends = Counter(), Counter()  # of each case: times it was shown, and that a client said TEARDOWN
         self.errors = []  # what clients did that they must not
+        self.asked, self.heard = [], []  # PLAY requests, and packets of the back channel
 
     async def start(self):
         loop = asyncio.get_running_loop()
