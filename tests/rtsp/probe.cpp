@@ -32,7 +32,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -265,10 +264,6 @@ const std::map<std::string, void (*)(tagStream&, Words const&)> g_apfnCommands{
 
 int main()
 {
-    rlimit tFiles{};
-    getrlimit(RLIMIT_NOFILE, &tFiles);
-    tFiles.rlim_cur = tFiles.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &tFiles);
     g_atStreams[0]; // for commands that name none
     ClientAdapter_Start(2000);
     for (std::string strLine; std::getline(std::cin, strLine);)
