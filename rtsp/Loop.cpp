@@ -131,9 +131,13 @@ public:
 
     void Freeze(Clock::time_point tUntil)
     {
-        m_tContext.stop();
-        std::unique_lock tLock(m_tMutex);
-        AwaitThreads(tLock, tUntil, [](tagThread const& t) { return t.bEnded || t.nCallbackBegan != 0; });
+        std::list<tagThread> atEnded;
+        {
+            std::unique_lock tLock(m_tMutex);
+            AwaitThreads(tLock, tUntil, [](tagThread const& t) { return t.bEnded || t.nCallbackBegan != 0; });
+            Reap(atEnded);
+        }
+        Join(atEnded); // OpenSSL's own ends of threads are over too
     }
 
 private:

@@ -221,6 +221,10 @@ Clock::time_point CMedia::Deadline() const
     }
     for (tagTrack const& tTrack : m_atTracks)
     {
+        if (!m_bTaking)
+        {
+            break;
+        }
         tFirst = std::min(tFirst, tTrack.tTrack->Deadline().value_or(tFirst));
     }
     return tFirst;
@@ -235,6 +239,10 @@ void CMedia::OnDeadline(Clock::time_point tNow)
     m_tNow = tNow;
     for (tagTrack& tTrack : m_atTracks)
     {
+        if (!m_bTaking)
+        {
+            return;
+        }
         Feed(*tTrack.tTrack, [&] { tTrack.tTrack->OnDeadline(tNow, *this); });
     }
 }

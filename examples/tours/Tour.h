@@ -12,6 +12,7 @@
 #define _POSIX_C_SOURCE 200809L
 
 #include "adapter/ClientAdapter.h"
+#include "adapter/ClientAdapterExtra.h"
 
 #include <inttypes.h>
 #include <pthread.h>
@@ -29,7 +30,7 @@ static inline int Worked(int nResult, char const* szWhat)
 {
     if (nResult != eResultOk)
     {
-        fprintf(stderr, "%s: result %d (protocol/interface/Results.h says what that is)\n", szWhat, nResult);
+        fprintf(stderr, "%s: %s (%d)\n", szWhat, TessaroExtra_ResultText(nResult), nResult);
     }
     return nResult == eResultOk;
 }
