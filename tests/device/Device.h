@@ -307,6 +307,7 @@ protected:
     }
 
     std::string m_strAddress = Fresh();
+    Events m_tEvents; // of m_nLogin, until it is logged out
     int m_nLogin = -1;
 
 private:

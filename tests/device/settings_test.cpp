@@ -45,10 +45,9 @@ int Pass(Block& tBlock, tagBlockRow const& tRow, int (*pfnPass)(int, Block*), in
 
 TEST_P(CDeviceTest, Blocks)
 {
-    Events tEvents;
     const auto ptFirst = std::make_unique<tagConfigInformation>();
     const auto ptSecond = std::make_unique<tagConfigInformationV2>();
-    WORKS(SubscribeEvent, m_nLogin, TESSARO_EVENT(eEventConfigChanged), OnEvent, User(tEvents));
+    WORKS(SubscribeEvent, m_nLogin, TESSARO_EVENT(eEventConfigChanged), OnEvent, User(m_tEvents));
     for (tagBlockRow const& tRow : g_atBlocks)
     {
         SCOPED_TRACE(tRow.eType);
@@ -59,7 +58,7 @@ TEST_P(CDeviceTest, Blocks)
         EXPECT_NE(fnWord(*ptFirst), tRow.dwGood);
         fnWord(*ptFirst) = tRow.dwGood;
         EXPECT_EQ(Pass(*ptFirst, tRow, API(SetConfig), m_nLogin), 0);
-        tEvents.Await(Is(eEventConfigChanged, static_cast<unsigned long>(tRow.eType), ptFirst->index));
+        m_tEvents.Await(Is(eEventConfigChanged, static_cast<unsigned long>(tRow.eType), ptFirst->index));
         EXPECT_EQ(Pass(*ptSecond, tRow, API(GetConfigV2), m_nLogin), 0);
         EXPECT_EQ(fnWord(*ptSecond), tRow.dwGood);
         fnWord(*ptSecond) = tRow.dwBad;
@@ -138,7 +137,6 @@ TEST_P(CDeviceTest, OlderRecord)
 
 TEST_P(CDeviceTest, Control)
 {
-    Events tEvents;
     eNetworkSDKVersion eVersion = eSDKVersionUnknown;
     const auto fnLog = [&]
     {
@@ -155,16 +153,16 @@ TEST_P(CDeviceTest, Control)
     EXPECT_STREQ(fnLog().back().szUserName, "admin");
     WORKS(DeviceControl, m_nLogin, eDeviceClearLog);
     EXPECT_LT(fnLog().size(), nEntries);
-    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(tEvents));
+    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(m_tEvents));
     // A clock that jumps, and one that runs twice as fast as it should.
     const auto fnAhead = [&] { return Read<tagConfigClock>(eConfigClock).llTimeUs / g_llSecond - time(nullptr); };
     EXPECT_EQ(Fault(eFaultClockJump, 0, 0, 0, 0, 3600 * g_llSecond), 0);
-    tEvents.Await(Is(eEventClockChanged, 3600000, 0));
+    m_tEvents.Await(Is(eEventClockChanged, 3600000, 0));
     EXPECT_GE(fnAhead(), 3590);
     EXPECT_EQ(Fault(eFaultClockDrift, 0, 0, 0, 1000000), 0);
     EXPECT_TRUE(Comes([&] { return fnAhead() >= 3602; }));
     WORKS(DeviceControl, m_nLogin, eDeviceRestart);
-    tEvents.Await(Is(eEventDeviceRestarted, eRestartAsked, 0));
+    m_tEvents.Await(Is(eEventDeviceRestarted, eRestartAsked, 0));
     ANSWERS(eResultBadArgument, DeviceControl, m_nLogin, static_cast<eRemoteDeviceControl>(99));
 }
 
@@ -216,7 +214,6 @@ TEST_P(CDeviceTest, PTZ)
 
 TEST_P(CDeviceTest, Panel)
 {
-    Events tEvents;
     auto tStatus = Sized<tagPanelStatusInfo>();
     const auto fnDo = [&](ePanelAction eAction)
     {
@@ -230,9 +227,9 @@ TEST_P(CDeviceTest, Panel)
     tStatus.dwLampsOn = eLampFault;
     strcpy(tStatus.szLine2, "Hello");
     WORKS(PanelSetStatus, m_nLogin, &tStatus);
-    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(tEvents));
+    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(m_tEvents));
     EXPECT_EQ(fnDo(ePanelPress), 0);
-    tEvents.Await(Is(eEventPanelKey, ePanelKeyMenu, 1));
+    m_tEvents.Await(Is(eEventPanelKey, ePanelKeyMenu, 1));
     EXPECT_EQ(fnDo(ePanelLock), 0);
     EXPECT_EQ(fnDo(ePanelPress), eResultRefused);
     tStatus = Sized<tagPanelStatusInfo>();

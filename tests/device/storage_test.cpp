@@ -6,43 +6,42 @@
 
 TEST_P(CDeviceTest, Alarms)
 {
-    Events tEvents;
     unsigned long adwState[4] = {};
     unsigned long dwCount = 1;
     EXPECT_EQ(Fault(eFaultMotion, 2), 0);
     WORKS(SubscribeEvent, m_nLogin, TESSARO_EVENT(eEventMotion) | TESSARO_EVENT(eEventAlarmInput), OnEvent,
-          User(tEvents));
-    EXPECT_EQ(tEvents.Await(Is(eEventMotion, 2, 1)).nLogin, m_nLogin); // what is on already comes first
-    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(tEvents));
+          User(m_tEvents));
+    EXPECT_EQ(m_tEvents.Await(Is(eEventMotion, 2, 1)).nLogin, m_nLogin); // what is on already comes first
+    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(m_tEvents));
     // Outputs: on, off, and on for a while.
     WORKS(AlarmoutControl, m_nLogin, 1, 1);
-    tEvents.Await(Is(eEventAlarmOutput, 1, 1));
+    m_tEvents.Await(Is(eEventAlarmOutput, 1, 1));
     WORKS(AlarmoutStateGet, m_nLogin, &dwCount, adwState);
     EXPECT_EQ(dwCount, 4);
     WORKS(AlarmoutStateGet, m_nLogin, &dwCount, adwState);
     EXPECT_EQ(adwState[1], 1);
     WORKS(AlarmoutControl, m_nLogin, 1, 0);
-    tEvents.Await(Is(eEventAlarmOutput, 1, 0));
+    m_tEvents.Await(Is(eEventAlarmOutput, 1, 0));
     WORKS(AlarmoutControl, m_nLogin, 2, 50);
-    tEvents.Await(Is(eEventAlarmOutput, 2, 1));
-    tEvents.Await(Is(eEventAlarmOutput, 2, 0));
+    m_tEvents.Await(Is(eEventAlarmOutput, 2, 1));
+    m_tEvents.Await(Is(eEventAlarmOutput, 2, 0));
     ANSWERS(eResultNoChannel, AlarmoutControl, m_nLogin, 4, 1);
     // An input, with what it switches; clearing ends that.
     auto tInput = Read<tagConfigAlarmInput>(eConfigAlarmInput, 3);
     tInput.tAction.dwOutputs = 1;
     EXPECT_EQ(Write(eConfigAlarmInput, tInput, 3), 0);
     EXPECT_EQ(Fault(eFaultAlarmInput, 3), 0);
-    tEvents.Await([&](tagEvent const& t) { return Is(eEventAlarmOutput, 0, 1)(t); });
+    m_tEvents.Await([&](tagEvent const& t) { return Is(eEventAlarmOutput, 0, 1)(t); });
     WORKS(AlarminStateGet, m_nLogin, &dwCount, adwState);
     EXPECT_EQ(adwState[3], 1);
     WORKS(AlarmClear, m_nLogin, eEventAlarmInput, TESSARO_ALL);
-    tEvents.Await(Is(eEventAlarmOutput, 0, 0));
+    m_tEvents.Await(Is(eEventAlarmOutput, 0, 0));
     // Some events end, the others stay.
     WORKS(UnSubscribeEvent, m_nLogin, TESSARO_EVENT(eEventTamper));
     EXPECT_EQ(Fault(eFaultTamper, 1), 0);
     EXPECT_EQ(Fault(eFaultVideoLoss, 1), 0);
     EXPECT_NE(
-        tEvents.Await([](tagEvent const& t) { return Is(eEventTamper)(t) || Is(eEventVideoLoss, 1, 1)(t); }).dwEvent,
+        m_tEvents.Await([](tagEvent const& t) { return Is(eEventTamper)(t) || Is(eEventVideoLoss, 1, 1)(t); }).dwEvent,
         static_cast<unsigned long>(eEventTamper));
 }
 
@@ -67,10 +66,9 @@ TEST_P(CDeviceTest, Snapshots)
 
 TEST_P(CDeviceTest, Recording)
 {
-    Events tEvents;
-    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(tEvents));
+    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(m_tEvents));
     WORKS(RecordControl, m_nLogin, 1, 1);
-    tEvents.Await(Is(eEventRecording, 1, eHistoryManual));
+    m_tEvents.Await(Is(eEventRecording, 1, eHistoryManual));
     auto tFactor = Sized<tagHistoryStreamQueryFactor>();
     tFactor.dwChannel = 1;
     tFactor.dwType = eHistoryManual;
@@ -78,7 +76,7 @@ TEST_P(CDeviceTest, Recording)
     ASSERT_EQ(atManual.size(), 1);
     EXPECT_EQ(atManual[0].bRecording, 1);
     WORKS(RecordControl, m_nLogin, 1, 0);
-    tEvents.Await(Is(eEventRecording, 1, 0));
+    m_tEvents.Await(Is(eEventRecording, 1, 0));
     std::string strFile = atManual[0].szFile;
     WORKS(FileLock, m_nLogin, strFile.data(), eFileLock);
     tFactor.dwType = eHistoryAny;
@@ -89,10 +87,10 @@ TEST_P(CDeviceTest, Recording)
     EXPECT_EQ(Recordings(tFactor).size(), 0);
     ANSWERS(eResultNotFound, FileLock, m_nLogin, std::string("no file").data(), eFileLock);
     EXPECT_EQ(Fault(eFaultDiskError, 1), 0);
-    tEvents.Await(Is(eEventDiskError, 1, 1));
+    m_tEvents.Await(Is(eEventDiskError, 1, 1));
     EXPECT_EQ(Read<tagConfigStorage>(eConfigStorage).atDisks[1].dwState, eDiskFaulty);
     EXPECT_EQ(Fault(eFaultDiskFull, TESSARO_ALL), 0);
-    tEvents.Await(Is(eEventDiskFull, 0, 1));
+    m_tEvents.Await(Is(eEventDiskFull, 0, 1));
     ANSWERS(eResultDeviceFull, RecordControl, m_nLogin, 1, 1);
 }
 

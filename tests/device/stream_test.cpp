@@ -62,9 +62,8 @@ TEST_P(CDeviceTest, Live)
 TEST_P(CDeviceTest, FaultsOfStreams)
 {
     Frames tFrames;
-    Events tEvents;
     int nMedia = -1;
-    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(tEvents));
+    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(m_tEvents));
     EXPECT_EQ(Open(nMedia, 1, eStreamSub), 0);
     WORKS(StreamMediaCB, nMedia, OnFrame, User(tFrames));
     EXPECT_EQ(Fault(eFaultDamage, 1, 0, 0, 500), 0);
@@ -80,9 +79,9 @@ TEST_P(CDeviceTest, FaultsOfStreams)
     EXPECT_EQ(Fault(eFaultNone), 0);
     tFrames.Await(&tagSeen::IsVideo);
     EXPECT_EQ(Fault(eFaultRestart, 0, 300), 0);
-    tEvents.Await(Is(eEventLoginLost));
-    tEvents.Await(Is(eEventLoginRestored));
-    tEvents.Await(Is(eEventDeviceRestarted, eRestartFault, 0));
+    m_tEvents.Await(Is(eEventLoginLost));
+    m_tEvents.Await(Is(eEventLoginRestored));
+    m_tEvents.Await(Is(eEventDeviceRestarted, eRestartFault, 0));
     EXPECT_TRUE(tFrames.Await([](tagSeen const& t) { return (t.dwFlags & eFrameDiscontinuity) != 0; }).IsKey());
     API(RealStreamDisconnect)(nMedia);
 }

@@ -66,7 +66,6 @@ TEST_P(CDeviceTest, Wall)
 
 TEST_P(CDeviceTest, Windows)
 {
-    Events tEvents;
     tagListed<tagDecoderChannelStatus, tagDecoderWindowStatus> tStatus;
     const auto fnShows = [&](uint32_t dwShows, auto... tMore)
     {
@@ -80,9 +79,9 @@ TEST_P(CDeviceTest, Windows)
     const auto fnOf = [](uint32_t dwChannel)
     { return [=](tagDecoderWindowStatus const& t) { return t.dwSourceChannel == dwChannel; }; };
     unsigned long dwBound = 0;
-    WORKS(SubscribeEvent, m_nLogin, TESSARO_EVENT(eEventWindow), OnEvent, User(tEvents));
+    WORKS(SubscribeEvent, m_nLogin, TESSARO_EVENT(eEventWindow), OnEvent, User(m_tEvents));
     WORKS(SetScreenSplitMode, m_nLogin, 0, eSplit1, &dwBound);
-    tEvents.Await(Is(eEventWindow, 0, eWindowShowing));
+    m_tEvents.Await(Is(eEventWindow, 0, eWindowShowing));
     EXPECT_TRUE(fnShows(4, fnOf(0)));
     auto tInfo = Sized<tagDecoderChannelInformation>();
     WORKS(DecoderGetChannelInformation, m_nLogin, 0, &tInfo);
