@@ -47,6 +47,7 @@ struct tagStream
     bool bApi = false;
     int nLogin = -1, nMedia = -1;
     void* hStream = nullptr;
+    std::unique_ptr<rtsp::CEngine> pEngine{};
     std::unique_ptr<rtsp::CStream> pStream{};
     std::string strAction{};
     FILE* pFile = nullptr;
@@ -210,13 +211,13 @@ rtsp::tagPlayback Playback(std::string const& strSeconds, std::string const& str
 
 void Record(tagStream& t, Words const& astrWords)
 {
-    static rtsp::CEngine& g_tEngine = *new rtsp::CEngine;
     rtsp::tagStreamOptions tOptions;
     tOptions.tUrl = *rtsp::ParseUrl(astrWords[2]);
     tOptions.tPlayback = Playback(astrWords[3], astrWords[4]);
     tOptions.bBackChannel = true;
     t.nID = std::stoi(astrWords[1]);
-    t.pStream = g_tEngine.Open(nullptr, std::move(tOptions));
+    t.pEngine = std::make_unique<rtsp::CEngine>();
+    t.pStream = t.pEngine->Open(nullptr, std::move(tOptions));
     t.pStream->SetListener(rtsp::eListener::EventCB, &OnEvent<g_szEvent>, t.User());
     t.pStream->SetFrameCallback(&OnFrame, t.User());
 }
@@ -264,7 +265,7 @@ const std::map<std::string, void (*)(tagStream&, Words const&)> g_apfnCommands{
          const auto tFormat = t.pStream->BackFormat();
          Print("talked", t.nID, t.pStream->SendAudio(abyFrame, 160, true), tFormat ? tFormat->eCodec : -1);
      }},
-    {"end", [](tagStream& t, Words const&) { t.pStream.reset(); }},
+    {"end", [](tagStream& t, Words const&) { t.pStream.reset(), t.pEngine->Stop(rtsp::Clock::now() + 5s); }},
     {"close", [](tagStream& t, Words const&) { Close(t); }},
     {"release", [](tagStream&, Words const&) { g_tRelease.set_value(); }},
     {"self", [](tagStream&, Words const&)
