@@ -209,6 +209,26 @@ tagDeviceFault const* CFaults::On(eFaultKind eKind, uint32_t dwChannel) const
 }
 
 bool CFaults::TakeHang()
+int CFaults::Get(tagDeviceFault& tFault) const
+{
+    const auto it =
+        std::ranges::find_if(m_atActive,
+                             [&](tagActive const& t) {
+                                 return tFault.dwFault == eFaultNone ||
+                                        (t.tFault.dwFault == tFault.dwFault && Covers(t.tFault, tFault.dwChannel));
+                             });
+    if (it == m_atActive.end())
+    {
+        return eResultNotFound;
+    }
+    tFault = it->tFault;
+    if (it->llEndUs != g_llNever)
+    {
+        tFault.dwMilliseconds = static_cast<uint32_t>((it->llEndUs - m_tDevice.SteadyNow()) / 1000 + 1);
+    }
+    return eResultOk;
+}
+
 {
     const auto it = std::ranges::find_if(m_atActive, [](tagActive const& t) { return t.tFault.dwFault == eFaultHang; });
     if (it == m_atActive.end())
