@@ -135,6 +135,7 @@ void CFaults::Apply(tagDeviceFault const& tFault, bool bOn)
         case eFaultClockJump:
             m_tDevice.Clock().Jump(tFault.llOffsetUs);
             m_tDevice.Raise(eEventClockChanged, static_cast<uint32_t>(tFault.llOffsetUs / 1000));
+            m_tDevice.Part<CStorage>().CheckSchedules();
             break;
         case eFaultDiskFull:
         case eFaultDiskError:
@@ -149,7 +150,7 @@ void CFaults::Apply(tagDeviceFault const& tFault, bool bOn)
         default:
             if (tKind.eEvent != eDeviceEvent{})
             {
-                m_tDevice.Part<CAlarms>().Set(tKind.eEvent, i, bOn ? 1 : 0);
+                m_tDevice.Part<CAlarms>().Sense(tKind.eEvent, i, bOn);
             }
         }
     }
@@ -208,7 +209,6 @@ tagDeviceFault const* CFaults::On(eFaultKind eKind, uint32_t dwChannel) const
     return nullptr;
 }
 
-bool CFaults::TakeHang()
 int CFaults::Get(tagDeviceFault& tFault) const
 {
     const auto it =
@@ -229,6 +229,7 @@ int CFaults::Get(tagDeviceFault& tFault) const
     return eResultOk;
 }
 
+bool CFaults::TakeHang()
 {
     const auto it = std::ranges::find_if(m_atActive, [](tagActive const& t) { return t.tFault.dwFault == eFaultHang; });
     if (it == m_atActive.end())
