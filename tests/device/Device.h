@@ -142,6 +142,7 @@ inline int OnBytes(void*, tagBuffer* ptBuffer, unsigned long dwUser)
 inline int OnBlock(void*, tagBuffer tBuffer, unsigned long dwUser)
 {
     EXPECT_TRUE(tBuffer.pData || tBuffer.dwLength == 0); // the end, or why it ended
+    std::this_thread::sleep_for(50ms);                   // so long that another thread goes on with what else there is
     return PutBytes(tBuffer.pData, tBuffer.dwLength, dwUser);
 }
 inline int OnVoice(void*, eVoiceStreamSource, tagStreamVoiceFrame const* ptFrame, unsigned long dwUser)

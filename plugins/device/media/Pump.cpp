@@ -188,6 +188,10 @@ void CPump::Lead(std::shared_ptr<tagState> const& pState, std::unique_lock<std::
         tEntry.llDueUs = tWho.m_llDueUs;
         atHeap.push_back(std::move(tEntry));
         std::ranges::push_heap(atHeap, tagState::IsLater);
+        if (pState->tLeader != std::this_thread::get_id())
+        {
+            pState->tChanged.notify_one(); // who leads now may wait for ever, having found nothing to do
+        }
     }
 }
 
