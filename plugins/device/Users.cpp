@@ -69,6 +69,13 @@ bool CUsers::IsLocked(std::string const& strUser) const
 
 int CUsers::Check(std::string const& strUser, std::string const& strPassword, uint32_t& dwLevel)
 {
+    return Check(
+        strUser, [&](std::string const& strRight) { return strRight == strPassword; }, dwLevel);
+}
+
+int CUsers::Check(std::string const& strUser, std::function<bool(std::string const&)> const& fnIsRight,
+                  uint32_t& dwLevel)
+{
     tagConfigUser const* const ptUser = Find(strUser);
     if (!ptUser)
     {
@@ -78,7 +85,7 @@ int CUsers::Check(std::string const& strUser, std::string const& strPassword, ui
     {
         return eResultLocked;
     }
-    if (Text(ptUser->szPassword) == strPassword)
+    if (fnIsRight(Text(ptUser->szPassword)))
     {
         m_tWrong.erase(strUser);
         dwLevel = ptUser->dwLevel;
