@@ -1,4 +1,4 @@
-#include "tools/onvif_device/RtspReplaySource.h"
+#include "tools/onvif_device/rtsp/RtspReplaySource.h"
 
 #include <atomic>
 #include <gst/base/gstbasesrc.h>

@@ -1,7 +1,7 @@
 #include "tools/onvif_device/RtspSide.h"
 
 #include "plugins/device/Device.h"
-#include "tools/onvif_device/RtspMount.h"
+#include "tools/onvif_device/rtsp/RtspMount.h"
 
 #include "protocol/interface/Live.h"
 

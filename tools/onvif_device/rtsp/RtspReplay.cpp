@@ -1,8 +1,8 @@
 // Recordings with the replay extension: each packet says when it was recorded.
 
 #include "plugins/device/Device.h"
-#include "tools/onvif_device/RtspMount.h"
-#include "tools/onvif_device/RtspReplaySource.h"
+#include "tools/onvif_device/rtsp/RtspMount.h"
+#include "tools/onvif_device/rtsp/RtspReplaySource.h"
 
 #include <string>
 

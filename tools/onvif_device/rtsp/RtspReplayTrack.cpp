@@ -1,6 +1,6 @@
 #include "plugins/device/Device.h"
-#include "tools/onvif_device/RtspMount.h"
-#include "tools/onvif_device/RtspReplaySource.h"
+#include "tools/onvif_device/rtsp/RtspMount.h"
+#include "tools/onvif_device/rtsp/RtspReplaySource.h"
 
 #include <algorithm>
 #include <cmath>

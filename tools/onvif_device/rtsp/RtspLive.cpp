@@ -5,7 +5,7 @@
 #include "plugins/device/media/Grid.h"
 #include "plugins/device/media/LiveStream.h"
 #include "plugins/device/media/VoiceLink.h"
-#include "tools/onvif_device/RtspMount.h"
+#include "tools/onvif_device/rtsp/RtspMount.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "tools/onvif_device/RtspMount.h"
+#include "tools/onvif_device/rtsp/RtspMount.h"
 
 #include <gst/rtsp-server/rtsp-onvif-server.h>
 
