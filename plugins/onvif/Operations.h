@@ -35,8 +35,12 @@ OWN(Start)
 OWN(Stop)
 OWN(SetProtocolInterface)
 OWN(SetCallbackFunc)
+OWN(SetMiscPara)
+OWN(GetMiscPara)
 OWN(UserLogin)
 CLOSE(UserLogout, CLogin)
+OWN(GetLoginLevel)
+OWN(GetLoginMac)
 OWN(DeleteUserForceCB)
 
 // Media.cpp: channels, live streams, snapshots
@@ -48,6 +52,13 @@ OWN(DeleteUserForceCB)
 // Recordings.cpp, Playback.cpp, Voice.cpp, Wall.cpp
 
 // Nearby.cpp: what needs no login
+OWN(DeviceProbeStart)
+OWN(DeviceProbeStop)
+OWN(DeviceProbeResearch)
+OWN(DeviceIsOnline)
+OWN(GetSDKVersion)
+OWN(GetSDKVersionByHandle)
+OWN(GetDeviceConfigFromHttp)
 
 // clang-format on
 #undef OWN
