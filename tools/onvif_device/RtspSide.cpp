@@ -19,6 +19,7 @@ public:
     {
         return "/replay/" + std::to_string(dwChannel);
     }
+    void ForceKeyFrame(std::size_t, uint32_t, uint32_t) override {}
     void SetUp(std::size_t, bool) override {}
 };
 } // namespace
