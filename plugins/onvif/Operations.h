@@ -36,8 +36,12 @@ OWN(Start)
 OWN(Stop)
 OWN(SetProtocolInterface)
 OWN(SetCallbackFunc)
+OWN(SetMiscPara)
+OWN(GetMiscPara)
 OWN(UserLogin)
 CLOSE(UserLogout, CLogin)
+OWN(GetLoginLevel)
+OWN(GetLoginMac)
 OWN(DeleteUserForceCB)
 
 // Live.cpp, Snapshot.cpp
@@ -68,6 +72,13 @@ OWN(PTZControl)
 // Recordings.cpp, Playback.cpp, Voice.cpp, Wall.cpp
 
 // Nearby.cpp: what needs no login
+OWN(DeviceProbeStart)
+OWN(DeviceProbeStop)
+OWN(DeviceProbeResearch)
+OWN(DeviceIsOnline)
+OWN(GetSDKVersion)
+OWN(GetSDKVersionByHandle)
+OWN(GetDeviceConfigFromHttp)
 
 // clang-format on
 #undef OWN
