@@ -166,6 +166,18 @@ public:
         m_tPauses.emplace(tPause.m_tWhen, &tPause);
         return true;
     }
+    bool Watch(CReadable& tReadable)
+    {
+        epoll_event tEvent{};
+        tEvent.data.fd = tReadable.m_nFile;
+        tEvent.events = EPOLLIN;
+        if (EndedResult(*tReadable.m_pGroup) || epoll_ctl(m_nEpoll, EPOLL_CTL_ADD, tReadable.m_nFile, &tEvent) != 0)
+        {
+            return false;
+        }
+        m_tWatched.emplace(tReadable.m_nFile, &tReadable);
+        return true;
+    }
 
 private:
     struct tagTransfer
@@ -286,6 +298,11 @@ private:
         {
             std::uint64_t ullCount = 0;
             (void)!read(m_nWake, &ullCount, sizeof ullCount);
+            return;
+        }
+        if (m_tWatched.contains(tEvent.data.fd))
+        {
+            FinishWatch(tEvent.data.fd, true);
             return;
         }
         const int nWhat = (tEvent.events & EPOLLIN ? CURL_CSELECT_IN : 0) |
@@ -506,6 +523,15 @@ private:
         }
     }
 
+    void FinishWatch(int nFile, bool bReadable)
+    {
+        epoll_ctl(m_nEpoll, EPOLL_CTL_DEL, nFile, nullptr);
+        CReadable* const pReadable = m_tWatched.at(nFile);
+        m_tWatched.erase(nFile);
+        pReadable->m_bReadable = bReadable;
+        pReadable->m_tCaller.resume();
+    }
+
     // Who is resumed may begin new ones, also in the same group; these end by themselves.
     template <class F>
     void FinishIf(F fnEnds)
@@ -516,6 +542,14 @@ private:
             if (fnEnds(*tTransfer.pSend->m_pGroup))
             {
                 apHandles.push_back(pHandle);
+            }
+        }
+        std::vector<int> anWatched;
+        for (auto const& [nFile, pReadable] : m_tWatched)
+        {
+            if (fnEnds(*pReadable->m_pGroup))
+            {
+                anWatched.push_back(nFile);
             }
         }
         std::vector<CPause*> apPauses;
@@ -537,6 +571,10 @@ private:
             pSend->m_tAnswer.nResult = EndedResult(*pSend->m_pGroup);
             pSend->m_tCaller.resume();
         }
+        for (const int nFile : anWatched)
+        {
+            FinishWatch(nFile, false);
+        }
         for (CPause* const pPause : apPauses)
         {
             pPause->m_tCaller.resume();
@@ -557,6 +595,7 @@ private:
     // --- the thread's ---
     std::map<CURL*, tagTransfer> m_tTransfers;
     std::multimap<Clock::time_point, CPause*> m_tPauses;
+    std::map<int, CReadable*> m_tWatched;
     std::vector<CURL*> m_apSpare;
     Clock::time_point m_tCurlTime = Clock::time_point::max();
     std::size_t m_nRunning = 0;
@@ -612,6 +651,17 @@ CHttp::CSend CHttp::Send(std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest tReq
 CHttp::CPause CHttp::Until(std::shared_ptr<CHttpGroup> pGroup, Clock::time_point tWhen)
 {
     return {*m_pImpl, std::move(pGroup), tWhen};
+}
+
+CHttp::CReadable CHttp::Readable(std::shared_ptr<CHttpGroup> pGroup, int nFile)
+{
+    return {*m_pImpl, std::move(pGroup), nFile};
+}
+
+bool CHttp::CReadable::await_suspend(std::coroutine_handle<> tCaller)
+{
+    m_tCaller = tCaller;
+    return m_tImpl.Watch(*this);
 }
 
 bool CHttp::CSend::await_suspend(std::coroutine_handle<> tCaller)

@@ -82,10 +82,14 @@ public:
 
     class CSend;
     class CPause;
+    class CReadable;
     /// co_await it: a tagHttpAnswer.
     CSend Send(std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest tRequest);
     /// co_await it: false when the group was ended before.
     CPause Until(std::shared_ptr<CHttpGroup> pGroup, Clock::time_point tWhen);
+    /// co_await it: true when the socket nFile has something to read, false when the group was ended before. One waits
+    /// for a socket.
+    CReadable Readable(std::shared_ptr<CHttpGroup> pGroup, int nFile);
 
 private:
     class CImpl;
@@ -148,6 +152,29 @@ private:
     CImpl& m_tImpl;
     std::shared_ptr<CHttpGroup> m_pGroup;
     Clock::time_point m_tWhen;
+    std::coroutine_handle<> m_tCaller;
+};
+
+/// Waits for a datagram.
+class CHttp::CReadable
+{
+public:
+    bool await_ready() const { return false; }
+    bool await_suspend(std::coroutine_handle<> tCaller);
+    bool await_resume() const { return m_bReadable; }
+
+private:
+    friend class CHttp;
+    friend class CHttp::CImpl;
+    CReadable(CImpl& tImpl, std::shared_ptr<CHttpGroup> pGroup, int nFile)
+        : m_tImpl(tImpl), m_pGroup(std::move(pGroup)), m_nFile(nFile)
+    {
+    }
+
+    CImpl& m_tImpl;
+    std::shared_ptr<CHttpGroup> m_pGroup;
+    int m_nFile;
+    bool m_bReadable = false;
     std::coroutine_handle<> m_tCaller;
 };
 

@@ -1,8 +1,12 @@
 // Start, stop and logins.
 
+#include "onvif/Xml.h"
 #include "plugins/common/Text.h"
+#include "plugins/onvif/Identity.h"
+#include "plugins/onvif/Nearby.h"
 #include "plugins/onvif/Operations.h"
 
+#include <cstdio>
 #include <utility>
 
 namespace onvifclient
@@ -101,6 +105,7 @@ int Serve(tagCall<&CClientProtocolBase::Stop>)
     const auto tUntil = onvif::Clock::now() + g_tEndTime;
     Face().bStarted = false;
     Http().Stop();
+    Nearby().Stop();
     bool bEnded = Face().tForcedOff.Set(nullptr) && Face().tProbe.Set(nullptr);
     for (auto const& pObject : Face().tHandles.TakeAll())
     {
@@ -113,6 +118,42 @@ int Serve(tagCall<&CClientProtocolBase::Stop>)
     Face().pfnLog = nullptr;
     Face().pProtocols = nullptr;
     return Ended(bEnded);
+}
+
+// Whether the https devices of later logins must show who they are.
+int Serve(tagCall<&CClientProtocolBase::SetMiscPara>, int, unsigned long dwType, void* pPara, unsigned long dwLength)
+{
+    if (dwType != eMiscCertificate)
+    {
+        return eResultNotSupported;
+    }
+    uint32_t dwWanted = 0;
+    if (!pPara || dwLength != sizeof dwWanted)
+    {
+        return eResultBadArgument;
+    }
+    std::memcpy(&dwWanted, pPara, sizeof dwWanted);
+    if (dwWanted > eRtspCertificateTrusted)
+    {
+        return eResultBadArgument;
+    }
+    Face().bCheckCertificates = dwWanted == eRtspCertificateTrusted;
+    return eResultOk;
+}
+
+int Serve(tagCall<&CClientProtocolBase::GetMiscPara>, int, unsigned long dwType, void* pPara, unsigned long dwLength)
+{
+    if (dwType != eMiscCertificate)
+    {
+        return eResultNotSupported;
+    }
+    const uint32_t dwNow = Face().bCheckCertificates ? eRtspCertificateTrusted : eRtspCertificateAny;
+    if (!pPara || dwLength != sizeof dwNow)
+    {
+        return eResultBadArgument;
+    }
+    std::memcpy(pPara, &dwNow, sizeof dwNow);
+    return eResultOk;
 }
 
 int Serve(tagCall<&CClientProtocolBase::SetProtocolInterface>, IProtocol* pProtocols)
@@ -182,6 +223,83 @@ int Serve(tagCall<&CClientProtocolBase::UserLogin>, void** phLogin, tagUserLogin
     *phLogin = hLogin;
     Log(6, strWho);
     return eResultOk;
+}
+
+namespace
+{
+// A negative result is the only failure of the login queries.
+template <class F>
+int LoginQuery(void* hLogin, F fnAnswer)
+{
+    return -With<CLogin>(hLogin, fnAnswer);
+}
+
+int LevelOf(std::string_view strLevel)
+{
+    return strLevel == "Administrator" ? eUserAdministrator : strLevel == "Operator" ? eUserOperator : eUserViewer;
+}
+} // namespace
+
+// Who may not read the list of users is no administrator. Whether he is an operator no call tells: he is taken for one,
+// and the device refuses what he may not.
+int Serve(tagCall<&CClientProtocolBase::GetLoginLevel>, void* hLogin, int* pnLevel)
+{
+    return LoginQuery(hLogin,
+                      [&](CLogin const& tLogin) -> int
+                      {
+                          std::string const& strUser = tLogin.Client().User();
+                          if (!pnLevel)
+                          {
+                              return eResultBadArgument;
+                          }
+                          if (strUser.empty())
+                          {
+                              *pnLevel = eUserViewer;
+                              return eResultOk;
+                          }
+                          const onvif::CAnswer tAnswer = tLogin.Call({.szName = "GetUsers"});
+                          if (!tAnswer && tAnswer.Result() != eResultWrongLogin &&
+                              tAnswer.Result() != eResultNotSupported && tAnswer.Result() != eResultRefused)
+                          {
+                              return tAnswer.Result();
+                          }
+                          int nLevel = eUserOperator;
+                          for (pugi::xml_node const& tUser : onvif::Children(tAnswer.Body(), "User"))
+                          {
+                              if (onvif::Text(tUser, "Username") == strUser)
+                              {
+                                  nLevel = LevelOf(onvif::Text(tUser, "UserLevel"));
+                              }
+                          }
+                          *pnLevel = nLevel;
+                          return eResultOk;
+                      });
+}
+
+int Serve(tagCall<&CClientProtocolBase::GetLoginMac>, void* hLogin, unsigned char* pbyMac, int nLength)
+{
+    return LoginQuery(hLogin,
+                      [&](CLogin const& tLogin) -> int
+                      {
+                          if (!pbyMac || nLength < 6)
+                          {
+                              return eResultBadArgument;
+                          }
+                          int nResult = eResultOk;
+                          const std::string strMac = AskMac(tLogin.Client(), nResult);
+                          unsigned anByte[6] = {};
+                          if (nResult == eResultOk &&
+                              std::sscanf(strMac.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x", &anByte[0], &anByte[1], &anByte[2],
+                                          &anByte[3], &anByte[4], &anByte[5]) != 6)
+                          {
+                              nResult = eResultNotSupported;
+                          }
+                          for (std::size_t i = 0; i < 6 && nResult == eResultOk; ++i)
+                          {
+                              pbyMac[i] = static_cast<unsigned char>(anByte[i]);
+                          }
+                          return nResult;
+                      });
 }
 
 int Serve(tagCall<&CClientProtocolBase::DeleteUserForceCB>, DeleteUserForceCallback pfnDelete, unsigned long dwUser)
