@@ -51,6 +51,16 @@ uint32_t CUsers::Level(std::string const& strUser) const
     return ptUser ? ptUser->dwLevel : 0;
 }
 
+std::map<std::string, std::string> CUsers::Passwords() const
+{
+    std::map<std::string, std::string> tPasswords;
+    for (tagConfigUser const& t : Each(const_cast<tagConfigUsers&>(m_tUsers)))
+    {
+        tPasswords.emplace(Text(t.szUserName), Text(t.szPassword));
+    }
+    return tPasswords;
+}
+
 bool CUsers::IsLocked(std::string const& strUser) const
 {
     const auto it = m_tWrong.find(strUser);

@@ -25,6 +25,8 @@ public:
               uint32_t& dwLevel);
     /// 0: there is no such user.
     uint32_t Level(std::string const& strUser) const;
+    /// By name, for protocols that prove a password without sending it.
+    std::map<std::string, std::string> Passwords() const;
 
     /// eConfigUsers, without passwords.
     tagConfigUsers Read() const;

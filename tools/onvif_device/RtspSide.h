@@ -14,7 +14,7 @@ namespace onvif_device
 {
 /// The RTSP servers of the devices, one for each, which stand as long as this does.
 ///
-/// A path begins with "/" and holds nothing that an URL must escape. Any thread may ask for one.
+/// A path begins with "/" and holds nothing that an URL must escape. Any thread may call any function.
 class IRtspSide
 {
 public:
@@ -29,6 +29,8 @@ public:
     virtual void ForceKeyFrame(std::size_t nDevice, uint32_t dwChannel, uint32_t dwStreamKind) = 0;
     /// No connection is let in, and those that there are end: the device has gone down; until it is up again.
     virtual void SetUp(std::size_t nDevice, bool bUp) = 0;
+    /// The next frame of this live stream is a key frame, for everybody who looks.
+    virtual void ForceKeyFrame(std::size_t nDevice, uint32_t dwChannel, uint32_t dwStreamKind) = 0;
 };
 
 struct tagRtspOptions

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace device
+namespace plugin
 {
 /// An application's function with its user data: replaced as a pair, and never running when it has been ended. No lock
 /// is held while it runs.
@@ -86,4 +86,4 @@ private:
     unsigned long m_dwUser = 0;
     bool m_bClosed = false;
 };
-} // namespace device
+} // namespace plugin

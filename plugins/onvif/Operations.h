@@ -1,0 +1,66 @@
+#pragma once
+
+#include "plugins/onvif/Face.h"
+#include "plugins/onvif/Login.h"
+
+#include "protocol/CClientProtocolBase.h"
+#include "system/Call.h"
+
+// What serves each operation: one row each, by the source file that has it. Operations without a row are not supported.
+
+namespace onvifclient
+{
+using Adapter_ProtocolSet::CClientProtocolBase;
+
+/// An operation without a row.
+template <auto Op, class... A>
+int Serve(tagCall<Op>, A...)
+{
+    return eResultNotSupported;
+}
+
+// Written out, in the source that the comment names.
+#define OWN(name) tagCall<&CClientProtocolBase::name>::Named Serve;
+// Closes what is of one of these classes.
+#define CLOSE(name, ...)                                                                                               \
+    inline int Serve(tagCall<&CClientProtocolBase::name>, void* hObject)                                               \
+    {                                                                                                                  \
+        return CloseHandle<__VA_ARGS__>(hObject);                                                                      \
+    }
+
+// clang-format off
+
+// Session.cpp: start, stop, logins
+OWN(Start)
+OWN(Stop)
+OWN(SetProtocolInterface)
+OWN(SetCallbackFunc)
+OWN(SetMiscPara)
+OWN(GetMiscPara)
+OWN(UserLogin)
+CLOSE(UserLogout, CLogin)
+OWN(GetLoginLevel)
+OWN(GetLoginMac)
+OWN(DeleteUserForceCB)
+
+// Media.cpp: channels, live streams, snapshots
+
+// Configuration.cpp, Imaging.cpp, Ptz.cpp, Alarms.cpp, Device.cpp
+
+// Events.cpp: subscriptions, the login's state
+
+// Recordings.cpp, Playback.cpp, Voice.cpp, Wall.cpp
+
+// Nearby.cpp: what needs no login
+OWN(DeviceProbeStart)
+OWN(DeviceProbeStop)
+OWN(DeviceProbeResearch)
+OWN(DeviceIsOnline)
+OWN(GetSDKVersion)
+OWN(GetSDKVersionByHandle)
+OWN(GetDeviceConfigFromHttp)
+
+// clang-format on
+#undef OWN
+#undef CLOSE
+} // namespace onvifclient
