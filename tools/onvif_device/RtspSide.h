@@ -25,8 +25,6 @@ public:
     virtual std::string StreamPath(std::size_t nDevice, uint32_t dwChannel, uint32_t dwStreamKind) const = 0;
     /// All that a channel has recorded, for the replay extension.
     virtual std::string ReplayPath(std::size_t nDevice, uint32_t dwChannel) const = 0;
-    /// The next picture of a live stream is a key frame.
-    virtual void ForceKeyFrame(std::size_t nDevice, uint32_t dwChannel, uint32_t dwStreamKind) = 0;
     /// No connection is let in, and those that there are end: the device has gone down; until it is up again.
     virtual void SetUp(std::size_t nDevice, bool bUp) = 0;
 };
