@@ -54,6 +54,21 @@ public:
         }
         return dwCount;
     }
+    /// One of this class that fnIs says true of; null: there is none. fnIs mustn't open or close handles.
+    template <class Object, class F>
+    std::shared_ptr<Object> First(F fnIs) const
+    {
+        const std::shared_lock tLock(m_tMutex);
+        for (auto const& [nHandle, pAny] : m_tObjects)
+        {
+            const auto pObject = std::dynamic_pointer_cast<Object>(pAny);
+            if (pObject && fnIs(*pObject))
+            {
+                return pObject;
+            }
+        }
+        return nullptr;
+    }
     std::vector<std::shared_ptr<CObject>> TakeAll()
     {
         std::vector<std::shared_ptr<CObject>> apAll;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plugins/onvif/Face.h"
+#include "plugins/onvif/Live.h"
 #include "plugins/onvif/Login.h"
 
 #include "protocol/CClientProtocolBase.h"
@@ -43,9 +44,28 @@ OWN(GetLoginLevel)
 OWN(GetLoginMac)
 OWN(DeleteUserForceCB)
 
-// Media.cpp: channels, live streams, snapshots
+// Live.cpp, Snapshot.cpp
+OWN(RealStreamConnect)
+CLOSE(RealStreamDisconnect, CLive)
+OWN(StreamMediaCB)
+OWN(StreamMediaRawCB)
+OWN(StreamMediaControl)
+OWN(ForceIFrame)
+OWN(GetPackInfo)
+OWN(QueryStreamMediaLinkID)
+OWN(SetStreamMediaLinkID)
+OWN(ImageCapture)
 
-// Configuration.cpp, Imaging.cpp, Ptz.cpp, Alarms.cpp, Device.cpp
+// Configuration.cpp, Camera.cpp
+OWN(SetConfig)
+OWN(SetConfigV2)
+OWN(SetConfigBySn)
+OWN(GetConfig)
+OWN(GetConfigV2)
+OWN(SetIpcPara)
+OWN(GetIpcPara)
+OWN(SetChromaDefault)
+OWN(PTZControl)
 
 // Events.cpp: subscriptions, the login's state
 
