@@ -27,6 +27,8 @@ public:
     virtual std::string ReplayPath(std::size_t nDevice, uint32_t dwChannel) const = 0;
     /// No connection is let in, and those that there are end: the device has gone down; until it is up again.
     virtual void SetUp(std::size_t nDevice, bool bUp) = 0;
+    /// The next frame of this live stream is a key frame, for everybody who looks.
+    virtual void ForceKeyFrame(std::size_t nDevice, uint32_t dwChannel, uint32_t dwStreamKind) = 0;
 };
 
 struct tagRtspOptions
