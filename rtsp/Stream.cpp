@@ -101,6 +101,11 @@ void CEngine::Stop(Clock::time_point tUntil)
     m_pCore->tLoop.Stop(tUntil);
 }
 
+CLoop& CEngine::Loop() const
+{
+    return m_pCore->tLoop;
+}
+
 void CEngine::Freeze()
 {
     m_pCore->tLoop.Freeze(Clock::now() + g_tLastThreads);

@@ -17,6 +17,7 @@ using Clock = std::chrono::steady_clock;
 
 class CEngineCore;
 class CLife;
+class CLoop;
 
 /// Which part of a recording to play, and how.
 struct tagPlayback
@@ -95,6 +96,8 @@ public:
     /// Waits for closed streams to say good-bye, and for the threads to end, all in all until tUntil. A thread inside a
     /// callback then ends by itself. No stream may be open.
     void Stop(Clock::time_point tUntil);
+    /// Its threads, for other callbacks of the plug-in; good as long as the engine.
+    CLoop& Loop() const;
     /// For a process that is ending: all is still once this returns, but what callbacks do. At most 200 ms.
     void Freeze();
 

@@ -1,6 +1,6 @@
 # Which room may include which: adapter -> bindings -> protocol -> system, one way. The handle registry, through its
 # look-ups, is the one piece of adapter/ that bindings/ uses, and plug-ins see the protocol's headers and nothing above
-# them; the RTSP engine, on which they stand, sees the records among those.
+# them; the RTSP engine and ONVIF's client, on which they stand, see the records among those.
 cmake_minimum_required(VERSION 3.25)
 
 function(check_room room may)
@@ -19,7 +19,8 @@ check_room(protocol "(system|protocol)/")
 check_room(bindings "(system|protocol|bindings)/|adapter/LookUp.h\"")
 check_room(adapter "(system|protocol|bindings|adapter)/")
 check_room(rtsp "rtsp/|protocol/(PluginInterface\\.h|interface/)|system/Export\\.h\"")
-check_room(plugins "(protocol|rtsp|plugins)/|system/(Call|Export)\\.h\"")
+check_room(onvif "(onvif|rtsp)/|protocol/(PluginInterface\\.h|interface/)")
+check_room(plugins "(protocol|rtsp|onvif|plugins)/|system/(Call|Export)\\.h\"")
 check_room(examples "adapter/(ClientAdapter(Extra)?|Globals)\\.h\"|Tour\\.h\"")
 
 foreach(header HandleRegistry LookUp)

@@ -232,6 +232,13 @@ void CDevice::Logout(CSession& tSession)
     }
 }
 
+void CDevice::Listen(std::shared_ptr<CSession> const& pListener)
+{
+    const CLock tLock(*this);
+    std::erase_if(m_apListeners, [](auto const& pWeak) { return pWeak.expired(); });
+    m_apListeners.push_back(pListener);
+}
+
 void CDevice::EndSessions(std::string const& strUser)
 {
     const uint32_t dwTime = Event(eEventLoginLost, 0, 0).dwTime;
@@ -284,8 +291,15 @@ tagDeviceEvent CDevice::Event(eDeviceEvent eEvent, uint32_t dwWord2, uint32_t dw
 void CDevice::Tell(std::function<void(CSession&)> fnTell)
 {
     DeliveryWorker().Post(
-        [apSessions = m_apSessions, fnTell = std::move(fnTell)]
+        [apSessions = m_apSessions, apListeners = m_apListeners, fnTell = std::move(fnTell)]
         {
+            for (auto const& pWeak : apListeners)
+            {
+                if (const auto pListener = pWeak.lock())
+                {
+                    fnTell(*pListener);
+                }
+            }
             for (auto const& pWeak : apSessions)
             {
                 const auto pSession = pWeak.lock();

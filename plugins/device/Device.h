@@ -81,6 +81,8 @@ public:
     /// Lets a user in, whose level becomes the session's. The session hears of events from now on.
     int Login(std::shared_ptr<CSession> const& pSession, std::string const& strPassword);
     void Logout(CSession& tSession);
+    /// Lets somebody hear of events who is no user: nothing ends it but its owner.
+    void Listen(std::shared_ptr<CSession> const& pListener);
     /// Events for each state that isn't 0, to this session alone.
     void ReportStates(CSession& tSession);
     /// Lets calls that wait look whether their session was closed.
@@ -165,6 +167,7 @@ private:
     int64_t m_llTickUs = g_llNever; // when the worker comes
     int64_t m_llSaveUs = g_llNever; // when the store is written
     std::vector<std::weak_ptr<CSession>> m_apSessions;
+    std::vector<std::weak_ptr<CSession>> m_apListeners;
 
     // Up, or since when not and until when.
     bool m_bUp = true;

@@ -22,6 +22,7 @@
 //   name = "guard", password = "...", level = "operator"
 //   [[device.fault]]              # from its begin on
 //   kind = "busy"; channel, ms, count, value, offset_us, user
+//   [device.onvif]                # for tools/onvif_device alone: its quirks
 
 #include "plugins/device/ClipSizes.h"
 #include "plugins/device/Fleet.h"
@@ -148,6 +149,35 @@ public:
             Fail(m_tNode, std::string(szKey) + " can't be " + strWord);
         }
     }
+    // A table whose keys somebody else knows: texts, numbers, true and false.
+    void Read(char const* szKey, std::map<std::string, std::string>& tValues)
+    {
+        toml::node const* const pNode = Ask(szKey);
+        if (pNode && !pNode->is_table())
+        {
+            Fail(*pNode, std::string(szKey) + " is no table");
+        }
+        for (auto const& [tKey, tValue] : pNode ? *pNode->as_table() : toml::table{})
+        {
+            std::string& strValue = tValues[std::string(tKey.str())];
+            if (const auto tText = tValue.value_exact<std::string>())
+            {
+                strValue = *tText;
+            }
+            else if (const auto tFlag = tValue.value_exact<bool>())
+            {
+                strValue = *tFlag ? "true" : "false";
+            }
+            else if (const auto tNumber = tValue.value_exact<int64_t>())
+            {
+                strValue = std::to_string(*tNumber);
+            }
+            else
+            {
+                Fail(tValue, std::string(tKey.str()) + " is no text, no number and neither true nor false");
+            }
+        }
+    }
     template <class F>
     void ForEach(char const* szKey, F fnEach)
     {
@@ -234,6 +264,7 @@ tagDeviceSpec ReadDevice(CTable& tTable, uint32_t& dwCount)
     tTable.Read("disk_gib", dwGibibytes, 1, 1 << 20);
     tTable.Read("screens", tSpec.dwScreens, 0, 16);
     tTable.Read("end_lost_logins", tSpec.bLoginsEnd);
+    tTable.Read("onvif", tSpec.tOnvif);
     tSpec.ullDiskBytes = uint64_t{dwGibibytes} << 30;
     ReadChannel(tTable, tChannel);
     tSpec.atChannels.assign(dwChannels, tChannel);
@@ -311,6 +342,12 @@ void ReadAll(toml::table const& tRoot, std::filesystem::path const& tFolder, tag
                    });
 }
 } // namespace
+
+uint32_t FaultByName(std::string const& strName)
+{
+    const auto it = std::ranges::find(g_atFaults, strName, [](tagWord const& t) { return std::string(t.szName); });
+    return it == std::end(g_atFaults) ? uint32_t{eFaultNone} : it->dwValue;
+}
 
 tagFleetFile ReadFleetFile(std::string const& strPath)
 {

@@ -5,6 +5,7 @@
 #include "protocol/interface/Plugin.h"
 
 #include <array>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -65,8 +66,9 @@ struct tagDeviceSpec
     bool bLoginsEnd = false; ///< a connection that is lost isn't tried again
     std::vector<tagUserSpec> atUsers{{"admin", "admin", eUserAdministrator}, {"viewer", "viewer", eUserViewer}};
     tagRecordingSpec tRecordings;
-    std::vector<tagDeviceFault> atFaults; ///< from its begin on
-    std::string strStatePath;             ///< empty: a restart of the process forgets all
+    std::vector<tagDeviceFault> atFaults;      ///< from its begin on
+    std::map<std::string, std::string> tOnvif; ///< the table onvif: for who serves the device by ONVIF
+    std::string strStatePath;                  ///< empty: a restart of the process forgets all
 };
 
 /// The device that stands at every address of which no fleet file knows more: four channels, the first two of which

@@ -17,17 +17,6 @@ std::string Format(int64_t llTimeUs, char const* szFormat)
 }
 } // namespace
 
-void CopyText(char* szTo, std::size_t nSize, std::string_view strFrom)
-{
-    std::size_t n = std::min(strFrom.size(), nSize - 1);
-    while (n < strFrom.size() && n > 0 && (static_cast<unsigned char>(strFrom[n]) & 0xC0) == 0x80)
-    {
-        --n;
-    }
-    std::memcpy(szTo, strFrom.data(), n);
-    std::memset(szTo + n, 0, nSize - n);
-}
-
 std::string LowerCase(std::string_view strText)
 {
     std::string strLower(strText);

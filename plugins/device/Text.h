@@ -1,27 +1,17 @@
 #pragma once
 
+#include "plugins/common/Text.h"
 #include "plugins/device/WallView.h"
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <string_view>
 
 namespace device
 {
-/// Into a record's array: cut at a character where it is too long, with a terminator and zeros after it.
-void CopyText(char* szTo, std::size_t nSize, std::string_view strFrom);
-template <std::size_t nSize>
-void CopyText(char (&szTo)[nSize], std::string_view strFrom)
-{
-    CopyText(szTo, nSize, strFrom);
-}
-/// A record's text, which may fill its array.
-template <std::size_t nSize>
-std::string Text(char const (&szFrom)[nSize])
-{
-    return std::string(szFrom, strnlen(szFrom, nSize));
-}
+using plugin::CopyText;
+using plugin::Text;
+
 std::string LowerCase(std::string_view strText);
 SharedBytes ToBytes(std::string_view strText);
 

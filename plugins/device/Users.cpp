@@ -51,6 +51,16 @@ uint32_t CUsers::Level(std::string const& strUser) const
     return ptUser ? ptUser->dwLevel : 0;
 }
 
+std::map<std::string, std::string> CUsers::Passwords() const
+{
+    std::map<std::string, std::string> tPasswords;
+    for (tagConfigUser const& t : Each(const_cast<tagConfigUsers&>(m_tUsers)))
+    {
+        tPasswords.emplace(Text(t.szUserName), Text(t.szPassword));
+    }
+    return tPasswords;
+}
+
 bool CUsers::IsLocked(std::string const& strUser) const
 {
     const auto it = m_tWrong.find(strUser);
@@ -58,6 +68,13 @@ bool CUsers::IsLocked(std::string const& strUser) const
 }
 
 int CUsers::Check(std::string const& strUser, std::string const& strPassword, uint32_t& dwLevel)
+{
+    return Check(
+        strUser, [&](std::string const& strRight) { return strRight == strPassword; }, dwLevel);
+}
+
+int CUsers::Check(std::string const& strUser, std::function<bool(std::string const&)> const& fnIsRight,
+                  uint32_t& dwLevel)
 {
     tagConfigUser const* const ptUser = Find(strUser);
     if (!ptUser)
@@ -68,7 +85,7 @@ int CUsers::Check(std::string const& strUser, std::string const& strPassword, ui
     {
         return eResultLocked;
     }
-    if (Text(ptUser->szPassword) == strPassword)
+    if (fnIsRight(Text(ptUser->szPassword)))
     {
         m_tWrong.erase(strUser);
         dwLevel = ptUser->dwLevel;

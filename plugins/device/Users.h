@@ -5,6 +5,7 @@
 
 #include "protocol/interface/Configuration.h"
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -18,8 +19,14 @@ public:
 
     /// eResultWrongLogin; eResultLocked.
     int Check(std::string const& strUser, std::string const& strPassword, uint32_t& dwLevel);
+    /// The same for who proves that he knows the password and doesn't say it: fnIsRight answers whether his proof is
+    /// that of a password.
+    int Check(std::string const& strUser, std::function<bool(std::string const& strPassword)> const& fnIsRight,
+              uint32_t& dwLevel);
     /// 0: there is no such user.
     uint32_t Level(std::string const& strUser) const;
+    /// By name, for protocols that prove a password without sending it.
+    std::map<std::string, std::string> Passwords() const;
 
     /// eConfigUsers, without passwords.
     tagConfigUsers Read() const;

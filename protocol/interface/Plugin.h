@@ -21,6 +21,7 @@ TESSARO_C_BEGIN
 
 /// What a parameter of a plug-in is.
 TESSARO_ENUM(eMiscParameter){
+    eMiscCertificate = 0x4000, ///< an eRtspCertificate, 4 bytes: for the https devices of later ONVIF logins
     eMiscFault = 0x5000, ///< tagDeviceFault: a simulated device misbehaves
     eMiscFleet =
         0x5001, ///< a path as text, dwLength its bytes with the terminator: the simulated devices' file, read now

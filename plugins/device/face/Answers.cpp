@@ -2,30 +2,22 @@
 
 #include "plugins/device/face/Operations.h"
 
-namespace device::answers
+namespace device
 {
 namespace
 {
-// Nothing is thrown across an entry point, and only Start works before Start.
-template <auto Op, class... A>
-int Enter(tagCall<Op> tCall, A... tArguments)
-try
+bool IsStarted()
 {
-    if constexpr (!std::is_same_v<tagCall<Op>, tagCall<&CClientProtocolBase::Start>>)
-    {
-        if (!Face().bStarted)
-        {
-            return eResultNotStarted;
-        }
-    }
-    return Serve(tCall, tArguments...);
-}
-catch (...)
-{
-    return eResultNoResources;
+    return Face().bStarted;
 }
 } // namespace
+} // namespace device
 
+#define PLUGIN_NAMESPACE device
+#include "plugins/common/Enter.h"
+
+namespace device::answers
+{
 #define OPERATION(line, name, ...)                                                                                     \
     int name(PARAMETERS(&CClientProtocolBase::name __VA_OPT__(, ) __VA_ARGS__))                                        \
     {                                                                                                                  \

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugins/device/face/Callback.h"
+#include "plugins/common/Callback.h"
 #include "plugins/device/face/Handles.h"
 
 #include "protocol/PluginInterface.h"
@@ -12,6 +12,8 @@ class IProtocol;
 
 namespace device
 {
+using plugin::CCallback;
+
 /// What the plug-in has as a whole.
 struct tagFace
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plugins/common/Results.h"
 #include "plugins/device/face/Face.h"
 
 #include <vector>
@@ -8,30 +9,14 @@ namespace device
 {
 /// A query, and what it has found.
 template <class Result>
-class CQuery : public CObject
+class CQuery : public CObject, public plugin::CResults<Result>
 {
 public:
     CQuery(CObject const& tParent, std::vector<Result> atFound)
-        : CObject(tParent.DevicePointer(), tParent.SessionPointer()), m_atFound(std::move(atFound))
+        : CObject(tParent.DevicePointer(), tParent.SessionPointer()), plugin::CResults<Result>(std::move(atFound))
     {
     }
     bool Close() override { return true; }
-    int Next(Result* ptResult)
-    {
-        const std::lock_guard tLock(m_tMutex);
-        if (m_nNext == m_atFound.size())
-        {
-            return Adapter_ProtocolSet::SharedSize(ptResult) ? int{eResultNoMoreEntries} : int{eResultBadArgument};
-        }
-        const int nResult = Adapter_ProtocolSet::WriteRecord(ptResult, m_atFound[m_nNext]);
-        m_nNext += nResult == eResultOk ? 1 : 0;
-        return nResult;
-    }
-
-private:
-    std::mutex m_tMutex;
-    std::vector<Result> m_atFound;
-    std::size_t m_nNext = 0;
 };
 
 /// Opens a query: Method answers it. Parent: what the query is asked of.

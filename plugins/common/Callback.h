@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/interface/Results.h"
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -8,7 +10,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace device
+namespace plugin
 {
 /// An application's function with its user data: replaced as a pair, and never running when it has been ended. No lock
 /// is held while it runs.
@@ -42,30 +44,44 @@ public:
         const std::lock_guard tLock(m_tMutex);
         return m_pfn != nullptr;
     }
-    /// Calls it, if there is one, with the user data as its last argument, where it takes it.
+    /// Calls it, if there is one, with the user data as its last argument, where it takes it. False: there is none, or
+    /// it answered eResultNoEntryPoint, which says the same of whoever stands behind it.
     template <class... A>
-    void Call(A... tArguments)
+    bool Call(A... tArguments)
     {
         std::unique_lock tLock(m_tMutex);
         const Function pfn = m_pfn;
         const unsigned long dwUser = m_dwUser;
         if (!pfn)
         {
-            return;
+            return false;
         }
         m_atRunning.push_back(std::this_thread::get_id());
         tLock.unlock();
-        if constexpr (std::is_invocable_v<Function, A..., unsigned long>)
+        const auto fnCall = [&]
         {
-            pfn(tArguments..., dwUser);
+            if constexpr (std::is_invocable_v<Function, A..., unsigned long>)
+            {
+                return pfn(tArguments..., dwUser);
+            }
+            else
+            {
+                return pfn(tArguments...);
+            }
+        };
+        bool bTaken = true;
+        if constexpr (std::is_void_v<decltype(fnCall())>)
+        {
+            fnCall();
         }
         else
         {
-            pfn(tArguments...);
+            bTaken = fnCall() != eResultNoEntryPoint;
         }
         tLock.lock();
         m_atRunning.erase(std::ranges::find(m_atRunning, std::this_thread::get_id()));
         m_tEnded.notify_all();
+        return bTaken;
     }
 
 private:
@@ -86,4 +102,4 @@ private:
     unsigned long m_dwUser = 0;
     bool m_bClosed = false;
 };
-} // namespace device
+} // namespace plugin

@@ -1,11 +1,11 @@
-#include "plugins/device/TimeZone.h"
+#include "plugins/common/TimeZone.h"
 
 #include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <optional>
 
-namespace device
+namespace plugin
 {
 namespace
 {
@@ -150,4 +150,4 @@ int32_t UtcOffsetMinutes(std::string const& strZone, int64_t llTimeUs)
         bNorth ? llSeconds >= llBegin && llSeconds < llEnd : llSeconds >= llEnd && llSeconds < llBegin;
     return bBetween == bNorth ? tZone.nSummerMinutes : tZone.nStandardMinutes;
 }
-} // namespace device
+} // namespace plugin

@@ -1,0 +1,388 @@
+#include "plugins/onvif/PTZ.h"
+
+#include "plugins/onvif/Imaging.h"
+
+#include "protocol/interface/Results.h"
+
+#include <algorithm>
+
+namespace onvifclient
+{
+namespace
+{
+using namespace onvif;
+
+constexpr int32_t g_nFull = 10000;
+constexpr int32_t g_nUsualMs = 5000;
+constexpr int32_t g_nMostMs = 60000;
+} // namespace
+
+// --- what it works with ----------------------------------------------------------------------------------------------
+
+int CHeads::Find(uint32_t dwChannel, std::shared_ptr<CHead>& pHead)
+{
+    std::shared_ptr<tagChannel const> pChannel;
+    if (const int nResult = m_tLogin.Part<CProfiles>().Channel(dwChannel, pChannel))
+    {
+        return nResult;
+    }
+    {
+        const std::lock_guard tLock(m_tMutex);
+        auto& pThis = m_apHeads[dwChannel];
+        if (!pThis)
+        {
+            pThis = std::make_shared<CHead>(m_tLogin.ClientPointer());
+        }
+        pHead = pThis;
+    }
+    return pHead->Use(std::move(pChannel));
+}
+
+void CHeads::Forget()
+{
+    const std::lock_guard tLock(m_tMutex);
+    for (auto const& [dwChannel, pHead] : m_apHeads)
+    {
+        pHead->Forget();
+    }
+}
+
+void CHead::Forget()
+{
+    const std::lock_guard tLock(m_tMutex);
+    m_bKnown = false;
+}
+
+int CHead::Use(std::shared_ptr<tagChannel const> pChannel)
+{
+    tagProfile const* const ptMoving = m_pClient->Has(eService::PTZ) ? pChannel->Moving() : nullptr;
+    const std::string strNode = ptMoving ? ptMoving->strNode : std::string();
+    const std::string strProfile = ptMoving ? ptMoving->strToken : pChannel->atProfiles[0].strToken;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        if (m_bKnown && strNode == m_strNode)
+        {
+            m_tUse.pChannel = std::move(pChannel);
+            m_tUse.strProfile = strProfile;
+            return eResultOk;
+        }
+    }
+    std::shared_ptr<tagNode> pNode;
+    if (ptMoving)
+    {
+        pNode = std::make_shared<tagNode>();
+        if (const int nResult = AskNode(*m_pClient, strNode, *pNode))
+        {
+            return nResult;
+        }
+    }
+    const std::lock_guard tLock(m_tMutex);
+    m_tUse = {std::move(pChannel), std::move(pNode), strProfile};
+    m_strNode = strNode;
+    m_bKnown = true;
+    return eResultOk;
+}
+
+CHead::tagUse CHead::Used() const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return m_tUse;
+}
+
+CXmlWriter CHead::Body(tagUse const& tUse)
+{
+    CXmlWriter tBody;
+    tBody.Add("tptz:ProfileToken", tUse.strProfile);
+    return tBody;
+}
+
+int CHead::Send(char const* szName, CXmlWriter tBody)
+{
+    return m_pClient->Call({eService::PTZ, szName, tBody.Take()}).Result();
+}
+
+std::string Vector2(char const* szName, tagSpace const& tSpace, double dX, double dY)
+{
+    CXmlWriter t;
+    t.Open(szName).Attribute("x", NumberText(dX)).Attribute("y", NumberText(dY));
+    return tSpace.strUri.empty() ? t.Take() : t.Attribute("space", tSpace.strUri).Take();
+}
+
+std::string Vector1(char const* szName, tagSpace const& tSpace, double dX)
+{
+    CXmlWriter t;
+    t.Open(szName).Attribute("x", NumberText(dX));
+    return tSpace.strUri.empty() ? t.Take() : t.Attribute("space", tSpace.strUri).Take();
+}
+
+std::string SpeedText(tagNode const& tNode, int32_t nSpeed, char const* szElement)
+{
+    tagSpace const* const ptHead = Usual(tNode.atSpeed);
+    tagSpace const* const ptZoom = Usual(tNode.atZoomSpeed);
+    if (!ptHead && !ptZoom)
+    {
+        return {};
+    }
+    const int32_t nThis = nSpeed == 0 ? g_nFull : nSpeed;
+    CXmlWriter t;
+    t.Open(szElement);
+    if (ptHead)
+    {
+        t.Raw(Vector2("tt:PanTilt", *ptHead, ptHead->tX.dMost * nThis / g_nFull, ptHead->tY.dMost * nThis / g_nFull));
+    }
+    if (ptZoom)
+    {
+        t.Raw(Vector1("tt:Zoom", *ptZoom, ptZoom->tX.dMost * nThis / g_nFull));
+    }
+    return t.Take();
+}
+
+int CHead::Command(ePTZControlCmdCode eCommand, Para const& anPara, char const* szName)
+{
+    const tagUse tUse = Used();
+    if (eCommand != ePTZFocus && eCommand != ePTZFocusOnce && !tUse.pNode)
+    {
+        return eResultNotSupported;
+    }
+    switch (eCommand)
+    {
+    case ePTZStop:
+        return Stop(tUse, static_cast<uint32_t>(anPara[0]));
+    case ePTZMove:
+        return Turn(tUse, anPara[0], anPara[1], anPara[2], true, anPara[3]);
+    case ePTZZoom:
+        return Turn(tUse, 0, 0, anPara[0], false, anPara[3]);
+    case ePTZFocus:
+        return Focus(tUse, anPara[0], anPara[3]);
+    case ePTZFocusOnce:
+        return SetAutoFocus(*m_pClient, *tUse.pChannel, true);
+    case ePTZAbsolute:
+        return Absolute(tUse, anPara);
+    case ePTZRelative:
+        return Relative(tUse, anPara);
+    case ePTZPresetSet:
+        return SetPreset(tUse, static_cast<uint32_t>(anPara[0]), szName ? szName : "");
+    case ePTZPresetCall:
+        return CallPreset(tUse, static_cast<uint32_t>(anPara[0]), anPara[1]);
+    case ePTZPresetRemove:
+        return RemovePreset(tUse, static_cast<uint32_t>(anPara[0]));
+    case ePTZHomeSet:
+        return Send("SetHomePosition", Body(tUse));
+    case ePTZHomeCall:
+        return Within(anPara[0], 0, g_nFull)
+                   ? Send("GotoHomePosition", Body(tUse).Raw(SpeedText(*tUse.pNode, anPara[0], "tptz:Speed")))
+                   : int{eResultBadArgument};
+    case ePTZAuxiliary:
+        return Auxiliary(tUse, anPara);
+    case ePTZIris: // ONVIF has no word for it
+        return eResultNotSupported;
+    default:
+        return eCommand >= ePTZTourAddPreset && eCommand <= ePTZTourRemove ? TourCommand(tUse, eCommand, anPara)
+                                                                           : int{eResultBadArgument};
+    }
+}
+
+// --- continuous movements --------------------------------------------------------------------------------------------
+
+// bHead: pan and tilt too, else zoom alone.
+int CHead::Turn(tagUse const& tUse, int32_t nPan, int32_t nTilt, int32_t nZoom, bool bHead, int32_t nMilliseconds)
+{
+    if (!Within(nPan, -g_nFull, g_nFull) || !Within(nTilt, -g_nFull, g_nFull) || !Within(nZoom, -g_nFull, g_nFull))
+    {
+        return eResultBadArgument;
+    }
+    const bool bTurns = bHead && !tUse.pNode->atVelocity.empty();
+    const bool bZooms = !tUse.pNode->atZoomVelocity.empty();
+    if ((!bTurns && (nPan != 0 || nTilt != 0)) || (!bZooms && nZoom != 0) || (!bTurns && !bZooms))
+    {
+        return eResultNotSupported;
+    }
+    const auto dwAsked = static_cast<uint32_t>(nMilliseconds);
+    const int64_t llForMs = dwAsked == 0 ? g_nUsualMs : std::min<int64_t>(dwAsked, g_nMostMs);
+    // A speed of 0 for all of it is a stop, which every device knows.
+    const bool bStands = nPan == 0 && nTilt == 0 && nZoom == 0;
+    const int nResult = bStands ? StopPart(tUse, (bTurns ? ePTZAxisPan | ePTZAxisTilt : 0U) | ePTZAxisZoom)
+                                : SendVelocity(tUse, {nPan, nTilt, nZoom, 0}, bTurns, bZooms, llForMs);
+    if (nResult == eResultOk && !bStands)
+    {
+        if (bTurns)
+        {
+            Begin(eMotionHead, nPan, nTilt, llForMs);
+        }
+        if (bZooms)
+        {
+            Begin(eMotionZoom, nZoom, 0, llForMs);
+        }
+    }
+    return nResult;
+}
+
+int CHead::SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, bool bZoom, int64_t llMilliseconds)
+{
+    CXmlWriter tBody = Body(tUse);
+    tBody.Open("tptz:Velocity");
+    if (bHead)
+    {
+        tagSpace const& t = *Usual(tUse.pNode->atVelocity);
+        tBody.Raw(Vector2("tt:PanTilt", t, SpeedIn(t.tX, anSpeed[0]), SpeedIn(t.tY, anSpeed[1])));
+    }
+    if (bZoom)
+    {
+        tagSpace const& t = *Usual(tUse.pNode->atZoomVelocity);
+        tBody.Raw(Vector1("tt:Zoom", t, SpeedIn(t.tX, anSpeed[2])));
+    }
+    tBody.Close();
+    const std::string strBody = tBody.Take();
+    bool bNoTimeout = false;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        bNoTimeout = m_bNoTimeout;
+    }
+    // In whole seconds, since not every device understands parts of one: what ends the movement in time is our own
+    // stop, and the device's time-out only where that is lost.
+    const std::string strTimeout =
+        CXmlWriter().Add("tptz:Timeout", DurationText((llMilliseconds + 999) / 1000 * 1000)).Take();
+    const CAnswer tAnswer =
+        m_pClient->Call({eService::PTZ, "ContinuousMove", bNoTimeout ? strBody : strBody + strTimeout});
+    if (bNoTimeout || tAnswer.Result() != eResultBadArgument)
+    {
+        return tAnswer.Result();
+    }
+    const int nResult = m_pClient->Call({eService::PTZ, "ContinuousMove", strBody}).Result();
+    const std::lock_guard tLock(m_tMutex);
+    m_bNoTimeout = nResult == eResultOk;
+    return nResult;
+}
+
+void CHead::Begin(eMotion eWhich, int32_t nX, int32_t nY, int64_t llMilliseconds)
+{
+    const Clock::time_point tEnd = Clock::now() + std::chrono::milliseconds(llMilliseconds);
+    uint32_t dwRun = 0;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        tagMotion& tMotion = m_atMotions[eWhich];
+        dwRun = tMotion.dwRun + 1;
+        tMotion = {nX, nY, tEnd, dwRun};
+    }
+    m_pClient->Http().Begin(EndLater(shared_from_this(), eWhich, dwRun, tEnd));
+}
+
+void CHead::Ended(eMotion eWhich)
+{
+    const std::lock_guard tLock(m_tMutex);
+    tagMotion& tMotion = m_atMotions[eWhich];
+    tMotion = {0, 0, {}, tMotion.dwRun + 1};
+}
+
+rtsp::CTask<> CHead::EndLater(std::shared_ptr<CHead> pSelf, eMotion eWhich, uint32_t dwRun, Clock::time_point tEnd)
+{
+    CClient& tClient = *pSelf->m_pClient;
+    co_await tClient.Http().Until(tClient.Group(), tEnd); // a logout ends it too
+    tagUse tUse;
+    {
+        const std::lock_guard tLock(pSelf->m_tMutex);
+        if (pSelf->m_atMotions[eWhich].dwRun != dwRun)
+        {
+            co_return;
+        }
+        pSelf->m_atMotions[eWhich] = {0, 0, {}, dwRun + 1};
+        tUse = pSelf->m_tUse;
+    }
+    if (eWhich == eMotionFocus)
+    {
+        co_await tClient.CallAsync(
+            {eService::Imaging, "Stop", CXmlWriter().Add("timg:VideoSourceToken", tUse.pChannel->strSource).Take()});
+        co_return;
+    }
+    co_await tClient.CallAsync(
+        {eService::PTZ, "Stop",
+         Body(tUse).Add("tptz:PanTilt", eWhich == eMotionHead).Add("tptz:Zoom", eWhich == eMotionZoom).Take()});
+}
+
+int CHead::Stop(tagUse const& tUse, uint32_t dwAxes)
+{
+    const int nResult = StopPart(tUse, dwAxes);
+    if (dwAxes == 0)
+    {
+        StopTours(tUse);
+    }
+    return nResult;
+}
+
+// dwAxes: ePTZAxis bits, 0: all.
+int CHead::StopPart(tagUse const& tUse, uint32_t dwAxes)
+{
+    const bool bAll = dwAxes == 0;
+    const bool bPan = bAll || (dwAxes & ePTZAxisPan) != 0;
+    const bool bTilt = bAll || (dwAxes & ePTZAxisTilt) != 0;
+    const bool bZoom = bAll || (dwAxes & ePTZAxisZoom) != 0;
+    tagMotion tHead;
+    bool bFocus = (dwAxes & ePTZAxisFocus) != 0;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        tHead = m_atMotions[eMotionHead];
+        bFocus = bFocus || (bAll && m_atMotions[eMotionFocus].nX != 0);
+    }
+    int nResult = eResultOk;
+    const auto llLeftMs = std::chrono::duration_cast<std::chrono::milliseconds>(tHead.tEnd - Clock::now()).count();
+    if (bPan != bTilt && llLeftMs > 0 && (bPan ? tHead.nY : tHead.nX) != 0)
+    {
+        // ONVIF stops both; the other one goes on by a new movement.
+        const Para anSpeed = {bPan ? 0 : tHead.nX, bTilt ? 0 : tHead.nY, 0, 0};
+        nResult = SendVelocity(tUse, anSpeed, true, false, llLeftMs);
+        if (nResult == eResultOk)
+        {
+            Begin(eMotionHead, anSpeed[0], anSpeed[1], llLeftMs);
+        }
+        if (bZoom && nResult == eResultOk)
+        {
+            nResult = Send("Stop", Body(tUse).Add("tptz:PanTilt", false).Add("tptz:Zoom", true));
+            Ended(eMotionZoom);
+        }
+    }
+    else if (bPan || bTilt || bZoom)
+    {
+        nResult = Send("Stop", Body(tUse).Add("tptz:PanTilt", bPan || bTilt).Add("tptz:Zoom", bZoom));
+        if (bPan || bTilt)
+        {
+            Ended(eMotionHead);
+        }
+        if (bZoom)
+        {
+            Ended(eMotionZoom);
+        }
+    }
+    if (bFocus)
+    {
+        Ended(eMotionFocus);
+        const int nFocus = MoveFocus(*m_pClient, *tUse.pChannel, 0);
+        nResult = nResult ? nResult : nFocus;
+    }
+    return nResult;
+}
+
+int CHead::Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds)
+{
+    if (!Within(nSpeed, -g_nFull, g_nFull))
+    {
+        return eResultBadArgument;
+    }
+    bool bMoving = false;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        bMoving = m_atMotions[eMotionFocus].nX != 0;
+    }
+    int nResult = bMoving || nSpeed == 0 ? int{eResultOk} : SetAutoFocus(*m_pClient, *tUse.pChannel, false);
+    nResult = nResult ? nResult : MoveFocus(*m_pClient, *tUse.pChannel, nSpeed);
+    if (nResult == eResultOk && nSpeed != 0)
+    {
+        const auto dwAsked = static_cast<uint32_t>(nMilliseconds);
+        Begin(eMotionFocus, nSpeed, 0, dwAsked == 0 ? g_nUsualMs : std::min<int64_t>(dwAsked, g_nMostMs));
+    }
+    else if (nResult == eResultOk)
+    {
+        Ended(eMotionFocus);
+    }
+    return nResult;
+}
+} // namespace onvifclient
