@@ -136,7 +136,8 @@ TEST_P(CFleetTest, StreamsOutliveRestarts)
     std::printf("tried: %u restarts of %u devices, after which %u streams came back\n", dwRestarts, TESSARO_DEVICES,
                 dwReturns);
     Disconnect();
-    EXPECT_EQ(Entries("/proc/self/task"), nThreads);
+    // A thread that helped out ends a moment later.
+    EXPECT_TRUE(Comes([&] { return Entries("/proc/self/task") <= nThreads; }));
     EXPECT_EQ(Entries("/proc/self/fd"), nFiles);
     if (TESSARO_MEASURES_MEMORY)
     {

@@ -175,6 +175,8 @@ void CLiveStream::CheckClock(int64_t llNowUs, int64_t llDeviceUs)
         const int64_t llVideo = m_tVideo.llNext;
         const int64_t llAudio = m_tAudio.llNext;
         Anchor(llDeviceUs, false);
+        --m_tVideo.llNext; // the present ones, not the next: where all is late for long, each stream still gets some
+        --m_tAudio.llNext;
         m_tVideo.dwSequence += static_cast<uint32_t>(m_tVideo.llNext - llVideo);
         m_tAudio.dwSequence += static_cast<uint32_t>(m_tAudio.llNext - llAudio);
     }
