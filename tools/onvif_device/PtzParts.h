@@ -6,6 +6,18 @@
 
 namespace onvif_device
 {
+/// What can be switched beside the camera, and what it is called: tt:Wiper|On.
+struct tagAuxiliaryName
+{
+    ePTZAuxiliaryKind eKind;
+    char const* szName;
+};
+inline constexpr tagAuxiliaryName g_atAuxiliaries[] = {{ePTZWiper, "Wiper"},
+                                                       {ePTZWasher, "Washer"},
+                                                       {ePTZLight, "WhiteLight"},
+                                                       {ePTZInfrared, "IRLamp"},
+                                                       {ePTZHeater, "Heater"}};
+
 /// @name Need the device's lock, and throw CFault
 /// @{
 
