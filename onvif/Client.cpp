@@ -103,17 +103,6 @@ tagHttpAnswer CClient::Get(std::string strAnnounced, std::size_t nMost)
     return m_tHttp.Wait(GetAsync(std::move(strAnnounced), nMost)).value_or(std::move(tNone));
 }
 
-tagHttpAnswer CClient::Put(std::string strAnnounced, std::string strBody, std::string strType, milliseconds tLimit)
-{
-    tagHttpRequest tRequest;
-    tRequest.strUrl = Reachable(strAnnounced);
-    tRequest.strBody = std::move(strBody);
-    tRequest.strType = std::move(strType);
-    tagHttpAnswer tNone;
-    tNone.nResult = eResultNotStarted;
-    return m_tHttp.Wait(Send(std::move(tRequest), true, Clock::now() + tLimit)).value_or(std::move(tNone));
-}
-
 bool CClient::Has(eService eWhich) const
 {
     const std::lock_guard tLock(m_tMutex);
@@ -159,10 +148,11 @@ void CClient::Tell(int nResult)
 }
 
 // Sends, and answers a challenge once.
-rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, bool bWithLogin, Clock::time_point tUntil)
+rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, bool bWithLogin, Clock::time_point tUntil,
+                                         std::shared_ptr<CHttpGroup> pGroup)
 {
     const auto pThis = shared_from_this();
-    const auto pGroup = Group();
+    pGroup = pGroup ? std::move(pGroup) : Group();
     const std::string strMethod = tRequest.strBody.empty() ? "GET" : "POST";
     const auto tAddress = ParseAddress(tRequest.strUrl);
     tRequest.bCheckCertificate = m_tOptions.bCheckCertificate;
@@ -402,5 +392,17 @@ rtsp::CTask<tagHttpAnswer> CClient::GetAsync(std::string strAnnounced, std::size
     tRequest.strUrl = Reachable(strAnnounced);
     tRequest.nMost = nMost;
     co_return co_await Send(std::move(tRequest), true, Clock::now() + m_tOptions.tLimit);
+}
+
+rtsp::CTask<tagHttpAnswer> CClient::PutAsync(std::string strAnnounced, std::string strBody, std::string strType,
+                                             milliseconds tLimit, std::shared_ptr<CHttpGroup> pGroup,
+                                             std::function<void(std::uint64_t)> fnSent)
+{
+    tagHttpRequest tRequest;
+    tRequest.strUrl = Reachable(strAnnounced);
+    tRequest.strBody = std::move(strBody);
+    tRequest.strType = std::move(strType);
+    tRequest.fnSent = std::move(fnSent);
+    co_return co_await Send(std::move(tRequest), true, Clock::now() + tLimit, std::move(pGroup));
 }
 } // namespace onvif

@@ -76,9 +76,11 @@ public:
     /// A file of the device's by HTTP, a snapshot: strAnnounced is its address as the device gave it.
     tagHttpAnswer Get(std::string strAnnounced, std::size_t nMost = 8U << 20);
     rtsp::CTask<tagHttpAnswer> GetAsync(std::string strAnnounced, std::size_t nMost = 8U << 20);
-    /// Sends a file to an address that the device gave: a firmware.
-    tagHttpAnswer Put(std::string strAnnounced, std::string strBody, std::string strType,
-                      std::chrono::milliseconds tLimit);
+    /// Sends a file to an address that the device gave: a firmware. It ends with pGroup; fnSent hears now and then how
+    /// many bytes have gone.
+    rtsp::CTask<tagHttpAnswer> PutAsync(std::string strAnnounced, std::string strBody, std::string strType,
+                                        std::chrono::milliseconds tLimit, std::shared_ptr<CHttpGroup> pGroup,
+                                        std::function<void(std::uint64_t)> fnSent);
 
     /// After a login: whether the device has this service.
     bool Has(eService eWhich) const;
@@ -105,7 +107,9 @@ private:
     struct tagState; ///< the HTTP thread's
 
     rtsp::CTask<CAnswer> Exchange(tagRequest tRequest, bool bWithLogin, Clock::time_point tUntil);
-    rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, bool bWithLogin, Clock::time_point tUntil);
+    /// pGroup: null, the login's.
+    rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, bool bWithLogin, Clock::time_point tUntil,
+                                    std::shared_ptr<CHttpGroup> pGroup = nullptr);
     rtsp::CTask<int> AskClock(Clock::time_point tUntil);
     rtsp::CTask<int> AskServices(Clock::time_point tUntil);
     void TakeService(eService eWhich, std::string_view strAddress);

@@ -111,7 +111,7 @@ int Ask(CClient& tClient, tagChannel const& tChannel, tagSettings& t)
         return t.tSettings.Result();
     }
     t.tOptions = tClient.Call({eService::Imaging, "GetOptions", SourceToken(tChannel)});
-    return t.tOptions || t.tOptions.Answered() ? int{eResultOk} : t.tOptions.Result(); // a device may lack options
+    return IsSilent(t.tOptions) ? t.tOptions.Result() : int{eResultOk}; // a device may lack options
 }
 
 // The range that a level has where the device doesn't tell.

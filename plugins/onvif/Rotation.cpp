@@ -31,7 +31,7 @@ int ReadTurn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_
     {
         dwTurn = g_adwTurns[Word(tRotate, "Degree") / 90 % 4];
     }
-    return tAnswer.Answered() ? int{eResultOk} : tAnswer.Result();
+    return IsSilent(tAnswer) ? tAnswer.Result() : int{eResultOk};
 }
 
 int WriteTurn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t dwTurn)
