@@ -15,6 +15,7 @@ namespace
 {
 using std::chrono::milliseconds;
 
+constexpr unsigned g_nMostTries = 6;               // of one request, with challenges and redirections
 constexpr std::int64_t g_llClockMoved = 2'000'000; // microseconds: worth a second try
 
 std::int64_t NowUs()
@@ -34,13 +35,49 @@ std::string ElementOf(tagRequest const& tRequest)
     return strName.find(':') == std::string::npos ? NameOf(tRequest.eTo).szPrefix + (':' + strName) : strName;
 }
 
-// Our password goes over the network as a digest only.
-std::vector<std::string_view> DigestsOf(std::vector<std::string> const& astrChallenges)
+// Over an open network our password goes as a digest only.
+std::vector<std::string_view> SafeOf(std::vector<std::string> const& astrChallenges, bool bTls)
 {
-    std::vector<std::string_view> astrDigests;
-    std::ranges::copy_if(astrChallenges, std::back_inserter(astrDigests),
-                         [](std::string const& str) { return !rtsp::BeginsInAnyCase(str, "basic"); });
-    return astrDigests;
+    std::vector<std::string_view> astrSafe;
+    std::ranges::copy_if(astrChallenges, std::back_inserter(astrSafe),
+                         [=](std::string const& str) { return bTls || !rtsp::BeginsInAnyCase(str, "basic"); });
+    return astrSafe;
+}
+
+// Empty: it says no such thing, or names another host, where our login has no business.
+std::string MovedTo(tagHttpAnswer const& tAnswer, tagAddress const& tFrom)
+{
+    const bool bMoved =
+        tAnswer.nStatus == 301 || tAnswer.nStatus == 302 || tAnswer.nStatus == 307 || tAnswer.nStatus == 308;
+    if (tAnswer.nResult != eResultOk || !bMoved)
+    {
+        return {};
+    }
+    tagAddress tTo = tFrom;
+    tTo.strPath = tAnswer.strLocation;
+    const auto tWhole = ParseAddress(tAnswer.strLocation);
+    return tWhole && tWhole->strHost == tFrom.strHost        ? tWhole->Text()
+           : !tWhole && tAnswer.strLocation.starts_with('/') ? tTo.Text()
+                                                             : std::string();
+}
+
+std::string ActionOf(tagRequest const& tRequest)
+{
+    if (tRequest.szAction)
+    {
+        return std::string("; action=\"") + tRequest.szAction + '"';
+    }
+    const bool bOwn = std::string_view(tRequest.szName).find(':') == std::string_view::npos;
+    return bOwn ? std::string("; action=\"") + NameOf(tRequest.eTo).szNamespace + '/' + tRequest.szName + '"'
+                : std::string();
+}
+
+// A device that says a wrong length has answered all the same when the whole document came.
+bool IsComplete(tagHttpAnswer const& tAnswer)
+{
+    const bool bCut = tAnswer.nResult == eResultConnectionLost || tAnswer.nResult == eResultTimeOut;
+    return tAnswer.nResult == eResultOk ||
+           (bCut && tAnswer.nStatus == 200 && rtsp::Trim(tAnswer.strBody).ends_with("Envelope>"));
 }
 
 bool WasRefusedForLogin(CAnswer const& tAnswer)
@@ -54,7 +91,8 @@ struct CClient::tagState
     explicit tagState(tagClientOptions const& t) : tAuthenticator(t.strUser, t.strPassword) {}
 
     rtsp::CAuthenticator tAuthenticator;
-    bool bKnowsServices = false;
+    unsigned nChallenges = 0; ///< that were taken
+    std::string strDate;      ///< of the last answer
 };
 
 CClient::CClient(CHttp& tHttp, tagClientOptions tOptions)
@@ -147,48 +185,69 @@ void CClient::Tell(int nResult)
     }
 }
 
-// Sends, and answers a challenge once.
-rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, bool bWithLogin, Clock::time_point tUntil,
+// Answers challenges, and follows a device that moves itself to another of its own ports.
+rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
                                          std::shared_ptr<CHttpGroup> pGroup)
 {
     const auto pThis = shared_from_this();
     pGroup = pGroup ? std::move(pGroup) : Group();
     const std::string strMethod = tRequest.strBody.empty() ? "GET" : "POST";
-    const auto tAddress = ParseAddress(tRequest.strUrl);
     tRequest.bCheckCertificate = m_tOptions.bCheckCertificate;
+    tagState& tState = *m_ptState;
     tagHttpAnswer tAnswer;
-    if (!tAddress)
+    bool bAgain = true;
+    for (unsigned nTry = 0; bAgain && nTry < g_nMostTries; ++nTry)
     {
-        tAnswer.nResult = eResultBadAddress;
-        co_return tAnswer;
-    }
-    for (bool bAgain = true; bAgain;)
-    {
+        const auto tAddress = ParseAddress(tRequest.strUrl);
+        if (!tAddress)
+        {
+            tAnswer = {};
+            tAnswer.nResult = eResultBadAddress;
+            break;
+        }
+        const unsigned nChallenges = tState.nChallenges;
         tRequest.tLimit = Left(tUntil);
         tRequest.strAuthorization =
-            bWithLogin ? m_ptState->tAuthenticator.Authorization(strMethod, tAddress->strPath) : std::string();
+            eWith == eProof::None ? std::string() : tState.tAuthenticator.Authorization(strMethod, tAddress->strPath);
         tAnswer = co_await m_tHttp.Send(pGroup, tRequest);
-        bAgain = bWithLogin && tAnswer.nResult == eResultOk && tAnswer.nStatus == 401 && Clock::now() < tUntil &&
-                 m_ptState->tAuthenticator.TakeChallenges(DigestsOf(tAnswer.astrChallenges));
+        bAgain = false;
+        if (tAnswer.nResult == eResultOk && tAnswer.nStatus == 401 && eWith != eProof::None)
+        {
+            // Another call may have been given a newer challenge meanwhile: that one is answered.
+            bAgain = nChallenges != tState.nChallenges ||
+                     tState.tAuthenticator.TakeChallenges(SafeOf(tAnswer.astrChallenges, tAddress->bTls));
+            tState.nChallenges += bAgain && nChallenges == tState.nChallenges ? 1 : 0;
+        }
+        else if (const std::string strMoved = MovedTo(tAnswer, *tAddress); !strMoved.empty())
+        {
+            tRequest.strUrl = strMoved;
+            bAgain = true;
+        }
     }
-    Tell(tAnswer.nResult);
+    if (!pGroup->IsEnded())
+    {
+        Tell(tAnswer.nResult);
+    }
+    tState.strDate = tAnswer.strDate;
     co_return tAnswer;
 }
 
-rtsp::CTask<CAnswer> CClient::Exchange(tagRequest tRequest, bool bWithLogin, Clock::time_point tUntil)
+std::string CClient::AddressFor(tagRequest const& tRequest) const
 {
-    std::string strUrl;
-    if (tRequest.strTo.empty())
+    if (!tRequest.strTo.empty())
     {
-        const std::lock_guard tLock(m_tMutex);
-        strUrl = m_astrServices[static_cast<std::size_t>(tRequest.eTo)];
-        strUrl = strUrl.empty() && tRequest.eTo == eService::Device ? m_tOptions.tAddress.Text() : strUrl;
+        return Reachable(tRequest.strTo);
     }
-    else
-    {
-        strUrl = Reachable(tRequest.strTo);
-    }
-    if (strUrl.empty())
+    const std::lock_guard tLock(m_tMutex);
+    std::string const& strService = m_astrServices[static_cast<std::size_t>(tRequest.eTo)];
+    return strService.empty() && tRequest.eTo == eService::Device ? m_tOptions.tAddress.Text() : strService;
+}
+
+rtsp::CTask<CAnswer> CClient::Exchange(tagRequest tRequest, eProof eWith, Clock::time_point tUntil)
+{
+    tagHttpRequest tHttp;
+    tHttp.strUrl = AddressFor(tRequest);
+    if (tHttp.strUrl.empty())
     {
         co_return CAnswer::Failed(eResultNotSupported, "the device has no such service");
     }
@@ -196,139 +255,152 @@ rtsp::CTask<CAnswer> CClient::Exchange(tagRequest tRequest, bool bWithLogin, Clo
     if (tRequest.szAction)
     {
         CXmlWriter tXml;
-        tXml.Add("wsa:Action", tRequest.szAction).Add("wsa:To", tRequest.strTo.empty() ? strUrl : tRequest.strTo);
+        tXml.Add("wsa:Action", tRequest.szAction);
+        tXml.Add("wsa:To", tRequest.strTo.empty() ? tHttp.strUrl : tRequest.strTo);
         strHeader += tXml.Take();
     }
-    if (bWithLogin && !m_tOptions.strUser.empty())
+    if (eWith == eProof::Full && !m_tOptions.strUser.empty())
     {
         strHeader += UsernameToken(m_tOptions.strUser, m_tOptions.strPassword, DeviceTimeUs());
     }
-    tagHttpRequest tHttp;
-    tHttp.strUrl = strUrl;
     tHttp.strBody = Envelope(ElementOf(tRequest), tRequest.strBody, strHeader);
-    tHttp.strType = "application/soap+xml; charset=utf-8";
-    if (tRequest.szAction)
+    tHttp.strType = "application/soap+xml; charset=utf-8" + ActionOf(tRequest);
+    const tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), eWith, tUntil);
+    co_return IsComplete(tAnswer) ? CAnswer::Read(tAnswer.nStatus, tAnswer.strBody)
+                                  : CAnswer::Failed(tAnswer.nResult, tAnswer.strError);
+}
+
+namespace
+{
+// Whole seconds; nothing: it isn't there, or is no time.
+std::optional<std::int64_t> ClockOf(pugi::xml_node tUtc)
+{
+    long long anPart[6] = {};
+    std::size_t nPart = 0;
+    for (char const* const szPath : {"Date/Year", "Date/Month", "Date/Day", "Time/Hour", "Time/Minute", "Time/Second"})
     {
-        tHttp.strType += std::string("; action=\"") + tRequest.szAction + '"';
+        const auto llPart = Integer(tUtc, szPath);
+        if (!llPart || *llPart < 0 || *llPart > 9999)
+        {
+            return std::nullopt;
+        }
+        anPart[nPart++] = *llPart;
     }
-    else if (std::string_view(tRequest.szName).find(':') == std::string_view::npos)
+    char szText[160];
+    std::snprintf(szText, sizeof szText, "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ", anPart[0], anPart[1], anPart[2],
+                  anPart[3], anPart[4], anPart[5]);
+    return ParseTime(szText);
+}
+} // namespace
+
+// A device that doesn't tell its clock in words may do it in its answer's header.
+void CClient::TakeClock(CAnswer const& tAnswer, std::int64_t llSent)
+{
+    auto llDevice = ClockOf(Find(tAnswer.Body(), "SystemDateAndTime/UTCDateTime"));
+    if (!llDevice)
     {
-        tHttp.strType += std::string("; action=\"") + NameOf(tRequest.eTo).szNamespace + '/' + tRequest.szName + '"';
+        llDevice = ParseHttpDate(m_ptState->strDate);
     }
-    const tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), bWithLogin, tUntil);
-    co_return tAnswer.nResult == eResultOk ? CAnswer::Read(tAnswer.nStatus, tAnswer.strBody)
-                                           : CAnswer::Failed(tAnswer.nResult, tAnswer.strError);
+    if (llDevice)
+    {
+        m_llOffsetUs = *llDevice - (llSent + (NowUs() - llSent) / 2);
+    }
 }
 
 rtsp::CTask<int> CClient::AskClock(Clock::time_point tUntil)
 {
     tagRequest tRequest;
     tRequest.szName = "GetSystemDateAndTime";
-    const std::int64_t llSent = NowUs();
-    const CAnswer tAnswer = co_await Exchange(std::move(tRequest), false, tUntil);
-    if (!tAnswer.Answered())
+    std::int64_t llSent = NowUs();
+    CAnswer tAnswer = co_await Exchange(tRequest, eProof::None, tUntil);
+    if (tAnswer.HttpStatus() == 401 && !m_tOptions.strUser.empty())
     {
-        co_return tAnswer.Result();
-    }
-    const pugi::xml_node tUtc = Find(tAnswer.Body(), "SystemDateAndTime/UTCDateTime");
-    const auto fnPart = [&](char const* szPath) { return Integer(tUtc, szPath); };
-    const auto nYear = fnPart("Date/Year");
-    const auto nMonth = fnPart("Date/Month");
-    const auto nDay = fnPart("Date/Day");
-    const auto nHour = fnPart("Time/Hour");
-    const auto nMinute = fnPart("Time/Minute");
-    const auto nSecond = fnPart("Time/Second");
-    if (nYear && nMonth && nDay && nHour && nMinute && nSecond)
-    {
-        char szText[160];
-        std::snprintf(szText, sizeof szText, "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ",
-                      static_cast<long long>(*nYear), static_cast<long long>(*nMonth), static_cast<long long>(*nDay),
-                      static_cast<long long>(*nHour), static_cast<long long>(*nMinute),
-                      static_cast<long long>(*nSecond));
-        if (const auto llDevice = ParseTime(szText))
+        // It tells nobody without a login: an answer to its challenge doesn't need the clock.
+        const unsigned nChallenges = m_ptState->nChallenges;
+        llSent = NowUs();
+        tAnswer = co_await Exchange(tRequest, eProof::Http, tUntil);
+        if (tAnswer.HttpStatus() == 401 && m_ptState->nChallenges != nChallenges)
         {
-            m_llOffsetUs = *llDevice - (llSent + (NowUs() - llSent) / 2);
+            co_return eResultWrongLogin;
         }
     }
-    co_return eResultOk;
+    TakeClock(tAnswer, llSent);
+    co_return tAnswer.Answered() ? int{eResultOk} : tAnswer.Result();
 }
 
-void CClient::TakeService(eService eWhich, std::string_view strAddress)
+// --- services --------------------------------------------------------------------------------------------------------
+
+namespace
 {
-    std::string& strService = m_astrServices[static_cast<std::size_t>(eWhich)];
-    if (strService.empty() && !strAddress.empty())
+std::array<std::string, g_nServices> FromServices(pugi::xml_node tAnswer)
+{
+    std::array<std::string, g_nServices> astrAnnounced;
+    for (pugi::xml_node const& tService : Children(tAnswer, "Service"))
     {
-        strService = onvif::Reachable(strAddress, m_tOptions.tAddress, m_wAnnouncedPort);
+        if (tagServiceName const* const ptName = FindService(Text(tService, "Namespace")))
+        {
+            astrAnnounced[static_cast<std::size_t>(ptName->eWhich)] = Text(tService, "XAddr");
+        }
     }
+    return astrAnnounced;
+}
+
+std::array<std::string, g_nServices> FromCapabilities(pugi::xml_node tAnswer)
+{
+    std::array<std::string, g_nServices> astrAnnounced;
+    for (std::size_t i = 0; i < g_nServices; ++i)
+    {
+        if (char const* const szPath = NameOf(static_cast<eService>(i)).szInCapabilities)
+        {
+            astrAnnounced[i] = Text(Find(Find(tAnswer, "Capabilities"), szPath), "XAddr");
+        }
+    }
+    return astrAnnounced;
+}
+} // namespace
+
+bool CClient::TakeServices(Addresses const& astrAnnounced)
+{
+    if (std::ranges::all_of(astrAnnounced, [](std::string const& str) { return str.empty(); }))
+    {
+        return false;
+    }
+    const auto tOwn = ParseAddress(astrAnnounced[static_cast<std::size_t>(eService::Device)]);
+    const std::lock_guard tLock(m_tMutex);
+    m_wAnnouncedPort = tOwn ? tOwn->wPort : m_tOptions.tAddress.wPort;
+    for (std::size_t i = 0; i < g_nServices; ++i)
+    {
+        m_astrServices[i] = astrAnnounced[i].empty()
+                                ? std::string()
+                                : onvif::Reachable(astrAnnounced[i], m_tOptions.tAddress, m_wAnnouncedPort);
+    }
+    m_tUnsupported.clear();
+    return true;
 }
 
 rtsp::CTask<int> CClient::AskServices(Clock::time_point tUntil)
 {
     tagRequest tRequest;
     tRequest.szName = "GetServices";
-    tRequest.strBody = CXmlWriter().Add("tds:IncludeCapability", false).Take();
-    const CAnswer tServices = co_await Exchange(std::move(tRequest), true, tUntil);
-    if (tServices)
-    {
-        const std::lock_guard tLock(m_tMutex);
-        const auto atServices = Children(tServices.Body(), "Service");
-        for (pugi::xml_node const& tService : atServices)
-        {
-            const auto tAddress = ParseAddress(Text(tService, "XAddr"));
-            if (Text(tService, "Namespace") == NameOf(eService::Device).szNamespace && tAddress)
-            {
-                m_wAnnouncedPort = tAddress->wPort;
-            }
-        }
-        for (pugi::xml_node const& tService : atServices)
-        {
-            if (tagServiceName const* const ptName = FindService(Text(tService, "Namespace")))
-            {
-                TakeService(ptName->eWhich, Text(tService, "XAddr"));
-            }
-        }
-        co_return eResultOk;
-    }
-    if (!tServices.Answered() || WasRefusedForLogin(tServices))
+    tRequest.strBody = "<tds:IncludeCapability>false</tds:IncludeCapability>";
+    const CAnswer tServices = co_await Exchange(std::move(tRequest), eProof::Full, tUntil);
+    if (!tServices.Answered() || WasRefusedForLogin(tServices) ||
+        (tServices && TakeServices(FromServices(tServices.Body()))))
     {
         co_return tServices.Result();
     }
     tagRequest tOlder;
     tOlder.szName = "GetCapabilities";
-    tOlder.strBody = CXmlWriter().Add("tds:Category", "All").Take();
-    const CAnswer tCapabilities = co_await Exchange(std::move(tOlder), true, tUntil);
-    if (tCapabilities)
-    {
-        const std::lock_guard tLock(m_tMutex);
-        const pugi::xml_node tAll = Child(tCapabilities.Body(), "Capabilities");
-        if (const auto tAddress = ParseAddress(Text(tAll, "Device/XAddr")))
-        {
-            m_wAnnouncedPort = tAddress->wPort;
-        }
-        for (std::size_t i = 0; i < g_nServices; ++i)
-        {
-            tagServiceName const& tName = NameOf(static_cast<eService>(i));
-            if (tName.szInCapabilities)
-            {
-                TakeService(tName.eWhich, Text(Find(tAll, tName.szInCapabilities), "XAddr"));
-            }
-        }
-    }
+    tOlder.strBody = "<tds:Category>All</tds:Category>";
+    const CAnswer tCapabilities = co_await Exchange(std::move(tOlder), eProof::Full, tUntil);
+    TakeServices(FromCapabilities(tCapabilities.Body()));
     co_return tCapabilities.Result();
-}
-
-void CClient::Forget()
-{
-    const std::lock_guard tLock(m_tMutex);
-    m_astrServices = {};
-    m_tUnsupported.clear();
 }
 
 rtsp::CTask<int> CClient::LoginAsync()
 {
     const auto pThis = shared_from_this();
     const auto tUntil = Clock::now() + m_tOptions.tLoginLimit;
-    Forget();
     int nResult = co_await AskClock(tUntil);
     if (nResult == eResultOk)
     {
@@ -338,7 +410,7 @@ rtsp::CTask<int> CClient::LoginAsync()
     {
         tagRequest tRequest;
         tRequest.szName = "GetDeviceInformation";
-        const CAnswer tAnswer = co_await Exchange(std::move(tRequest), true, tUntil);
+        const CAnswer tAnswer = co_await Exchange(std::move(tRequest), eProof::Full, tUntil);
         nResult = tAnswer.Result() == eResultNotSupported ? int{eResultOk} : tAnswer.Result();
         const std::lock_guard tLock(m_tMutex);
         m_tInformation = {std::string(Text(tAnswer.Body(), "Manufacturer")), std::string(Text(tAnswer.Body(), "Model")),
@@ -368,14 +440,14 @@ rtsp::CTask<CAnswer> CClient::CallAsync(tagRequest tRequest)
         }
     }
     tagRequest tAgain = tRequest;
-    CAnswer tAnswer = co_await Exchange(std::move(tRequest), true, tUntil);
+    CAnswer tAnswer = co_await Exchange(std::move(tRequest), eProof::Full, tUntil);
     if (WasRefusedForLogin(tAnswer))
     {
         // Another clock is the commonest reason; the same clock means another password, or too little rights.
         const std::int64_t llOffset = m_llOffsetUs;
         if (co_await AskClock(tUntil) == eResultOk && std::abs(m_llOffsetUs - llOffset) > g_llClockMoved)
         {
-            tAnswer = co_await Exchange(std::move(tAgain), true, tUntil);
+            tAnswer = co_await Exchange(std::move(tAgain), eProof::Full, tUntil);
         }
     }
     if (tAnswer.Result() == eResultNotSupported && tAnswer.Answered())
@@ -391,7 +463,7 @@ rtsp::CTask<tagHttpAnswer> CClient::GetAsync(std::string strAnnounced, std::size
     tagHttpRequest tRequest;
     tRequest.strUrl = Reachable(strAnnounced);
     tRequest.nMost = nMost;
-    co_return co_await Send(std::move(tRequest), true, Clock::now() + m_tOptions.tLimit);
+    co_return co_await Send(std::move(tRequest), eProof::Full, Clock::now() + m_tOptions.tLimit);
 }
 
 rtsp::CTask<tagHttpAnswer> CClient::PutAsync(std::string strAnnounced, std::string strBody, std::string strType,
@@ -403,6 +475,6 @@ rtsp::CTask<tagHttpAnswer> CClient::PutAsync(std::string strAnnounced, std::stri
     tRequest.strBody = std::move(strBody);
     tRequest.strType = std::move(strType);
     tRequest.fnSent = std::move(fnSent);
-    co_return co_await Send(std::move(tRequest), true, Clock::now() + tLimit, std::move(pGroup));
+    co_return co_await Send(std::move(tRequest), eProof::Full, Clock::now() + tLimit, std::move(pGroup));
 }
 } // namespace onvif

@@ -105,15 +105,25 @@ public:
 
 private:
     struct tagState; ///< the HTTP thread's
+    /// Which proofs of the password a request carries.
+    enum class eProof
+    {
+        None,
+        Http, ///< an answer to the device's HTTP challenge, where it asks for one
+        Full, ///< that and a UsernameToken
+    };
 
-    rtsp::CTask<CAnswer> Exchange(tagRequest tRequest, bool bWithLogin, Clock::time_point tUntil);
+    rtsp::CTask<CAnswer> Exchange(tagRequest tRequest, eProof eWith, Clock::time_point tUntil);
     /// pGroup: null, the login's.
-    rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, bool bWithLogin, Clock::time_point tUntil,
+    rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
                                     std::shared_ptr<CHttpGroup> pGroup = nullptr);
+    std::string AddressFor(tagRequest const& tRequest) const;
+    void TakeClock(CAnswer const& tAnswer, std::int64_t llSent);
     rtsp::CTask<int> AskClock(Clock::time_point tUntil);
     rtsp::CTask<int> AskServices(Clock::time_point tUntil);
-    void TakeService(eService eWhich, std::string_view strAddress);
-    void Forget();
+    using Addresses = std::array<std::string, g_nServices>;
+    /// What the device's services are, each with its address as the device announces it. False: none that is known.
+    bool TakeServices(Addresses const& astrAnnounced);
     void Tell(int nResult);
 
     CHttp& m_tHttp;
@@ -123,8 +133,8 @@ private:
 
     mutable std::mutex m_tMutex;
     std::shared_ptr<CHttpGroup> m_pGroup = std::make_shared<CHttpGroup>();
-    std::array<std::string, g_nServices> m_astrServices; ///< as they can be reached; empty: there is none
-    std::uint16_t m_wAnnouncedPort = 0;                  ///< of the device's HTTP server, as it announces it
+    Addresses m_astrServices;           ///< as they can be reached; empty: there is none
+    std::uint16_t m_wAnnouncedPort = 0; ///< of the device's HTTP server, as it announces it
     std::set<std::pair<eService, std::string>> m_tUnsupported;
     tagDeviceInformation m_tInformation;
     std::function<void(int)> m_fnResult;

@@ -79,6 +79,12 @@ struct tagDetached
 };
 } // namespace
 
+std::optional<std::int64_t> ParseHttpDate(std::string const& strDate)
+{
+    const std::time_t nSeconds = strDate.empty() ? -1 : curl_getdate(strDate.c_str(), nullptr);
+    return nSeconds < 0 ? std::nullopt : std::optional(std::int64_t{nSeconds} * 1000000);
+}
+
 class CHttp::CImpl
 {
 public:
@@ -438,15 +444,19 @@ private:
         }
         if (strLine.starts_with("HTTP/")) // a later answer counts
         {
-            tAnswer.strType.clear();
-            tAnswer.astrChallenges.clear();
+            tAnswer = {};
         }
         const std::string_view strName = rtsp::Trim(rtsp::CutFirst(strLine, ':'));
-        if (rtsp::EqualsInAnyCase(strName, "Content-Type"))
+        const std::pair<std::string_view, std::string*> atWanted[] = {
+            {"Content-Type", &tAnswer.strType}, {"Location", &tAnswer.strLocation}, {"Date", &tAnswer.strDate}};
+        for (auto const& [strWanted, pstrValue] : atWanted)
         {
-            tAnswer.strType = rtsp::Trim(strLine);
+            if (rtsp::EqualsInAnyCase(strName, strWanted))
+            {
+                *pstrValue = rtsp::Trim(strLine);
+            }
         }
-        else if (rtsp::EqualsInAnyCase(strName, "WWW-Authenticate"))
+        if (rtsp::EqualsInAnyCase(strName, "WWW-Authenticate"))
         {
             tAnswer.astrChallenges.emplace_back(rtsp::Trim(strLine));
         }

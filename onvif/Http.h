@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <coroutine>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -37,9 +38,14 @@ struct tagHttpAnswer
     int nStatus = 0;
     std::string strBody;
     std::string strType;
+    std::string strLocation; ///< of a redirection
+    std::string strDate;
     std::vector<std::string> astrChallenges; ///< WWW-Authenticate
     std::string strError;                    ///< for a line in a log
 };
+
+/// A Date header's time in microseconds since 1970; nothing: it is none.
+std::optional<std::int64_t> ParseHttpDate(std::string const& strDate);
 
 /// What belongs together and is ended together: the requests and waits of one login. Any thread may end it.
 class CHttpGroup

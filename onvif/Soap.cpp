@@ -128,6 +128,10 @@ tagServiceName const& NameOf(eService eWhich)
 
 tagServiceName const* FindService(std::string_view strNamespace)
 {
+    while (strNamespace.ends_with('/'))
+    {
+        strNamespace.remove_suffix(1);
+    }
     const auto it =
         std::ranges::find_if(g_atServices, [&](tagServiceName const& t) { return strNamespace == t.szNamespace; });
     return it == g_atServices.end() ? nullptr : &*it;

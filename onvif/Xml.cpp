@@ -110,14 +110,18 @@ std::optional<std::int64_t> ZoneOf(std::string_view strText)
         return std::nullopt;
     }
     strText.remove_prefix(1);
-    const auto nHours = CutNumber<int>(strText);
-    CutChar(strText, ':');
-    const auto nMinutes = CutNumber<int>(strText);
-    if (!nHours || !strText.empty())
+    auto nHours = CutNumber<int>(strText);
+    auto nMinutes = CutChar(strText, ':') ? CutNumber<int>(strText) : std::optional(0);
+    if (!nHours || !nMinutes || *nHours < 0 || *nMinutes < 0 || *nHours > 1400 || !strText.empty())
     {
         return std::nullopt;
     }
-    return (bEast ? 1 : -1) * (*nHours * 3600LL + nMinutes.value_or(0) * 60LL);
+    if (*nHours >= 100) // "0230"
+    {
+        nMinutes = *nHours % 100;
+        nHours = *nHours / 100;
+    }
+    return (bEast ? 1 : -1) * (*nHours * 3600LL + *nMinutes * 60LL);
 }
 } // namespace
 

@@ -46,4 +46,6 @@ struct tagFleetFile
 };
 /// Throws std::runtime_error.
 tagFleetFile ReadFleetFile(std::string const& strPath);
+/// eFaultKind of a fault as a fleet file calls it; eFaultNone: there is none of that name.
+uint32_t FaultByName(std::string const& strName);
 } // namespace device

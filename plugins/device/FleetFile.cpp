@@ -343,6 +343,12 @@ void ReadAll(toml::table const& tRoot, std::filesystem::path const& tFolder, tag
 }
 } // namespace
 
+uint32_t FaultByName(std::string const& strName)
+{
+    const auto it = std::ranges::find(g_atFaults, strName, [](tagWord const& t) { return std::string(t.szName); });
+    return it == std::end(g_atFaults) ? uint32_t{eFaultNone} : it->dwValue;
+}
+
 tagFleetFile ReadFleetFile(std::string const& strPath)
 {
     tagFleetFile tFile;

@@ -1,0 +1,12 @@
+# The plug-in's client side: what it reads and writes, and devices that answer in every way but the right one.
+add_executable(onvif_words_test ${CMAKE_CURRENT_LIST_DIR}/words_test.cpp)
+target_link_libraries(onvif_words_test PRIVATE tessaro_onvif)
+use_googletest(onvif_words_test)
+add_test(NAME onvif_words_test COMMAND onvif_words_test)
+add_executable(onvif_calls ${CMAKE_CURRENT_LIST_DIR}/calls.cpp)
+target_link_libraries(onvif_calls PRIVATE clientadapter)
+add_dependencies(onvif_calls onvifclient)
+list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+add_test(NAME onvif_transport_test COMMAND ${Python3_EXECUTABLE} -B ${CMAKE_CURRENT_LIST_DIR}/transport_test.py)
+set_tests_properties(onvif_transport_test PROPERTIES TIMEOUT 400 COST 60 ENVIRONMENT
+    "CALLS=${emulator} $<TARGET_FILE:onvif_calls>;LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/plugins")

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "tools/onvif_device/Quirks.h"
+#include "tools/onvif_device/Subscriptions.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace device
+{
+class CDevice;
+}
+
+namespace onvif_device
+{
+class IRtspSide;
+
+/// What one device is beside its model: how it misbehaves, who hears of its events, and which nonces it has seen.
+class CFace
+{
+public:
+    CFace(std::size_t nIndex, std::shared_ptr<device::CDevice> pDevice, IRtspSide& tRtsp, tagQuirks tQuirks)
+        : m_nIndex(nIndex), m_pDevice(std::move(pDevice)), m_tRtsp(tRtsp), m_tQuirks(std::move(tQuirks))
+    {
+    }
+
+    std::size_t Index() const { return m_nIndex; }
+    device::CDevice& Device() const { return *m_pDevice; }
+    std::shared_ptr<device::CDevice> const& SharedDevice() const { return m_pDevice; }
+    IRtspSide& Rtsp() const { return m_tRtsp; }
+    CSubscriptions& Subscriptions() { return m_tSubscriptions; }
+
+    tagQuirks Quirks() const
+    {
+        const std::lock_guard tLock(m_tMutex);
+        return m_tQuirks;
+    }
+    void SetQuirks(tagQuirks const& tQuirks)
+    {
+        const std::lock_guard tLock(m_tMutex);
+        m_tQuirks = tQuirks;
+    }
+    /// Whether this answer is one of those that a quirk counts, such as &tagQuirks::llHalf.
+    bool TakeOne(int64_t tagQuirks::*pllCount)
+    {
+        const std::lock_guard tLock(m_tMutex);
+        const bool bTaken = m_tQuirks.*pllCount > 0;
+        m_tQuirks.*pllCount -= bTaken ? 1 : 0;
+        return bTaken;
+    }
+    /// False: this nonce has come before. Those that were created before llOldestUs are forgotten.
+    bool TakeNonce(std::string const& strNonce, int64_t llCreatedUs, int64_t llOldestUs)
+    {
+        const std::lock_guard tLock(m_tMutex);
+        std::erase_if(m_tNonces, [&](auto const& t) { return t.first < llOldestUs; });
+        return m_tNonces.emplace(llCreatedUs, strNonce).second;
+    }
+
+private:
+    const std::size_t m_nIndex;
+    const std::shared_ptr<device::CDevice> m_pDevice;
+    IRtspSide& m_tRtsp;
+    mutable std::mutex m_tMutex;
+    tagQuirks m_tQuirks;
+    std::set<std::pair<int64_t, std::string>> m_tNonces; // with their Created
+    CSubscriptions m_tSubscriptions{*m_pDevice};
+};
+} // namespace onvif_device
