@@ -5,6 +5,7 @@
 #include "protocol/interface/PTZ.h"
 #include "protocol/interface/Results.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace onvifclient
@@ -71,13 +72,20 @@ double SpeedIn(tagSpan const& tSpan, int32_t nSpeed)
 
 int AskNode(CClient& tClient, std::string const& strToken, tagNode& tNode)
 {
-    const CAnswer tAnswer =
-        tClient.Call({eService::PTZ, "GetNode", CXmlWriter().Add("tptz:NodeToken", strToken).Take()});
+    CAnswer tAnswer = tClient.Call({eService::PTZ, "GetNode", CXmlWriter().Add("tptz:NodeToken", strToken).Take()});
+    pugi::xml_node tFound = Child(tAnswer.Body(), "PTZNode");
+    if (tAnswer.Answered() && !tAnswer)
+    {
+        // There are devices that know only how to tell of all.
+        tAnswer = tClient.Call({eService::PTZ, "GetNodes"});
+        const auto atNodes = Children(tAnswer.Body(), "PTZNode");
+        const auto it = std::ranges::find(atNodes, strToken, [](auto const& t) { return Attribute(t, "token"); });
+        tFound = it == atNodes.end() ? pugi::xml_node{} : *it;
+    }
     if (!tAnswer)
     {
         return tAnswer.Result();
     }
-    const pugi::xml_node tFound = Child(tAnswer.Body(), "PTZNode");
     const pugi::xml_node tSpaces = Child(tFound, "SupportedPTZSpaces");
     for (auto const& [szName, pSpaces] : g_atSpaces)
     {
