@@ -187,7 +187,7 @@ void CClient::Tell(int nResult)
 
 // Answers challenges, and follows a device that moves itself to another of its own ports.
 rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
-                                         std::shared_ptr<CHttpGroup> pGroup)
+                                         std::shared_ptr<CHttpGroup> pGroup, std::string strToken)
 {
     const auto pThis = shared_from_this();
     pGroup = pGroup ? std::move(pGroup) : Group();
@@ -222,6 +222,13 @@ rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, 
         {
             tRequest.strUrl = strMoved;
             bAgain = true;
+        }
+        if (bAgain && !strToken.empty())
+        {
+            // A device takes each token once.
+            const std::string strNew = UsernameToken(m_tOptions.strUser, m_tOptions.strPassword, DeviceTimeUs());
+            tRequest.strBody.replace(tRequest.strBody.find(strToken), strToken.size(), strNew);
+            strToken = strNew;
         }
     }
     if (!pGroup->IsEnded())
@@ -259,13 +266,13 @@ rtsp::CTask<CAnswer> CClient::Exchange(tagRequest tRequest, eProof eWith, Clock:
         tXml.Add("wsa:To", tRequest.strTo.empty() ? tHttp.strUrl : tRequest.strTo);
         strHeader += tXml.Take();
     }
-    if (eWith == eProof::Full && !m_tOptions.strUser.empty())
-    {
-        strHeader += UsernameToken(m_tOptions.strUser, m_tOptions.strPassword, DeviceTimeUs());
-    }
+    const std::string strToken = eWith == eProof::Full && !m_tOptions.strUser.empty()
+                                     ? UsernameToken(m_tOptions.strUser, m_tOptions.strPassword, DeviceTimeUs())
+                                     : std::string();
+    strHeader += strToken;
     tHttp.strBody = Envelope(ElementOf(tRequest), tRequest.strBody, strHeader);
     tHttp.strType = "application/soap+xml; charset=utf-8" + ActionOf(tRequest);
-    const tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), eWith, tUntil);
+    const tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), eWith, tUntil, nullptr, strToken);
     co_return IsComplete(tAnswer) ? CAnswer::Read(tAnswer.nStatus, tAnswer.strBody)
                                   : CAnswer::Failed(tAnswer.nResult, tAnswer.strError);
 }

@@ -114,9 +114,9 @@ private:
     };
 
     rtsp::CTask<CAnswer> Exchange(tagRequest tRequest, eProof eWith, Clock::time_point tUntil);
-    /// pGroup: null, the login's.
+    /// pGroup: null, the login's. strToken: the UsernameToken in the request's body, which further tries replace.
     rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
-                                    std::shared_ptr<CHttpGroup> pGroup = nullptr);
+                                    std::shared_ptr<CHttpGroup> pGroup = nullptr, std::string strToken = {});
     std::string AddressFor(tagRequest const& tRequest) const;
     void TakeClock(CAnswer const& tAnswer, std::int64_t llSent);
     rtsp::CTask<int> AskClock(Clock::time_point tUntil);

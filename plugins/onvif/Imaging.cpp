@@ -326,7 +326,9 @@ int WritePicture(CClient& tClient, tagChannel const& tChannel, bool bMedia2, tag
     const auto fnCheck = [&](tagCameraPicture const&, tagCameraPicture const& tNew)
     {
         tAfter = tNew;
-        return tNew.dwHue == 0; // ONVIF has none
+        // ONVIF has no hue; and what can't be turned isn't changed otherwise either.
+        return tNew.dwHue == 0 &&
+               (tNew.dwTurn == tKept.dwTurn || CheckTurn(tClient, tChannel, bMedia2, tNew.dwTurn) == eResultOk);
     };
     // The picture is turned last: a device may restart its streams for it.
     const int nResult = WriteRecordFields(tClient, tChannel, Fields(g_atPicture), ptWritten, tKept, fnCheck);
