@@ -176,7 +176,8 @@ void CFetch::TakeEnd(tagReplayEnd const& tEnd, unsigned long dwRun)
         return;
     }
     const bool bNear = m_llLastUs >= m_atStretches[m_iStretch].llEndUs - g_llNearUs;
-    if (tEnd.bDone || bNear)
+    // A device that starts again closes the connection like one that has nothing more.
+    if (bNear)
     {
         NextStretch();
     }

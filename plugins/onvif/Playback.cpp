@@ -21,6 +21,7 @@ constexpr int64_t g_llMostUs = 1000000;                   // more between two fr
 constexpr int64_t g_llMostKeysUs = 15000000;              // the same between two key frames
 constexpr uint32_t g_dwMinSpeed = eSpeedNormal / 8;
 constexpr uint32_t g_dwMaxSpeed = eSpeedNormal * 16;
+constexpr unsigned g_nFruitless = 2; // tries after which a replay without more frames has ended
 constexpr std::chrono::seconds g_atPauses[] = {1s, 2s, 4s, 8s, 16s, 30s};
 constexpr int64_t g_llNothingYet = std::numeric_limits<int64_t>::min();
 } // namespace
@@ -421,7 +422,7 @@ bool CPlayback::IsWanted(tagStreamMediaFrame const& tFrame) const
 {
     const bool bVideo = tFrame.dwMediaType == eMediaVideo;
     const bool bKeysOnly = m_dScale < 0 || (m_dwFlags & eHistoryKeyFramesOnly) != 0;
-    const bool bNoAudio = bKeysOnly || (m_dwFlags & eHistoryNoAudio) != 0;
+    const bool bNoAudio = bKeysOnly || m_bPaused || (m_dwFlags & eHistoryNoAudio) != 0; // a step is a picture
     const bool bKnown =
         m_llAfterUs != g_llNothingYet && tFrame.llWallClockUs != 0 && bVideo && tFrame.llWallClockUs <= m_llAfterUs;
     return bVideo ? !bKnown && (!bKeysOnly || (tFrame.dwFlags & eFrameKey) != 0)
@@ -483,7 +484,6 @@ void CPlayback::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
     {
         return;
     }
-    m_nFailures = 0;
     if (IsOver(tFrame))
     {
         EndStretch();
@@ -493,6 +493,7 @@ void CPlayback::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
     {
         return;
     }
+    m_nFailures = 0;
     if (!m_atHeld.empty() || m_bGiving || !TakesStep(tFrame))
     {
         Hold(tFrame);
@@ -543,13 +544,13 @@ void CPlayback::TakeEnd(tagReplayEnd const& tEnd, unsigned long dwRun)
     tagStretch const& t = m_atStretches[m_iStretch];
     const bool bNear =
         m_dScale < 0 ? m_llLastUs <= t.llStartUs + g_llNearUs : !t.bGrows && m_llLastUs >= t.llEndUs - g_llNearUs;
-    if (tEnd.bDone || bNear)
+    // A device that starts again closes the connection like one that has nothing more; only trying shows.
+    if (bNear || (tEnd.bDone && m_nFailures >= g_nFruitless))
     {
         EndStretch();
     }
     else if (tEnd.nResult != eResultOk)
     {
-        // The device may be starting again: it goes on where it was, when it can.
         const auto tPause = g_atPauses[std::min<std::size_t>(m_nFailures++, std::size(g_atPauses) - 1)];
         Log(5, "replay broke off with " + std::to_string(tEnd.nResult));
         Http().Begin(TryAgain(shared_from_this(), m_dwRun, tPause));

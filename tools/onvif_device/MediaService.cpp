@@ -62,11 +62,6 @@ bool IsH264(CCall& tCall, tagStreamKey const& tKey)
     return tCall.Get<tagConfigVideoEncoder>(tKey.dwChannel, tKey.Kind()).dwCodec == eCodecH264;
 }
 
-bool IsSounding(CCall& tCall, tagStreamKey const& tKey)
-{
-    return tCall.Get<tagConfigAudioEncoder>(tKey.dwChannel, tKey.Kind()).bEnabled != 0;
-}
-
 void WriteProfile(CCall& tCall, char const* szElement, tagStreamKey const& tKey)
 {
     CXml& tXml = tCall.Xml();
@@ -79,11 +74,11 @@ void WriteProfile(CCall& tCall, char const* szElement, tagStreamKey const& tKey)
                 {
                     WriteAudioSourceConfiguration(tCall, "tt:AudioSourceConfiguration", tKey.dwChannel);
                 }
-                if (IsH264(tCall, tKey))
+                if (IsH264(tCall, tKey) && IsEncoding(tCall, tKey, false))
                 {
                     WriteVideoEncoder(tCall, "tt:VideoEncoderConfiguration", tKey);
                 }
-                if (IsSounding(tCall, tKey))
+                if (IsEncoding(tCall, tKey, true))
                 {
                     WriteAudioEncoder(tCall, "tt:AudioEncoderConfiguration", tKey);
                 }
@@ -325,6 +320,45 @@ void GetGuaranteed(CCall& tCall)
     tCall.Xml().Put("trt:TotalNumber", 2).Put("trt:H264", 2);
 }
 
+// --- configurations of a profile -------------------------------------------------------------------------------------
+
+// A profile has the encoders of its own stream, or not.
+template <bool bAudio>
+void GetCompatibleEncoders(CCall& tCall)
+{
+    const auto tLock = tCall.Lock();
+    const tagStreamKey tKey = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile");
+    if (bAudio && HasAudio(tCall, tKey.dwChannel))
+    {
+        WriteAudioEncoder(tCall, "trt:Configurations", tKey);
+    }
+    if (!bAudio && IsH264(tCall, tKey))
+    {
+        WriteVideoEncoder(tCall, "trt:Configurations", tKey);
+    }
+}
+
+template <bool bAudio>
+void AddEncoder(CCall& tCall)
+{
+    constexpr char const* szKind = bAudio ? "AudioEncoder" : "VideoEncoder";
+    const auto tLock = tCall.Lock();
+    const tagStreamKey tKey = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile");
+    if (tCall.Text({"ConfigurationToken"}) != tKey.Of(szKind))
+    {
+        FailValue("ter:NoConfig", "the profile can't have this configuration");
+    }
+    SetEncoding(tCall, tKey, szKind, true);
+}
+
+template <bool bAudio>
+void RemoveEncoder(CCall& tCall)
+{
+    const auto tLock = tCall.Lock();
+    SetEncoding(tCall, StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile"),
+                bAudio ? "AudioEncoder" : "VideoEncoder", false);
+}
+
 // --- streams ---------------------------------------------------------------------------------------------------------
 
 void WriteMediaUri(CCall& tCall, std::string const& strUri)
@@ -394,6 +428,12 @@ constexpr tagAction g_atActions[] = {
     {"GetAudioDecoderConfigurationOptions", eUserViewer, "ConfigurationToken? ProfileToken?",
      GetAudioDecoderConfigurationOptions},
     {"GetMetadataConfigurations", eUserViewer, "", GetOfChannels<WriteMetadataConfiguration>},
+    {"GetCompatibleVideoEncoderConfigurations", eUserViewer, "ProfileToken", GetCompatibleEncoders<false>},
+    {"GetCompatibleAudioEncoderConfigurations", eUserViewer, "ProfileToken", GetCompatibleEncoders<true>},
+    {"AddVideoEncoderConfiguration", eUserAdministrator, "ProfileToken ConfigurationToken", AddEncoder<false>},
+    {"AddAudioEncoderConfiguration", eUserAdministrator, "ProfileToken ConfigurationToken", AddEncoder<true>},
+    {"RemoveVideoEncoderConfiguration", eUserAdministrator, "ProfileToken", RemoveEncoder<false>},
+    {"RemoveAudioEncoderConfiguration", eUserAdministrator, "ProfileToken", RemoveEncoder<true>},
     {"GetStreamUri", eUserViewer, "StreamSetup{Stream Transport{Protocol Tunnel{...}?}} ProfileToken", GetStreamUri},
     {"GetSnapshotUri", eUserViewer, "ProfileToken", GetSnapshotUri},
     {"SetSynchronizationPoint", eUserViewer, "ProfileToken", SetSynchronizationPoint},

@@ -1,18 +1,37 @@
 // The PTZ service. Its generic spaces are the device's ten-thousandths, divided by as much.
 
 #include "tools/onvif_device/MediaParts.h"
+#include "tools/onvif_device/PtzParts.h"
 
 #include <cmath>
 
 namespace onvif_device
 {
+using device::CPTZ;
+
+uint32_t HeadAt(CCall& tCall)
+{
+    const uint32_t dwChannel = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile").dwChannel;
+    if (!Moves(tCall, dwChannel))
+    {
+        FailValue("ter:NoPTZProfile", "the profile has no PTZ configuration");
+    }
+    return dwChannel;
+}
+
+void CommandHead(CCall& tCall, uint32_t dwChannel, ePTZControlCmdCode eCommand, std::array<int32_t, 4> const& anPara,
+                 std::string const& strDetail)
+{
+    const auto fnWord = [&](std::size_t i) { return static_cast<unsigned long>(static_cast<long>(anPara[i])); };
+    Require(tCall.Part<CPTZ>().Command(tCall.Caller(), dwChannel, eCommand, fnWord(0), fnWord(1), fnWord(2), fnWord(3)),
+            strDetail);
+}
+
 namespace
 {
-using device::CPTZ;
 using device::Text;
 
 constexpr double g_fWhole = 10000;
-constexpr char const* g_szSpaces = "http://www.onvif.org/ver10/tptz/";
 constexpr uint32_t g_dwLongestMoveMs = 60000;
 
 struct tagAuxiliaryName
@@ -25,25 +44,6 @@ constexpr tagAuxiliaryName g_atAuxiliaries[] = {{ePTZWiper, "Wiper"},
                                                 {ePTZLight, "WhiteLight"},
                                                 {ePTZInfrared, "IRLamp"},
                                                 {ePTZHeater, "Heater"}};
-
-// The channel of a profile that moves; throws.
-uint32_t HeadAt(CCall& tCall)
-{
-    const uint32_t dwChannel = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile").dwChannel;
-    if (!Moves(tCall, dwChannel))
-    {
-        FailValue("ter:NoPTZProfile", "the profile has no PTZ configuration");
-    }
-    return dwChannel;
-}
-
-void Command(CCall& tCall, uint32_t dwChannel, ePTZControlCmdCode eCommand, std::array<int32_t, 4> const& anPara,
-             std::string const& strDetail = "ter:NoEntity")
-{
-    const auto fnWord = [&](std::size_t i) { return static_cast<unsigned long>(static_cast<long>(anPara[i])); };
-    Require(tCall.Part<CPTZ>().Command(tCall.Caller(), dwChannel, eCommand, fnWord(0), fnWord(1), fnWord(2), fnWord(3)),
-            strDetail);
-}
 
 // A coordinate as the device has it. Throws when it is out of its range, or of a space that the device lacks.
 int32_t Coordinate(CCall& tCall, CCall::Path astrPath, char const* szName, double fLeast, double fMost, double fElse)
@@ -59,7 +59,8 @@ int32_t Coordinate(CCall& tCall, CCall::Path astrPath, char const* szName, doubl
         FailValue("ter:InvalidPosition", std::string(szName) + " is out of its range");
     }
     const std::string_view strSpace = tNode.attribute("space").value();
-    if (!strSpace.empty() && (!strSpace.starts_with(g_szSpaces) || strSpace.find("Generic") == std::string_view::npos))
+    if (!strSpace.empty() &&
+        (!strSpace.starts_with(GenericSpace({})) || strSpace.find("Generic") == std::string_view::npos))
     {
         FailValue("ter:SpaceNotSupported", "there are the generic spaces alone");
     }
@@ -93,11 +94,11 @@ void ContinuousMove(CCall& tCall)
                                            Coordinate(tCall, {"Velocity", "Zoom"}, "x", -1, 1, 0), std::max(nForMs, 1)};
     if (tCall.Has({"Velocity", "PanTilt"}))
     {
-        Command(tCall, dwChannel, ePTZMove, anPara);
+        CommandHead(tCall, dwChannel, ePTZMove, anPara);
     }
     else
     {
-        Command(tCall, dwChannel, ePTZZoom, {anPara[2], 0, 0, anPara[3]});
+        CommandHead(tCall, dwChannel, ePTZZoom, {anPara[2], 0, 0, anPara[3]});
     }
 }
 
@@ -106,19 +107,19 @@ void AbsoluteMove(CCall& tCall)
     const auto tLock = tCall.Lock();
     const uint32_t dwChannel = HeadAt(tCall);
     const tagPTZPosition tHere = tCall.Part<CPTZ>().Position(dwChannel);
-    Command(tCall, dwChannel, ePTZAbsolute,
-            {Coordinate(tCall, {"Position", "PanTilt"}, "x", -1, 1, tHere.nPan),
-             Coordinate(tCall, {"Position", "PanTilt"}, "y", -1, 1, tHere.nTilt),
-             Coordinate(tCall, {"Position", "Zoom"}, "x", 0, 1, tHere.nZoom), Speed(tCall)});
+    CommandHead(tCall, dwChannel, ePTZAbsolute,
+                {Coordinate(tCall, {"Position", "PanTilt"}, "x", -1, 1, tHere.nPan),
+                 Coordinate(tCall, {"Position", "PanTilt"}, "y", -1, 1, tHere.nTilt),
+                 Coordinate(tCall, {"Position", "Zoom"}, "x", 0, 1, tHere.nZoom), Speed(tCall)});
 }
 
 void RelativeMove(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZRelative,
-            {Coordinate(tCall, {"Translation", "PanTilt"}, "x", -2, 2, 0),
-             Coordinate(tCall, {"Translation", "PanTilt"}, "y", -2, 2, 0),
-             Coordinate(tCall, {"Translation", "Zoom"}, "x", -1, 1, 0), Speed(tCall)});
+    CommandHead(tCall, HeadAt(tCall), ePTZRelative,
+                {Coordinate(tCall, {"Translation", "PanTilt"}, "x", -2, 2, 0),
+                 Coordinate(tCall, {"Translation", "PanTilt"}, "y", -2, 2, 0),
+                 Coordinate(tCall, {"Translation", "Zoom"}, "x", -1, 1, 0), Speed(tCall)});
 }
 
 void Stop(CCall& tCall)
@@ -131,7 +132,7 @@ void Stop(CCall& tCall)
     const uint32_t dwChannel = HeadAt(tCall);
     if (nAxes != 0)
     {
-        Command(tCall, dwChannel, ePTZStop, {nAxes, 0, 0, 0});
+        CommandHead(tCall, dwChannel, ePTZStop, {nAxes, 0, 0, 0});
     }
 }
 
@@ -146,13 +147,11 @@ void GetStatus(CCall& tCall)
                 tXml.In("tt:Position",
                         [&]
                         {
-                            tXml.Empty("tt:PanTilt",
-                                       {{"x", CXml::Number(t.nPan / g_fWhole)},
-                                        {"y", CXml::Number(t.nTilt / g_fWhole)},
-                                        {"space", std::string(g_szSpaces) + "PanTiltSpaces/PositionGenericSpace"}});
-                            tXml.Empty("tt:Zoom",
-                                       {{"x", CXml::Number(t.nZoom / g_fWhole)},
-                                        {"space", std::string(g_szSpaces) + "ZoomSpaces/PositionGenericSpace"}});
+                            tXml.Empty("tt:PanTilt", {{"x", CXml::Number(t.nPan / g_fWhole)},
+                                                      {"y", CXml::Number(t.nTilt / g_fWhole)},
+                                                      {"space", GenericSpace("PanTiltSpaces/PositionGenericSpace")}});
+                            tXml.Empty("tt:Zoom", {{"x", CXml::Number(t.nZoom / g_fWhole)},
+                                                   {"space", GenericSpace("ZoomSpaces/PositionGenericSpace")}});
                         });
                 if (!tCall.Quirks().bSparse)
                 {
@@ -225,27 +224,27 @@ void SetPreset(CCall& tCall)
 void GotoPreset(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZPresetCall,
-            {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), Speed(tCall), 0, 0}, "ter:NoToken");
+    CommandHead(tCall, HeadAt(tCall), ePTZPresetCall,
+                {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), Speed(tCall), 0, 0}, "ter:NoToken");
 }
 
 void RemovePreset(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZPresetRemove, {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), 0, 0, 0},
-            "ter:NoToken");
+    CommandHead(tCall, HeadAt(tCall), ePTZPresetRemove,
+                {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), 0, 0, 0}, "ter:NoToken");
 }
 
 void GotoHomePosition(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZHomeCall, {Speed(tCall), 0, 0, 0});
+    CommandHead(tCall, HeadAt(tCall), ePTZHomeCall, {Speed(tCall), 0, 0, 0});
 }
 
 void SetHomePosition(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZHomeSet, {});
+    CommandHead(tCall, HeadAt(tCall), ePTZHomeSet, {});
 }
 
 // tt:Wiper|On
@@ -259,7 +258,7 @@ void SendAuxiliaryCommand(CCall& tCall)
         const std::string strBegin = std::string("tt:") + t.szName + '|';
         if (strData == strBegin + "On" || strData == strBegin + "Off")
         {
-            Command(tCall, dwChannel, ePTZAuxiliary, {t.eKind, strData.ends_with("On") ? 1 : 0, 0, 0});
+            CommandHead(tCall, dwChannel, ePTZAuxiliary, {t.eKind, strData.ends_with("On") ? 1 : 0, 0, 0});
             tCall.Xml().Put("tptz:AuxiliaryResponse", strData);
             return;
         }
@@ -274,7 +273,7 @@ void WriteSpace(CXml& tXml, char const* szElement, char const* szSpace, bool bTw
     tXml.In(szElement,
             [&]
             {
-                tXml.Put("tt:URI", std::string(g_szSpaces) + szSpace);
+                tXml.Put("tt:URI", GenericSpace(szSpace));
                 tXml.Range("tt:XRange", fLeast, 1.0);
                 if (bTwo)
                 {
@@ -408,6 +407,12 @@ constexpr tagAction g_atActions[] = {
     {"RemovePreset", eUserOperator, "ProfileToken PresetToken", RemovePreset},
     {"GotoHomePosition", eUserOperator, "ProfileToken " ONVIF_SPEED, GotoHomePosition},
     {"SetHomePosition", eUserOperator, "ProfileToken", SetHomePosition},
+    {"GetPresetTours", eUserViewer, "ProfileToken", GetPresetTours},
+    {"GetPresetTour", eUserViewer, "ProfileToken PresetTourToken", GetPresetTour},
+    {"CreatePresetTour", eUserOperator, "ProfileToken", CreatePresetTour},
+    {"ModifyPresetTour", eUserOperator, "ProfileToken " ONVIF_TOUR, ModifyPresetTour},
+    {"OperatePresetTour", eUserOperator, "ProfileToken PresetTourToken Operation", OperatePresetTour},
+    {"RemovePresetTour", eUserOperator, "ProfileToken PresetTourToken", RemovePresetTour},
     {"SendAuxiliaryCommand", eUserOperator, "ProfileToken AuxiliaryData", SendAuxiliaryCommand},
 };
 } // namespace
