@@ -5,6 +5,7 @@
 #include "plugins/onvif/Replay.h"
 
 #include <deque>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -48,6 +49,8 @@ public:
     int UnSync(std::shared_ptr<CPlayback> const& pOther);
 
 private:
+    static constexpr int64_t g_llNothingYet = std::numeric_limits<int64_t>::min();
+
     /// A frame that waits.
     struct tagHeld
     {
