@@ -123,6 +123,10 @@ void CPlayback::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
     {
         return;
     }
+    if (tFrame.dwMediaType == eMediaVideo && tFrame.llWallClockUs != 0)
+    {
+        m_llHeardUs = tFrame.llWallClockUs;
+    }
     if (IsOver(tFrame))
     {
         EndStretch();
@@ -182,7 +186,7 @@ void CPlayback::TakeEnd(tagReplayEnd const& tEnd, unsigned long dwRun)
     }
     tagStretch const& t = m_atStretches[m_iStretch];
     const bool bNear =
-        m_dScale < 0 ? m_llLastUs <= t.llStartUs + g_llNearUs : !t.bGrows && m_llLastUs >= t.llEndUs - g_llNearUs;
+        m_dScale < 0 ? m_llHeardUs <= t.llStartUs + g_llNearUs : !t.bGrows && m_llHeardUs >= t.llEndUs - g_llNearUs;
     // A device that starts again closes the connection like one that has nothing more; only trying shows.
     if (bNear || (tEnd.bDone && m_nFailures >= g_nFruitless))
     {
@@ -203,7 +207,6 @@ rtsp::CTask<> CPlayback::TryAgain(std::shared_ptr<CPlayback> pSelf, unsigned lon
     const std::lock_guard tLock(pSelf->m_tMutex);
     if (bGoesOn && dwRun == pSelf->m_dwRun)
     {
-        pSelf->m_bNewTime = true;
         pSelf->Restart();
     }
 }
