@@ -89,6 +89,7 @@ void CPlayback::Number(tagStreamMediaFrame& tFrame)
 {
     const bool bVideo = tFrame.dwMediaType == eMediaVideo;
     tFrame.dwSequence = m_adwSequence[bVideo ? 0 : 1]++;
+    tFrame.dwFlags &= m_dScale < 0 ? ~static_cast<uint32_t>(eFrameDiscontinuity) : ~0U; // each is a jump back
     if (const int64_t llTimeUs = tFrame.llWallClockUs; llTimeUs != 0)
     {
         const bool bFirst = m_llBaseUs == 0;
