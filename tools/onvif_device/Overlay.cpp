@@ -1,6 +1,7 @@
 #include "tools/onvif_device/Overlay.h"
 #include "tools/onvif_device/Osd.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace onvif_device
@@ -57,21 +58,27 @@ CXml::Attributes ColourAttributes(uint32_t dwColour)
             {"Colorspace", g_szRgb}};
 }
 
+// RGB where it says so, else YCbCr.
 uint32_t ReadColour(pugi::xml_node tColour, uint32_t dwElse)
 {
     if (!tColour)
     {
         return dwElse;
     }
-    uint32_t dwColour = 0;
-    for (char const* const szName : {"X", "Y", "Z"})
+    const double afParts[] = {Attribute(tColour, "X"), Attribute(tColour, "Y"), Attribute(tColour, "Z")};
+    if (std::ranges::any_of(afParts, [](double f) { return f < 0 || f > 255; }))
     {
-        const double fPart = Attribute(tColour, szName);
-        if (fPart < 0 || fPart > 255)
-        {
-            FailValue("ter:InvalidArgVal", "a colour is out of its range");
-        }
-        dwColour = dwColour << 8 | static_cast<uint32_t>(std::lround(fPart));
+        FailValue("ter:InvalidArgVal", "a colour is out of its range");
+    }
+    const auto [fX, fY, fZ] = afParts;
+    const bool bRgb = tColour.attribute("Colorspace").value() == std::string_view(g_szRgb);
+    const double afRgb[] = {bRgb ? fX : fX + 1.402 * (fZ - 128),
+                            bRgb ? fY : fX - 0.344 * (fY - 128) - 0.714 * (fZ - 128),
+                            bRgb ? fZ : fX + 1.772 * (fY - 128)};
+    uint32_t dwColour = 0;
+    for (const double fPart : afRgb)
+    {
+        dwColour = dwColour << 8 | static_cast<uint32_t>(std::lround(std::clamp(fPart, 0.0, 255.0)));
     }
     return dwColour;
 }
