@@ -118,6 +118,7 @@ void CPlayback::Shut()
     m_pStream.reset();
     m_atHeld.clear();
     m_nHeld = 0;
+    m_llHeardUs = m_llLastUs;
     m_bStretchEnded = false;
 }
 

@@ -89,6 +89,7 @@ void CPlayback::Number(tagStreamMediaFrame& tFrame)
 {
     const bool bVideo = tFrame.dwMediaType == eMediaVideo;
     tFrame.dwSequence = m_adwSequence[bVideo ? 0 : 1]++;
+    tFrame.dwFlags &= m_dScale < 0 ? ~static_cast<uint32_t>(eFrameDiscontinuity) : ~0U; // each is a jump back
     if (const int64_t llTimeUs = tFrame.llWallClockUs; llTimeUs != 0)
     {
         const bool bFirst = m_llBaseUs == 0;
@@ -122,6 +123,10 @@ void CPlayback::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
     if (dwRun != m_dwRun || !m_bWanted || m_bClosed)
     {
         return;
+    }
+    if (tFrame.dwMediaType == eMediaVideo && tFrame.llWallClockUs != 0)
+    {
+        m_llHeardUs = tFrame.llWallClockUs;
     }
     if (IsOver(tFrame))
     {
@@ -182,7 +187,7 @@ void CPlayback::TakeEnd(tagReplayEnd const& tEnd, unsigned long dwRun)
     }
     tagStretch const& t = m_atStretches[m_iStretch];
     const bool bNear =
-        m_dScale < 0 ? m_llLastUs <= t.llStartUs + g_llNearUs : !t.bGrows && m_llLastUs >= t.llEndUs - g_llNearUs;
+        m_dScale < 0 ? m_llHeardUs <= t.llStartUs + g_llNearUs : !t.bGrows && m_llHeardUs >= t.llEndUs - g_llNearUs;
     // A device that starts again closes the connection like one that has nothing more; only trying shows.
     if (bNear || (tEnd.bDone && m_nFailures >= g_nFruitless))
     {
@@ -203,7 +208,6 @@ rtsp::CTask<> CPlayback::TryAgain(std::shared_ptr<CPlayback> pSelf, unsigned lon
     const std::lock_guard tLock(pSelf->m_tMutex);
     if (bGoesOn && dwRun == pSelf->m_dwRun)
     {
-        pSelf->m_bNewTime = true;
         pSelf->Restart();
     }
 }
