@@ -461,11 +461,26 @@ private:
             fnHeader("Content-Type: " + tRequest.strType);
             fnHeader("Expect:");
         }
+        if (tRequest.fnSent)
+        {
+            // A long way is no reason to give up, a device that has stopped to take anything is.
+            curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+            curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_TIME, 300L);
+            curl_easy_setopt(pHandle, CURLOPT_NOPROGRESS, 0L);
+            curl_easy_setopt(pHandle, CURLOPT_XFERINFOFUNCTION, &OnProgress);
+            curl_easy_setopt(pHandle, CURLOPT_XFERINFODATA, &tTransfer);
+        }
         if (!tRequest.strAuthorization.empty())
         {
             fnHeader("Authorization: " + tRequest.strAuthorization);
         }
         curl_easy_setopt(pHandle, CURLOPT_HTTPHEADER, tTransfer.ptHeaders);
+    }
+
+    static int OnProgress(void* pTransfer, curl_off_t, curl_off_t, curl_off_t, curl_off_t nSent)
+    {
+        static_cast<tagTransfer*>(pTransfer)->pSend->m_tRequest.fnSent(static_cast<std::uint64_t>(nSent));
+        return 0;
     }
 
     static std::size_t OnBody(char* pcData, std::size_t, std::size_t nSize, void* pTransfer)

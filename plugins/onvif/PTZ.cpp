@@ -140,9 +140,10 @@ std::string SpeedText(tagNode const& tNode, int32_t nSpeed, char const* szElemen
 int CHead::Command(ePTZControlCmdCode eCommand, Para const& anPara, char const* szName)
 {
     const tagUse tUse = Used();
-    if (eCommand != ePTZFocus && eCommand != ePTZFocusOnce && !tUse.pNode)
+    if (!tUse.pNode && eCommand != ePTZFocus && eCommand != ePTZFocusOnce)
     {
-        return eResultNotSupported;
+        // A lens may move where the head can't.
+        return eCommand == ePTZStop && MovesFocus() ? StopFocus(tUse) : int{eResultNotSupported};
     }
     switch (eCommand)
     {
@@ -217,8 +218,31 @@ int CHead::Turn(tagUse const& tUse, int32_t nPan, int32_t nTilt, int32_t nZoom, 
     return nResult;
 }
 
-int CHead::SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, bool bZoom, int64_t llMilliseconds)
+// What isn't named goes on, said once more: devices differ in what they make of a part that is left out.
+int CHead::SendVelocity(tagUse const& tUse, Para anSpeed, bool bHead, bool bZoom, int64_t llMilliseconds)
 {
+    bool bNoTimeout = false;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        const auto fnGoesOn = [&](eMotion eWhich)
+        {
+            const int64_t llLeft = LeftMs(m_atMotions[eWhich]);
+            llMilliseconds = std::max(llMilliseconds, llLeft);
+            return llLeft > 0;
+        };
+        if (!bHead && fnGoesOn(eMotionHead))
+        {
+            bHead = true;
+            anSpeed[0] = m_atMotions[eMotionHead].nX;
+            anSpeed[1] = m_atMotions[eMotionHead].nY;
+        }
+        if (!bZoom && fnGoesOn(eMotionZoom))
+        {
+            bZoom = true;
+            anSpeed[2] = m_atMotions[eMotionZoom].nX;
+        }
+        bNoTimeout = m_bNoTimeout;
+    }
     CXmlWriter tBody = Body(tUse);
     tBody.Open("tptz:Velocity");
     if (bHead)
@@ -233,11 +257,6 @@ int CHead::SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, boo
     }
     tBody.Close();
     const std::string strBody = tBody.Take();
-    bool bNoTimeout = false;
-    {
-        const std::lock_guard tLock(m_tMutex);
-        bNoTimeout = m_bNoTimeout;
-    }
     // In whole seconds, since not every device understands parts of one: what ends the movement in time is our own
     // stop, and the device's time-out only where that is lost.
     const std::string strTimeout =
@@ -252,6 +271,11 @@ int CHead::SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, boo
     const std::lock_guard tLock(m_tMutex);
     m_bNoTimeout = nResult == eResultOk;
     return nResult;
+}
+
+int64_t CHead::LeftMs(tagMotion const& tMotion)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(tMotion.tEnd - Clock::now()).count();
 }
 
 void CHead::Begin(eMotion eWhich, int32_t nX, int32_t nY, int64_t llMilliseconds)
@@ -274,6 +298,17 @@ void CHead::Ended(eMotion eWhich)
     tMotion = {0, 0, {}, tMotion.dwRun + 1};
 }
 
+tagRequest CHead::StopRequest(tagUse const& tUse, eMotion eWhich)
+{
+    if (eWhich == eMotionFocus)
+    {
+        return {eService::Imaging, "Stop", CXmlWriter().Add("timg:VideoSourceToken", tUse.pChannel->strSource).Take()};
+    }
+    CXmlWriter tBody = Body(tUse);
+    tBody.Add("tptz:PanTilt", eWhich == eMotionHead).Add("tptz:Zoom", eWhich == eMotionZoom);
+    return {eService::PTZ, "Stop", tBody.Take()};
+}
+
 rtsp::CTask<> CHead::EndLater(std::shared_ptr<CHead> pSelf, eMotion eWhich, uint32_t dwRun, Clock::time_point tEnd)
 {
     CClient& tClient = *pSelf->m_pClient;
@@ -288,15 +323,8 @@ rtsp::CTask<> CHead::EndLater(std::shared_ptr<CHead> pSelf, eMotion eWhich, uint
         pSelf->m_atMotions[eWhich] = {0, 0, {}, dwRun + 1};
         tUse = pSelf->m_tUse;
     }
-    if (eWhich == eMotionFocus)
-    {
-        co_await tClient.CallAsync(
-            {eService::Imaging, "Stop", CXmlWriter().Add("timg:VideoSourceToken", tUse.pChannel->strSource).Take()});
-        co_return;
-    }
-    co_await tClient.CallAsync(
-        {eService::PTZ, "Stop",
-         Body(tUse).Add("tptz:PanTilt", eWhich == eMotionHead).Add("tptz:Zoom", eWhich == eMotionZoom).Take()});
+    tagRequest tRequest = StopRequest(tUse, eWhich);
+    co_await tClient.CallAsync(std::move(tRequest));
 }
 
 int CHead::Stop(tagUse const& tUse, uint32_t dwAxes)
@@ -316,15 +344,14 @@ int CHead::StopPart(tagUse const& tUse, uint32_t dwAxes)
     const bool bPan = bAll || (dwAxes & ePTZAxisPan) != 0;
     const bool bTilt = bAll || (dwAxes & ePTZAxisTilt) != 0;
     const bool bZoom = bAll || (dwAxes & ePTZAxisZoom) != 0;
+    const bool bFocus = (dwAxes & ePTZAxisFocus) != 0 || (bAll && MovesFocus());
     tagMotion tHead;
-    bool bFocus = (dwAxes & ePTZAxisFocus) != 0;
     {
         const std::lock_guard tLock(m_tMutex);
         tHead = m_atMotions[eMotionHead];
-        bFocus = bFocus || (bAll && m_atMotions[eMotionFocus].nX != 0);
     }
     int nResult = eResultOk;
-    const auto llLeftMs = std::chrono::duration_cast<std::chrono::milliseconds>(tHead.tEnd - Clock::now()).count();
+    const int64_t llLeftMs = LeftMs(tHead);
     if (bPan != bTilt && llLeftMs > 0 && (bPan ? tHead.nY : tHead.nX) != 0)
     {
         // ONVIF stops both; the other one goes on by a new movement.
@@ -336,27 +363,42 @@ int CHead::StopPart(tagUse const& tUse, uint32_t dwAxes)
         }
         if (bZoom && nResult == eResultOk)
         {
-            nResult = Send("Stop", Body(tUse).Add("tptz:PanTilt", false).Add("tptz:Zoom", true));
-            Ended(eMotionZoom);
+            nResult = StopPart(tUse, ePTZAxisZoom);
         }
     }
     else if (bPan || bTilt || bZoom)
     {
         nResult = Send("Stop", Body(tUse).Add("tptz:PanTilt", bPan || bTilt).Add("tptz:Zoom", bZoom));
-        if (bPan || bTilt)
+        // One that failed is tried again when the movement's time is over.
+        if (nResult == eResultOk && (bPan || bTilt))
         {
             Ended(eMotionHead);
         }
-        if (bZoom)
+        if (nResult == eResultOk && bZoom)
         {
             Ended(eMotionZoom);
         }
     }
     if (bFocus)
     {
-        Ended(eMotionFocus);
-        const int nFocus = MoveFocus(*m_pClient, *tUse.pChannel, 0);
+        const int nFocus = StopFocus(tUse);
         nResult = nResult ? nResult : nFocus;
+    }
+    return nResult;
+}
+
+bool CHead::MovesFocus() const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return m_atMotions[eMotionFocus].nX != 0;
+}
+
+int CHead::StopFocus(tagUse const& tUse)
+{
+    const int nResult = MoveFocus(*m_pClient, *tUse.pChannel, 0);
+    if (nResult == eResultOk)
+    {
+        Ended(eMotionFocus);
     }
     return nResult;
 }
@@ -367,12 +409,7 @@ int CHead::Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds)
     {
         return eResultBadArgument;
     }
-    bool bMoving = false;
-    {
-        const std::lock_guard tLock(m_tMutex);
-        bMoving = m_atMotions[eMotionFocus].nX != 0;
-    }
-    int nResult = bMoving || nSpeed == 0 ? int{eResultOk} : SetAutoFocus(*m_pClient, *tUse.pChannel, false);
+    int nResult = MovesFocus() || nSpeed == 0 ? int{eResultOk} : SetAutoFocus(*m_pClient, *tUse.pChannel, false);
     nResult = nResult ? nResult : MoveFocus(*m_pClient, *tUse.pChannel, nSpeed);
     if (nResult == eResultOk && nSpeed != 0)
     {
