@@ -4,6 +4,7 @@ What it does for who asks well is seen by the plug-in's tests and by foreign cli
 """
 
 import base64
+import contextlib
 import datetime
 import hashlib
 import http.client
@@ -61,12 +62,11 @@ class DeviceTest(unittest.TestCase):
         declarations = " ".join(f'xmlns:{prefix}="{uri}"' for prefix, uri in NAMESPACES.items())
         header = token() if header is None else header
         connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
-        connection.request("POST", path, f"<s:Envelope {declarations}><s:Header>{header}</s:Header><s:Body>{body}</s:Body>"
-                                         "</s:Envelope>", {"Content-Type": media})
-        answer = connection.getresponse()
-        text = answer.read().decode()
-        connection.close()
-        return answer.status, text
+        with contextlib.closing(connection):
+            connection.request("POST", path, f"<s:Envelope {declarations}><s:Header>{header}</s:Header><s:Body>{body}"
+                                             "</s:Body></s:Envelope>", {"Content-Type": media})
+            answer = connection.getresponse()
+            return answer.status, answer.read().decode()
 
     def test_requests(self):
         once = os.urandom(16)

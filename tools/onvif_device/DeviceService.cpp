@@ -124,29 +124,27 @@ void GetServices(CCall& tCall)
 struct tagOldCapability
 {
     eService eWhich;
+    bool bExtension;        // within the element of that name
     char const* szName;     // of its element
     char const* szCategory; // that asks for it
     char const* szFlags;    // elements and their values
-    bool bExtension;
 };
 constexpr tagOldCapability g_atOldCapabilities[] = {
-    {eService::Device, "Device", "Device", "", false},
-    {eService::Events, "Events", "Events",
-     "WSSubscriptionPolicySupport=true WSPullPointSupport=true WSPausableSubscriptionManagerInterfaceSupport=false",
-     false},
-    {eService::Imaging, "Imaging", "Imaging", "", false},
-    {eService::Media, "Media", "Media", "", false},
-    {eService::Ptz, "PTZ", "PTZ", "", false},
-    {eService::DeviceIo, "DeviceIO", "All",
-     "VideoSources=4 VideoOutputs=4 AudioSources=1 AudioOutputs=1 RelayOutputs=4", true},
-    {eService::Display, "Display", "All", "FixedLayout=false", true},
-    {eService::Recording, "Recording", "All",
-     "ReceiverSource=true MediaProfileSource=true DynamicRecordings=false DynamicTracks=false MaxStringLength=64",
-     true},
-    {eService::Search, "Search", "All", "MetadataSearch=false", true},
-    {eService::Replay, "Replay", "All", "", true},
-    {eService::Receiver, "Receiver", "All",
-     "RTP_Multicast=false RTP_TCP=true RTP_RTSP_TCP=true SupportedReceivers=64 MaximumRTSPURILength=256", true},
+    {eService::Device, false, "Device", "Device", ""},
+    {eService::Events, false, "Events", "Events",
+     "WSSubscriptionPolicySupport=true WSPullPointSupport=true WSPausableSubscriptionManagerInterfaceSupport=false"},
+    {eService::Imaging, false, "Imaging", "Imaging", ""},
+    {eService::Media, false, "Media", "Media", ""},
+    {eService::Ptz, false, "PTZ", "PTZ", ""},
+    {eService::DeviceIo, true, "DeviceIO", "All",
+     "VideoSources=4 VideoOutputs=4 AudioSources=1 AudioOutputs=1 RelayOutputs=4"},
+    {eService::Display, true, "Display", "All", "FixedLayout=false"},
+    {eService::Recording, true, "Recording", "All",
+     "ReceiverSource=true MediaProfileSource=true DynamicRecordings=false DynamicTracks=false MaxStringLength=64"},
+    {eService::Search, true, "Search", "All", "MetadataSearch=false"},
+    {eService::Replay, true, "Replay", "All", ""},
+    {eService::Receiver, true, "Receiver", "All",
+     "RTP_Multicast=false RTP_TCP=true RTP_RTSP_TCP=true SupportedReceivers=64 MaximumRTSPURILength=256"},
 };
 
 void WriteDeviceCapability(CXml& tXml, device::tagDeviceSpec const& tSpec)

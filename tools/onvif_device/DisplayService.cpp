@@ -61,14 +61,15 @@ void GetLayout(CCall& tCall)
     tXml.In("tls:Layout",
             [&]
             {
-                for (auto const& [dwPane, t] : tCall.Face().Decoder().Panes())
+                for (auto const& tEntry : tCall.Face().Decoder().Panes())
                 {
+                    tagPane const& t = tEntry.second;
                     if (t.bShown && t.dwScreen == dwScreen)
                     {
                         tXml.In("tt:PaneLayout",
                                 [&]
                                 {
-                                    tXml.Put("tt:Pane", Token("Pane", {dwPane}));
+                                    tXml.Put("tt:Pane", Token("Pane", {tEntry.first}));
                                     tXml.Empty("tt:Area", {{"bottom", CXml::Number(t.fBottom)},
                                                            {"top", CXml::Number(t.fTop)},
                                                            {"right", CXml::Number(t.fRight)},

@@ -44,10 +44,10 @@ void FailValue(std::string strDetail, std::string strReason)
     throw CFault(eBlame::Sender, "ter:InvalidArgVal", std::move(strDetail), std::move(strReason));
 }
 
-void FailAction(std::string strDetail, std::string strReason)
+void FailAction(std::string const& strDetail, std::string strReason)
 {
-    throw CFault(eBlame::Receiver, strDetail == "ter:ActionNotSupported" ? strDetail : "ter:Action",
-                 strDetail == "ter:ActionNotSupported" ? "" : strDetail, std::move(strReason));
+    const bool bNone = strDetail == "ter:ActionNotSupported";
+    throw CFault(eBlame::Receiver, bNone ? strDetail : "ter:Action", bNone ? "" : strDetail, std::move(strReason));
 }
 
 void FailNotAuthorized(std::string strReason)

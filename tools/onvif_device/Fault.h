@@ -44,7 +44,7 @@ private:
 /// A value that can't be: the two subcodes of most faults.
 [[noreturn]] void FailValue(std::string strDetail, std::string strReason);
 /// The device can't do it.
-[[noreturn]] void FailAction(std::string strDetail, std::string strReason);
+[[noreturn]] void FailAction(std::string const& strDetail, std::string strReason);
 [[noreturn]] void FailNotAuthorized(std::string strReason);
 /// Throws what stands for an ePluginResult that isn't eResultOk. strDetail: for what isn't there.
 void Require(int nResult, std::string const& strDetail = "ter:NoEntity");

@@ -253,10 +253,10 @@ void GetVideoEncoderConfigurationOptions(CCall& tCall)
                 [&]
                 {
                     tXml.Put("tt:Encoding", CodecName(dwCodec)).Range("tt:QualityRange", 0.0, 100.0);
-                    for (auto const& [dwWidth, dwHeight] : SizesOf(dwCodec))
+                    for (auto const& tSize : SizesOf(dwCodec))
                     {
                         tXml.In("tt:ResolutionsAvailable",
-                                [&] { tXml.Put("tt:Width", dwWidth).Put("tt:Height", dwHeight); });
+                                [&] { tXml.Put("tt:Width", tSize.first).Put("tt:Height", tSize.second); });
                     }
                     tXml.Range("tt:BitrateRange", 16, 32000);
                 });

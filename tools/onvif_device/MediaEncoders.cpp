@@ -111,10 +111,10 @@ void GetVideoEncoderConfigurationOptions(CCall& tCall)
                 tXml.In("tt:H264",
                         [&]
                         {
-                            for (auto const& [dwWidth, dwHeight] : SizesOf(eCodecH264))
+                            for (auto const& tSize : SizesOf(eCodecH264))
                             {
                                 tXml.In("tt:ResolutionsAvailable",
-                                        [&] { tXml.Put("tt:Width", dwWidth).Put("tt:Height", dwHeight); });
+                                        [&] { tXml.Put("tt:Width", tSize.first).Put("tt:Height", tSize.second); });
                             }
                             tXml.Range("tt:GovLengthRange", 1, 300).Range("tt:FrameRateRange", 1, 30);
                             tXml.Range("tt:EncodingIntervalRange", 1, 1);

@@ -187,7 +187,10 @@ private:
             {{bTls ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, 0, m_tOptions.strCertificate.data()},
              {MHD_OPTION_HTTPS_MEM_KEY, 0, m_tOptions.strCertificate.data()},
              {MHD_OPTION_END, 0, nullptr}}};
-        m_bClosing = false;
+        {
+            const std::lock_guard tLock(m_tMutex);
+            m_bClosing = false;
+        }
         m_pDaemon = MHD_start_daemon(nFlags, static_cast<uint16_t>(m_dwPort), nullptr, nullptr, &OnRequest, this,
                                      MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&tAddress),
                                      MHD_OPTION_LISTENING_ADDRESS_REUSE, 1U, MHD_OPTION_NOTIFY_COMPLETED, &OnCompleted,
@@ -198,7 +201,10 @@ private:
         {
             throw std::runtime_error("port " + std::to_string(m_dwPort) + " can't be listened at");
         }
-        m_dwPort = MHD_get_daemon_info(m_pDaemon, MHD_DAEMON_INFO_BIND_PORT)->port;
+        if (m_dwPort == 0)
+        {
+            m_dwPort = MHD_get_daemon_info(m_pDaemon, MHD_DAEMON_INFO_BIND_PORT)->port;
+        }
     }
 
     // Every connection ends, waiting ones too.
