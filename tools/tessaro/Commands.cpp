@@ -1,0 +1,19 @@
+#include "tools/tessaro/Command.h"
+
+namespace tessaro
+{
+namespace
+{
+constexpr tagCommand g_atCommands[] = {
+    {"doctor", "say which plug-ins are there and why others aren't; with an address, try a device step by step",
+     &DeclareDoctor},
+    {"probe", "show the devices on the network", &DeclareProbe},
+    {"info", "show what a device is, its streams, and what it can do", &DeclareInfo},
+};
+} // namespace
+
+std::span<tagCommand const> Commands()
+{
+    return g_atCommands;
+}
+} // namespace tessaro
