@@ -9,6 +9,9 @@ constexpr tagCommand g_atCommands[] = {
      &DeclareDoctor},
     {"probe", "show the devices on the network", &DeclareProbe},
     {"info", "show what a device is, its streams, and what it can do", &DeclareInfo},
+    {"live", "follow a live stream: rates, losses, latency; into a file; a contact sheet of all channels",
+     &DeclareLive},
+    {"snapshot", "take a picture", &DeclareSnapshot},
 };
 } // namespace
 
