@@ -12,6 +12,8 @@ constexpr tagCommand g_atCommands[] = {
     {"live", "follow a live stream: rates, losses, latency; into a file; a contact sheet of all channels",
      &DeclareLive},
     {"snapshot", "take a picture", &DeclareSnapshot},
+    {"ptz", "move a camera: positions, presets, tours, keys", &DeclarePtz},
+    {"events", "show what a device reports, as it comes", &DeclareEvents},
 };
 } // namespace
 
