@@ -14,6 +14,9 @@ constexpr tagCommand g_atCommands[] = {
     {"snapshot", "take a picture", &DeclareSnapshot},
     {"ptz", "move a camera: positions, presets, tours, keys", &DeclarePtz},
     {"events", "show what a device reports, as it comes", &DeclareEvents},
+    {"recordings", "show what is recorded, with a bar for each day", &DeclareRecordings},
+    {"play", "play a recording", &DeclarePlay},
+    {"download", "fetch a recording or another file; goes on where it broke off", &DeclareDownload},
 };
 } // namespace
 
