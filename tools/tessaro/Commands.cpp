@@ -17,6 +17,7 @@ constexpr tagCommand g_atCommands[] = {
     {"recordings", "show what is recorded, with a bar for each day", &DeclareRecordings},
     {"play", "play a recording", &DeclarePlay},
     {"download", "fetch a recording or another file; goes on where it broke off", &DeclareDownload},
+    {"talk", "talk and listen to a device", &DeclareTalk},
 };
 } // namespace
 
