@@ -18,6 +18,11 @@ constexpr tagCommand g_atCommands[] = {
     {"play", "play a recording", &DeclarePlay},
     {"download", "fetch a recording or another file; goes on where it broke off", &DeclareDownload},
     {"talk", "talk and listen to a device", &DeclareTalk},
+    {"config", "read and write a device's configuration as JSON", &DeclareConfig},
+    {"alarm", "show alarm inputs and outputs, switch outputs, clear alarms", &DeclareAlarm},
+    {"log", "show a device's log", &DeclareLog},
+    {"wall", "show and change what a video decoder shows", &DeclareWall},
+    {"upgrade", "give a device new firmware", &DeclareUpgrade},
 };
 } // namespace
 
