@@ -23,6 +23,7 @@ constexpr tagCommand g_atCommands[] = {
     {"log", "show a device's log", &DeclareLog},
     {"wall", "show and change what a video decoder shows", &DeclareWall},
     {"upgrade", "give a device new firmware", &DeclareUpgrade},
+    {"check-plugin", "for authors of plug-ins: whether one keeps the promises of the interface", &DeclareCheckPlugin},
 };
 } // namespace
 
