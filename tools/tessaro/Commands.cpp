@@ -24,6 +24,7 @@ constexpr tagCommand g_atCommands[] = {
     {"wall", "show and change what a video decoder shows", &DeclareWall},
     {"upgrade", "give a device new firmware", &DeclareUpgrade},
     {"check-plugin", "for authors of plug-ins: whether one keeps the promises of the interface", &DeclareCheckPlugin},
+    {"trace", "for authors of plug-ins: write down what a program and its plug-ins say to each other", &DeclareTrace},
 };
 } // namespace
 
