@@ -48,6 +48,7 @@ class CommandLine(unittest.TestCase):
         for arguments, code, result in (
             (["info", DEVICE.replace("192.0.2.1", "x.invalid")], 3, 210),
             (["info", "onvif://192.0.2.1"], 6, 1),
+            (["info", DEVICE, "--plugin", "/nowhere/libVTQ.so"], 6, 1),
             (["snapshot", DEVICE, "x.png", "--channel", "77"], 1, 214),
             (["ptz", DEVICE, "--channel", "3", "home"], 5, 201),
             (["recordings", "rtsp://127.0.0.1:1/live"], 5, 0),
@@ -183,6 +184,8 @@ class Devices(unittest.TestCase):
         self.assertEqual([(row["main"]["width"], row["sub"]["width"], bool(row["moves"])) for row in device["channels"]],
                          [(1280, 640, True)] * 2 + [(1280, 640, False)] * 2)
         self.assertEqual(device["channels"][3]["main"]["codec"], "h265")
+        private = run_json("info", "private://192.0.2.1")["devices"][0]  # the library doesn't load this one by itself
+        self.assertEqual((private["protocol"], private["identity"]["model"]), ("private", "TB-400"))
         self.assertRegex(run("info", DEVICE)[0], r"CHANNEL +MAIN .*\n0 +h264 1280x720 25 fps")
 
     def test_matrix_of_two_users(self):
