@@ -5,8 +5,7 @@
 #include "adapter/Trampolines.h"
 #include "adapter/Version.h"
 #include "system/Call.h"
-
-#include <cstdio>
+#include "system/OutputMessage.h"
 
 using Adapter_ApplicationLayer::CSetCallBack;
 
@@ -156,11 +155,11 @@ int ClientAdapter_SubscribeEvent(int nLoginID, unsigned long dwEvent, DeviceEven
 
 int ClientAdapter_DeviceProbeStart(tagDeviceProbeParameter* ptPara, DeviceProbeCallback pfnProbe)
 {
-    std::printf("[%s][%d]\n", g_szSource, 2377);
+    CAdapter_OutputMessage::OutputMessage("[%s][%d]\n", g_szSource, 2377);
     g_cProtocolSet.DeviceProbeStart(ptPara, pfnProbe, eProtocolOnvif);
-    std::printf("[%s][%d]\n", g_szSource, 2379);
+    CAdapter_OutputMessage::OutputMessage("[%s][%d]\n", g_szSource, 2379);
     g_cProtocolSet.DeviceProbeStart(ptPara, pfnProbe, eProtocolVTQ);
-    std::printf("[%s][%d]\n", g_szSource, 2381);
+    CAdapter_OutputMessage::OutputMessage("[%s][%d]\n", g_szSource, 2381);
     return eResultOk;
 }
 

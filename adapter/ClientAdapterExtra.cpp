@@ -3,6 +3,12 @@
 #include "adapter/Globals.h"
 #include "adapter/LookUp.h"
 #include "adapter/Version.h"
+#include "bindings/EntryPoints.h"
+#include "protocol/CreateBinding.h"
+#include "protocol/Record.h"
+#include "system/OutputMessage.h"
+
+#include <cstring>
 
 namespace
 {
@@ -67,6 +73,32 @@ char const* TessaroExtra_ResultText(int nResult)
 char const* TessaroExtra_Version(void)
 {
     return TESSARO_VERSION ", " TESSARO_BUILD;
+}
+
+int TessaroExtra_GetEntryPoint(eProtocolType eType, unsigned int dwIndex, tagEntryPoint* ptEntry)
+{
+    if (static_cast<unsigned int>(eType) > static_cast<unsigned int>(eProtocolVTQ))
+    {
+        return eResultNoProtocol;
+    }
+    char szRoom[Adapter_ProtocolSet::g_nSymbolRoom];
+    const auto tFound = Adapter_ProtocolSet::ProtocolEntry(eType, BindingOf(g_cProtocolSet, eType), dwIndex, szRoom);
+    if (!tFound.tName.szSymbol)
+    {
+        return eResultNoMoreEntries;
+    }
+    tagEntryPoint tEntry{};
+    tEntry.dwState = !tFound.bBound ? eEntryPointUnbound : tFound.bExists ? eEntryPointThere : eEntryPointMissing;
+    static_assert(sizeof tEntry.szSymbol >= sizeof szRoom);
+    std::strcpy(tEntry.szOperation, Adapter_ProtocolSet::g_aszOperation[static_cast<std::size_t>(tFound.tName.eOp)]);
+    std::strcpy(tEntry.szSymbol, tFound.tName.szSymbol);
+    return Adapter_ProtocolSet::WriteRecord(ptEntry, tEntry);
+}
+
+int TessaroExtra_DiagnosticCB(DiagnosticCallback pfnLine)
+{
+    SetDiagnosticSink(pfnLine);
+    return eResultOk;
 }
 
 TESSARO_C_END

@@ -10,9 +10,9 @@
 #include "adapter/Events.h"
 #include "adapter/Registrations.h"
 #include "adapter/Shapes.h"
+#include "system/OutputMessage.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <iterator>
 
 namespace
@@ -103,8 +103,9 @@ int SetUserEventCB(void*, unsigned long dwEvent, unsigned long dwWord2, unsigned
         return eResultOk;
     }
     Failed({"SetUserEventCB", 3556}, eResultNoEntryPoint);
-    std::printf("%d-%d-%d dwUserData %lu, cbUserEvent 0x%p, m_hUserEvent %d fail\n", !bUsable, !tFound.bUsed,
-                !tFound.pfnCallback, dwUser, reinterpret_cast<void*>(tFound.pfnCallback), tFound.nID);
+    CAdapter_OutputMessage::OutputMessage("%d-%d-%d dwUserData %lu, cbUserEvent 0x%p, m_hUserEvent %d fail\n", !bUsable,
+                                          !tFound.bUsed, !tFound.pfnCallback, dwUser,
+                                          reinterpret_cast<void*>(tFound.pfnCallback), tFound.nID);
     return eResultNoEntryPoint;
 }
 

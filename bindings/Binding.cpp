@@ -3,23 +3,24 @@
 #include "system/OutputMessage.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <string_view>
 
 namespace Adapter_ProtocolSet
 {
 namespace
 {
-constexpr std::size_t g_nLongestOperation = []
+// The name of the entry point that serves an operation; in szRoom if it isn't irregular. Put together by hand: 400
+// times snprintf shows in a start.
+char const* SymbolName(tagBindingProfile const& tProfile, eOperation eOp, char (&szRoom)[g_nSymbolRoom])
 {
-    std::size_t nLongest = 0;
-    for (const std::string_view strName : g_aszOperation)
+    const auto itIrregular = std::ranges::find(tProfile.atIrregular, eOp, &tagIrregularName::eOp);
+    if (itIrregular != tProfile.atIrregular.end())
     {
-        nLongest = std::max(nLongest, strName.size());
+        return itIrregular->szSymbol;
     }
-    return nLongest;
-}();
+    stpcpy(stpcpy(szRoom, tProfile.szPrefix), g_aszOperation[static_cast<std::size_t>(eOp)]);
+    return szRoom;
+}
 } // namespace
 
 int CEntryTable::Missing()
@@ -39,7 +40,7 @@ int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const&
     {
         if (tProfile.szOpenFailed)
         {
-            std::puts(tProfile.szOpenFailed);
+            CAdapter_OutputMessage::OutputMessage("%s\n", tProfile.szOpenFailed);
         }
         return eResultOk;
     }
@@ -47,24 +48,25 @@ int CEntryTable::Bind(Adapter_System::CModule& tModule, tagBindingProfile const&
     {
         DiagnosticLine(tProfile.szSource, "Intialize", tProfile.nOpenedLine, tProfile.szOpened);
     }
-    // Put together by hand: 400 times snprintf shows in a start.
-    char szName[sizeof tProfile.szPrefix + g_nLongestOperation];
-    char* const szOperation = stpcpy(szName, tProfile.szPrefix);
+    char szRoom[g_nSymbolRoom];
     for (const eOperation eOp : tProfile.aeLookUp)
     {
-        const auto iOp = static_cast<std::size_t>(eOp);
-        const auto itIrregular = std::ranges::find(tProfile.atIrregular, eOp, &tagIrregularName::eOp);
-        const bool bRegular = itIrregular == tProfile.atIrregular.end();
-        if (bRegular)
-        {
-            stpcpy(szOperation, g_aszOperation[iOp]);
-        }
         void* pEntry = nullptr;
-        if (tModule.Export(bRegular ? szName : itIrregular->szSymbol, pEntry) == 0)
+        if (tModule.Export(SymbolName(tProfile, eOp, szRoom), pEntry) == 0)
         {
-            m_apEntry[iOp] = pEntry;
+            m_apEntry[static_cast<std::size_t>(eOp)] = pEntry;
         }
     }
     return eResultOk;
+}
+
+tagEntryName EntryName(tagBindingProfile const& tProfile, std::size_t iEntry, char (&szRoom)[g_nSymbolRoom])
+{
+    if (iEntry >= tProfile.aeLookUp.size())
+    {
+        return {};
+    }
+    const eOperation eOp = tProfile.aeLookUp[iEntry];
+    return {eOp, SymbolName(tProfile, eOp, szRoom)};
 }
 } // namespace Adapter_ProtocolSet

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <string_view>
 
 namespace Adapter_ProtocolSet
 {
@@ -31,6 +32,27 @@ struct tagBindingProfile
     /// Whether the binding asks the plug-in for this operation at all. Those it doesn't ask for succeed with 0.
     constexpr bool Serves(eOperation eOp) const { return std::ranges::find(aeLookUp, eOp) != aeLookUp.end(); }
 };
+
+/// Room for the name of any entry point.
+inline constexpr std::size_t g_nSymbolRoom = []
+{
+    std::size_t nLongest = 0;
+    for (const std::string_view strName : g_aszOperation)
+    {
+        nLongest = std::max(nLongest, strName.size());
+    }
+    return sizeof tagBindingProfile::szPrefix + nLongest;
+}();
+
+/// An operation and the name of its entry point; null: there is none.
+struct tagEntryName
+{
+    eOperation eOp{};
+    char const* szSymbol = nullptr;
+};
+
+/// What the profile looks up at place iEntry; the name may stand in szRoom.
+tagEntryName EntryName(tagBindingProfile const& tProfile, std::size_t iEntry, char (&szRoom)[g_nSymbolRoom]);
 
 /// The entry points that every device protocol has, in look-up order: all operations but these ten.
 consteval auto CommonLookUp()
@@ -95,11 +117,14 @@ public:
         return As<typename tagCall<Op>::Function>(g_eNumber<Op>);
     }
 
+    /// Whether the plug-in has the entry point.
+    bool Has(eOperation eOp) const { return m_apEntry[static_cast<std::size_t>(eOp)] != MissingEntry(); }
+
     /// The same for an entry point whose parameters aren't its operation's.
     template <class F>
     F* As(eOperation eOp) const
     {
-        return m_apEntry[static_cast<std::size_t>(eOp)] == MissingEntry() ? nullptr : At<F>(eOp);
+        return Has(eOp) ? At<F>(eOp) : nullptr;
     }
 
 private:

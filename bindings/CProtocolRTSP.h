@@ -53,6 +53,7 @@ public:
 
     int Intialize(char const* szPath) { return m_tEntry.Bind(m_tModule, g_tRTSPProfile, szPath); }
     int Destroy() { return m_tModule.Close(); }
+    CEntryTable const& Entries() const { return m_tEntry; }
 
 #define OPERATION(line, ...) OVERRIDDEN(__VA_ARGS__)
 #include "protocol/operations.def"

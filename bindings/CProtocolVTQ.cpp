@@ -1,6 +1,6 @@
 #include "bindings/CProtocolVTQ.h"
 
-#include <cstdio>
+#include "system/OutputMessage.h"
 
 namespace Adapter_ProtocolSet
 {
@@ -24,7 +24,7 @@ int CProtocolSetVTQ::Run(tagCall<&CClientProtocolBase::ForceIFrame> tCall, void*
 {
     if (!m_tEntry.Get<&CClientProtocolBase::ForceIFrame>())
     {
-        std::printf("[%s:%d] ForceIFrame \n", "ForceIFrame", 456);
+        CAdapter_OutputMessage::OutputMessage("[%s:%d] ForceIFrame \n", "ForceIFrame", 456);
     }
     return Run<>(tCall, hLogin, dwStream);
 }

@@ -3,7 +3,6 @@
 #include "protocol/CreateBinding.h"
 #include "system/OutputMessage.h"
 
-#include <cstdio>
 #include <utility>
 
 namespace Adapter_ProtocolSet
@@ -95,6 +94,11 @@ inline CClientProtocolBase* CClientProtocolSet::Bound(eProtocolType eType) const
     return Valid(eType) ? m_pBinding[eType] : nullptr;
 }
 
+CClientProtocolBase const* BindingOf(CClientProtocolSet const& tSet, eProtocolType eType)
+{
+    return tSet.Bound(eType);
+}
+
 namespace
 {
 // What an operation does with the binding it found: calls it. Three do more.
@@ -117,14 +121,16 @@ int Run(tagCall<&CClientProtocolBase::Start>, IProtocol* pProtocols, CClientProt
 int Run(tagCall<&CClientProtocolBase::UserLogin>, IProtocol*, CClientProtocolBase& tBinding, eProtocolType eType,
         void** phLogin, tagUserLoginPara* ptPara)
 {
-    std::printf("UserLogin:eProtocol:%d, %p\n", static_cast<int>(eType), static_cast<void*>(&tBinding));
+    CAdapter_OutputMessage::OutputMessage("UserLogin:eProtocol:%d, %p\n", static_cast<int>(eType),
+                                          static_cast<void*>(&tBinding));
     return tBinding.UserLogin(phLogin, ptPara);
 }
 
 int Run(tagCall<&CClientProtocolBase::SubscribeEvent>, IProtocol*, CClientProtocolBase& tBinding, eProtocolType,
         void* hLogin, unsigned long dwEvent, DeviceEventCallback pfnEvent, unsigned long dwUser)
 {
-    std::printf("==SubscribeEvent:%p %lu, %p, %lu\n", hLogin, dwEvent, reinterpret_cast<void*>(pfnEvent), dwUser);
+    CAdapter_OutputMessage::OutputMessage("==SubscribeEvent:%p %lu, %p, %lu\n", hLogin, dwEvent,
+                                          reinterpret_cast<void*>(pfnEvent), dwUser);
     return tBinding.SubscribeEvent(hLogin, dwEvent, pfnEvent, dwUser);
 }
 } // namespace

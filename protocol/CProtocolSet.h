@@ -48,6 +48,7 @@ public:
     /// @endcond
 
 private:
+    friend CClientProtocolBase const* BindingOf(CClientProtocolSet const& tSet, eProtocolType eType);
     [[gnu::visibility("hidden")]] CClientProtocolBase* Bound(eProtocolType eType) const;
 
     std::uint32_t m_dwState[4];         ///< 1: no binding is inserted for the protocol; 2: one is

@@ -1,5 +1,6 @@
 #include "system/OutputMessage.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -8,14 +9,22 @@
 namespace
 {
 constexpr int g_nBuffer = 1024;
+std::atomic<DiagnosticSink> g_pfnSink = nullptr;
 
 // What was formatted is written as it is: a '%' in an argument stays a '%'.
 void Write(char const* szFormat, va_list tArguments)
 {
     char szText[g_nBuffer];
-    if (vsnprintf(szText, sizeof szText, szFormat, tArguments) >= 0)
+    if (vsnprintf(szText, sizeof szText, szFormat, tArguments) < 0)
     {
-        std::fputs(szText, stdout);
+        return;
+    }
+    std::fputs(szText, stdout);
+    if (const DiagnosticSink pfnSink = g_pfnSink)
+    {
+        const std::size_t nLength = std::strlen(szText);
+        szText[nLength - (nLength > 0 && szText[nLength - 1] == '\n')] = '\0';
+        pfnSink(szText);
     }
 }
 } // namespace
@@ -56,6 +65,11 @@ int CAdapter_OutputMessage::CommandRPCOutput(char*)
 int CAdapter_OutputMessage::CommandRPCOutput(char*, int)
 {
     return 0;
+}
+
+void SetDiagnosticSink(DiagnosticSink pfnSink)
+{
+    g_pfnSink = pfnSink;
 }
 
 void DiagnosticLine(char const* szSource, char const* szFunction, int nLine, char const* szText)

@@ -15,6 +15,13 @@ public:
     static int CommandRPCOutput(char* szText, int nLength);
 };
 
+/// Gets each line beside standard output, without its end, on the thread that writes it. The text ends with the call.
+using DiagnosticSink = void (*)(char const* szLine);
+
+/// Lines go to pfnSink from now on; null: to standard output alone. One that another thread writes just now may still
+/// go to the sink before.
+void SetDiagnosticSink(DiagnosticSink pfnSink);
+
 /// The ordinary line. The line number is a fixed mark of the place, not a position in today's source.
 void DiagnosticLine(char const* szSource, char const* szFunction, int nLine, char const* szText = "Failed");
 

@@ -21,6 +21,7 @@ check_room(adapter "(system|protocol|bindings|adapter)/")
 check_room(rtsp "rtsp/|protocol/(PluginInterface\\.h|interface/)|system/Export\\.h\"")
 check_room(onvif "(onvif|rtsp)/|protocol/(PluginInterface\\.h|interface/)")
 check_room(plugins "(protocol|rtsp|onvif|plugins)/|system/(Call|Export)\\.h\"")
+check_room(tools/tessaro "adapter/(ClientAdapter(Extra)?|Globals)\\.h\"|protocol/|system/(Call|Export)\\.h\"|tools/tessaro/|RecordTables")
 check_room(examples "adapter/(ClientAdapter(Extra)?|Globals)\\.h\"|Tour\\.h\"")
 
 foreach(header HandleRegistry LookUp)

@@ -17,4 +17,18 @@ void PrintStatistics(int nMediaID)
            (unsigned long long)tInfo.ullFrames, (unsigned long long)tInfo.ullLost, (unsigned long)tInfo.dwReconnects,
            TessaroExtra_Version());
 }
+
+/* What a protocol's plug-in lacks. */
+void PrintMissing(eProtocolType eType)
+{
+    tagEntryPoint tEntry = {.dwSize = sizeof tEntry};
+    unsigned int i;
+    for (i = 0; TessaroExtra_GetEntryPoint(eType, i, &tEntry) == eResultOk; ++i)
+    {
+        if (tEntry.dwState == eEntryPointMissing)
+        {
+            printf("%s is missing: ClientAdapter calls of %s answer 1\n", tEntry.szSymbol, tEntry.szOperation);
+        }
+    }
+}
 /* [extra] */

@@ -385,4 +385,46 @@ TEST_F(CSession, Extra)
     EXPECT_STREQ(TessaroExtra_ResultText(209), "the device has locked the account for a while");
     EXPECT_TRUE(std::string(TessaroExtra_Version()).ends_with(std::string(", ") + g_cVersion));
 }
+
+// The names of a protocol's entry points, asked as an application does.
+Strings EntryPoints(eProtocolType eType, std::uint32_t dwState)
+{
+    Strings astrNames;
+    tagEntryPoint tEntry{};
+    tEntry.dwSize = sizeof tEntry;
+    for (unsigned int i = 0; TessaroExtra_GetEntryPoint(eType, i, &tEntry) == eResultOk; ++i)
+    {
+        if (tEntry.dwState == dwState)
+        {
+            astrNames.emplace_back(tEntry.szSymbol);
+        }
+    }
+    return astrNames;
+}
+
+TEST_F(CSession, EntryPointsAndLines)
+{
+    EXPECT_EQ(EntryPoints(eProtocolRTSP, eEntryPointThere).at(2), "RTSPClient_Create");
+    EXPECT_EQ(EntryPoints(eProtocolOnvif, eEntryPointThere).size(), 127U);
+    EXPECT_EQ(EntryPoints(eProtocolVTQ, eEntryPointThere).size(), 130U);
+    tagEntryPoint tEntry{};
+    tEntry.dwSize = sizeof tEntry - 1;
+    EXPECT_EQ(TessaroExtra_GetEntryPoint(eProtocolVTQ, 0, &tEntry), eResultBadArgument);
+    EXPECT_EQ(TessaroExtra_GetEntryPoint(eProtocolVTQ, 130, &tEntry), eResultNoMoreEntries);
+    EXPECT_EQ(TessaroExtra_GetEntryPoint(static_cast<eProtocolType>(4), 0, &tEntry), eResultNoProtocol);
+    g_cProtocolSet.RemoveProtocol(eProtocolOnvif);
+    EXPECT_EQ(EntryPoints(eProtocolOnvif, eEntryPointUnbound).size(), 127U);
+
+    static Strings s_astrLines;
+    s_astrLines.clear();
+    TessaroExtra_DiagnosticCB([](char const* szLine) { s_astrLines.emplace_back(szLine); });
+    g_cProtocolSet.InsertProtocol(eProtocolOnvif, "/nowhere/libonvifclient.so");
+    TessaroExtra_DiagnosticCB(nullptr);
+    EXPECT_FALSE(s_astrLines.empty());
+    EXPECT_EQ(s_astrLines.at(1), "[Tessaro] Module.cpp Open 60 Failed syserr:0 Success");
+    const auto nLines = s_astrLines.size();
+    ClientAdapter_UserLogout(-1);
+    EXPECT_EQ(s_astrLines.size(), nLines);
+    EXPECT_EQ(EntryPoints(eProtocolOnvif, eEntryPointMissing).size(), 127U);
+}
 } // namespace
