@@ -18,7 +18,7 @@ constexpr auto g_tPull = 10s;     // how long the device is to wait for an event
 constexpr auto g_tLook = 500ms;   // how soon it is seen that the login lives again
 constexpr auto g_tLeave = 1000ms; // for saying good-bye
 constexpr unsigned g_nMessages = 100;
-constexpr std::chrono::seconds g_atPauses[] = {0s, 1s, 2s, 4s, 8s, 16s, 30s};
+constexpr std::chrono::seconds g_atPauses[] = {0s, 0s, 1s, 2s, 4s, 8s, 16s, 30s};
 
 constexpr char g_szCreate[] = "http://www.onvif.org/ver10/events/wsdl/EventPortType/CreatePullPointSubscriptionRequest";
 constexpr char g_szPull[] = "http://www.onvif.org/ver10/events/wsdl/PullPointSubscription/PullMessagesRequest";
@@ -208,11 +208,14 @@ rtsp::CTask<int> CSubscription::Create()
     if (!m_bPullsFail)
     {
         nResult = co_await CreatePullPoint(m_pClient, &m_tManager);
+        m_bPullsFail = nResult == eResultNotSupported;
     }
-    if (nResult == eResultNotSupported && m_pClient->Has(eService::Events))
+    // A device that has no pull points left may still send.
+    const bool bHasNone = nResult == eResultNotSupported || nResult == eResultRefused || nResult == eResultBusy;
+    if (bHasNone && m_pClient->Has(eService::Events))
     {
-        m_bPullsFail = true;
-        nResult = co_await Subscribe();
+        const int nSubscribed = co_await Subscribe();
+        nResult = nSubscribed == eResultOk ? nSubscribed : nResult;
     }
     co_return nResult;
 }

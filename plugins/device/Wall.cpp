@@ -2,6 +2,7 @@
 
 #include "plugins/device/Wall.h"
 
+#include "plugins/common/SplitScreen.h"
 #include "plugins/device/Device.h"
 #include "plugins/device/Settings.h"
 
@@ -20,44 +21,6 @@ using Adapter_ProtocolSet::ReadRecord;
 using Adapter_ProtocolSet::WriteList;
 
 constexpr uint32_t g_dwWindows = 1024;
-
-// A window of a split screen, in cells of a grid of nGrid by nGrid.
-struct tagCell
-{
-    uint32_t x, y, dwSize;
-};
-
-// The windows of a mode; none for a mode that isn't one.
-std::vector<tagCell> Cells(uint32_t dwMode, uint32_t& dwGrid)
-{
-    std::vector<tagCell> atCells;
-    const bool bBig = dwMode == eSplit6 || dwMode == eSplit8;
-    dwGrid = bBig ? dwMode / 2 : 1;
-    while (!bBig && dwGrid * dwGrid < dwMode)
-    {
-        ++dwGrid;
-    }
-    if (!bBig && (dwGrid * dwGrid != dwMode || dwMode > eSplit36))
-    {
-        return {};
-    }
-    const uint32_t dwBig = bBig ? dwGrid - 1 : 0;
-    if (bBig)
-    {
-        atCells.push_back({0, 0, dwBig});
-    }
-    for (uint32_t y = 0; y < dwGrid; ++y)
-    {
-        for (uint32_t x = 0; x < dwGrid; ++x)
-        {
-            if (x >= dwBig || y >= dwBig)
-            {
-                atCells.push_back({x, y, 1});
-            }
-        }
-    }
-    return atCells;
-}
 
 bool IsPlace(uint32_t dwLeft, uint32_t dwTop, uint32_t dwWidth, uint32_t dwHeight)
 {
@@ -192,7 +155,7 @@ int CWall::Split(tagCaller const&, uint32_t dwScreen, uint32_t dwMode, unsigned 
         return nResult;
     }
     uint32_t dwGrid = 1;
-    const std::vector<tagCell> atCells = Cells(dwMode, dwGrid);
+    const auto atCells = plugin::CellsOf(dwMode, dwGrid);
     if (atCells.empty())
     {
         return eResultBadArgument;
@@ -209,7 +172,7 @@ int CWall::Split(tagCaller const&, uint32_t dwScreen, uint32_t dwMode, unsigned 
     const tagDecoderWindow tScreen = ScreenPlace(dwScreen);
     for (uint32_t i = 0; i < atCells.size(); ++i)
     {
-        tagCell const& tCell = atCells[i];
+        plugin::tagCell const& tCell = atCells[i];
         tagWindow tWindow;
         tagDecoderWindow& t = tWindow.tPlace;
         t.dwChannel = dwFirst + i;

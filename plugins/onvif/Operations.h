@@ -68,8 +68,56 @@ OWN(SetChromaDefault)
 OWN(PTZControl)
 
 // Events.cpp: subscriptions, the login's state
+OWN(GetLoginStatus)
+OWN(SubscribeEvent)
+OWN(UnSubscribeEvent)
 
-// Recordings.cpp, Playback.cpp, Voice.cpp, Wall.cpp
+// RecordingQueries.cpp
+OWN(HistoryStreamQueryConnect)
+OWN(HistoryStreamQueryNext)
+OWN(HistoryStreamMultiTypeQueryConnect)
+OWN(HistoryStreamMultiTypeQueryNext)
+OWN(HistoryStreamQueryDisconnect)
+OWN(FileQueryConnect)
+OWN(FileQueryNext)
+OWN(FileQueryDisconnect)
+OWN(DataExistCheck)
+OWN(RecordControl)
+
+// RecordedStreams.cpp: playback
+OWN(HistoryStreamCreate)
+OWN(HistoryStreamMultiTypeCreate)
+OWN(HistoryStreamDestroy)
+OWN(HistoryStreamPosition)
+OWN(HistoryStreamSync)
+OWN(HistoryStreamUnSync)
+OWN(HistoryStreamSetSpeed)
+OWN(HistoryStreamCB)
+
+// Downloads.cpp
+OWN(FileDownloadConnect)
+OWN(FileDownloadControl)
+OWN(FileDownloadDisconnect)
+OWN(FileDownloadCB)
+OWN(GetFileHeader)
+
+// Voice.cpp: talk
+OWN(VoiceStreamConnect)
+OWN(VoiceStreamDisconnect)
+OWN(VoiceStreamSend)
+OWN(VoiceStreamCB)
+
+// Decoders.cpp: decoder walls
+OWN(SetScreenSplitMode)
+OWN(DecoderSetConfig)
+OWN(DecoderGetConfig)
+OWN(DecoderSetChannelConfig)
+OWN(DecoderGetChannelConfig)
+OWN(DecoderDynamicConnect)
+OWN(DecoderDynamicDisconnect)
+OWN(DecoderGetVideoStandard)
+OWN(DecoderGetChannelInformation)
+OWN(DecoderChannelGetStatus)
 
 // Nearby.cpp: what needs no login
 OWN(DeviceProbeStart)

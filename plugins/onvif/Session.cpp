@@ -2,6 +2,7 @@
 
 #include "onvif/Xml.h"
 #include "plugins/common/Text.h"
+#include "plugins/onvif/Events.h"
 #include "plugins/onvif/Identity.h"
 #include "plugins/onvif/Nearby.h"
 #include "plugins/onvif/Operations.h"
@@ -192,8 +193,12 @@ bool CLogin::Close()
 
 void CLogin::Forget()
 {
-    const std::lock_guard tLock(m_tMutex);
-    for (auto const& [tType, pPart] : m_apParts)
+    std::map<std::type_index, std::shared_ptr<CPart>> apParts;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        apParts = m_apParts;
+    }
+    for (auto const& [tType, pPart] : apParts)
     {
         pPart->Forget();
     }
@@ -220,6 +225,7 @@ int Serve(tagCall<&CClientProtocolBase::UserLogin>, void** phLogin, tagUserLogin
     const auto pLogin = std::make_shared<CLogin>(pClient);
     void* const hLogin = Face().tHandles.Add(pLogin);
     pLogin->m_hLogin = hLogin;
+    pLogin->Part<CEvents>().Begin();
     *phLogin = hLogin;
     Log(6, strWho);
     return eResultOk;

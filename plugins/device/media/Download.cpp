@@ -282,8 +282,7 @@ int FileHeader(uint32_t dwFormat, char* pbyHeader, unsigned long& dwLength)
     {
         return eResultBadArgument;
     }
-    const Output abyHeader =
-        dwFormat == eFileFormatMp4 ? FragmentedMp4Header() : TransportStreamHeader(dwFormat == eFileFormatNative);
+    const Output abyHeader = FileHeader(dwFormat);
     const unsigned long dwRoom = std::exchange(dwLength, static_cast<unsigned long>(abyHeader.size()));
     if (dwRoom < abyHeader.size())
     {

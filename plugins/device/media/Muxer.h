@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plugins/common/FileWriter.h"
 #include "plugins/device/media/RecordedFrames.h"
 
 #include <cstdint>
@@ -8,31 +9,30 @@
 
 namespace device
 {
-using Output = std::vector<unsigned char>;
+using plugin::Output;
 
 /// Packs the frames of a recording into a file. The bytes are the same every time.
 class CMuxer
 {
 public:
-    virtual ~CMuxer() = default;
     /// Each of these appends bytes of the file. llTimeUs: the frame's time in the file, from 0.
-    virtual void Begin(Output& abyOut) = 0;
-    virtual void Add(tagRecordedFrame const& tFrame, int64_t llTimeUs, Output& abyOut) = 0;
-    virtual void End(Output& abyOut) = 0;
+    void Begin(Output& abyOut) { m_pWriter->Begin(abyOut); }
+    void Add(tagRecordedFrame const& tFrame, int64_t llTimeUs, Output& abyOut);
+    void End(Output& abyOut) { m_pWriter->End(abyOut); }
 
     /// dwFormat: eFileFormat. Null: there is none.
     static std::unique_ptr<CMuxer> Make(uint32_t dwFormat, CRecordedFrames const& tFrames);
+    CMuxer(std::unique_ptr<plugin::CFileWriter> pWriter, std::vector<CClip const*> apClips)
+        : m_pWriter(std::move(pWriter)), m_apClips(std::move(apClips))
+    {
+    }
+
+private:
+    const std::unique_ptr<plugin::CFileWriter> m_pWriter;
+    const std::vector<CClip const*> m_apClips;
+    Output m_abyRoom;
 };
 
-/// An MPEG transport stream (ISO/IEC 13818-1). It has no place for G.711: pictures alone. bNative: with a packet before
-/// it that says what device has made it; other players skip that.
-std::unique_ptr<CMuxer> MakeTransportStream(bool bNative);
-/// Fragmented MP4 (ISO/IEC 14496-12), a fragment for each key frame.
-std::unique_ptr<CMuxer> MakeFragmentedMp4(CRecordedFrames const& tFrames);
-
-/// @name What each file begins with, whatever is in it.
-/// @{
-Output TransportStreamHeader(bool bNative);
-Output FragmentedMp4Header();
-/// @}
+/// What each file of this format (eFileFormat) begins with, whatever is in it.
+Output FileHeader(uint32_t dwFormat);
 } // namespace device

@@ -1,9 +1,12 @@
-#include "plugins/device/media/Muxer.h"
+#include "plugins/common/FileWriter.h"
+
+#include "protocol/interface/Frames.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
-namespace device
+namespace plugin
 {
 namespace
 {
@@ -73,14 +76,14 @@ void Matrix(CBoxes& t)
     }
 }
 
-void Avc(CBoxes& t, std::vector<Bytes> const& atSets)
+void Avc(CBoxes& t, std::vector<Output> const& atSets)
 {
     t.Box("avcC",
           [&]
           {
               t.U8(1);
-              t.Data(atSets[0].subspan(1, 3)); // profile, constraints, level
-              t.U8(0xFF);                      // lengths of 4 bytes
+              t.Data(Bytes(atSets[0]).subspan(1, 3)); // profile, constraints, level
+              t.U8(0xFF);                             // lengths of 4 bytes
               t.U8(0xE1);
               t.U16(static_cast<uint32_t>(atSets[0].size()));
               t.Data(atSets[0]);
@@ -90,7 +93,7 @@ void Avc(CBoxes& t, std::vector<Bytes> const& atSets)
           });
 }
 
-void Hevc(CBoxes& t, std::vector<Bytes> const& atSets)
+void Hevc(CBoxes& t, std::vector<Output> const& atSets)
 {
     // Profile, tier and level stand in the SPS; there they may hold bytes that keep start codes out.
     Output abySps;
@@ -116,7 +119,7 @@ void Hevc(CBoxes& t, std::vector<Bytes> const& atSets)
               t.U16(0);
               t.U8(0x0F); // one temporal layer, lengths of 4 bytes
               t.U8(static_cast<uint32_t>(atSets.size()));
-              for (const Bytes tSet : atSets)
+              for (Output const& tSet : atSets)
               {
                   t.U8(0x80U | (tSet[0] >> 1 & 63U));
                   t.U16(1);
@@ -126,17 +129,17 @@ void Hevc(CBoxes& t, std::vector<Bytes> const& atSets)
           });
 }
 
-void VideoEntry(CBoxes& t, CClip const& tClip)
+void VideoEntry(CBoxes& t, tagVideoFormat const& tFormat)
 {
-    const bool bAvc = tClip.Codec() == eCodecH264;
+    const bool bAvc = tFormat.dwCodec == eCodecH264;
     t.Box(bAvc ? "avc1" : "hvc1",
           [&]
           {
               t.Zeros(6);
               t.U16(1);
               t.Zeros(16);
-              t.U16(tClip.Width());
-              t.U16(tClip.Height());
+              t.U16(tFormat.dwWidth);
+              t.U16(tFormat.dwHeight);
               t.U32(0x480000);
               t.U32(0x480000);
               t.U32(0);
@@ -144,22 +147,55 @@ void VideoEntry(CBoxes& t, CClip const& tClip)
               t.Zeros(32);
               t.U16(0x18);
               t.U16(0xFFFF);
-              bAvc ? Avc(t, tClip.ParameterSets()) : Hevc(t, tClip.ParameterSets());
+              bAvc ? Avc(t, tFormat.aabyParameterSets) : Hevc(t, tFormat.aabyParameterSets);
           });
 }
 
-void AudioEntry(CBoxes& t, char const* szType)
+// A descriptor of MPEG-4's: a tag, a length, and what is in it.
+void Descriptor(CBoxes& t, uint32_t dwTag, Output const& abyContents)
 {
+    t.U8(dwTag);
+    t.U8(static_cast<uint32_t>(abyContents.size()));
+    t.Data(abyContents);
+}
+
+// How AAC says what it is.
+void ElementaryStream(CBoxes& t, Output const& abyConfig)
+{
+    Output abySpecific;
+    CBoxes tSpecific(abySpecific);
+    Descriptor(tSpecific, 5, abyConfig);
+    Output abyDecoder;
+    CBoxes tDecoder(abyDecoder);
+    tDecoder.U8(0x40); // AAC
+    tDecoder.U8(0x15); // sound
+    tDecoder.Zeros(11);
+    tDecoder.Data(abySpecific);
+    Output abyStream;
+    CBoxes tStream(abyStream);
+    tStream.Zeros(3);
+    Descriptor(tStream, 4, abyDecoder);
+    Descriptor(tStream, 6, {2});
+    t.FullBox("esds", 0, [&] { Descriptor(t, 3, abyStream); });
+}
+
+void AudioEntry(CBoxes& t, tagAudioFormat const& tFormat)
+{
+    char const* const szType = tFormat.dwCodec == eCodecAAC ? "mp4a" : tFormat.dwCodec == eCodecG711A ? "alaw" : "ulaw";
     t.Box(szType,
           [&]
           {
               t.Zeros(6);
               t.U16(1);
               t.Zeros(8);
-              t.U16(1);
+              t.U16(tFormat.dwChannels);
               t.U16(16);
               t.U32(0);
-              t.U32(g_dwSampleRate << 16);
+              t.U32(tFormat.dwSampleRate << 16);
+              if (tFormat.dwCodec == eCodecAAC)
+              {
+                  ElementaryStream(t, tFormat.abyConfig);
+              }
           });
 }
 
@@ -232,11 +268,11 @@ void Track(CBoxes& t, uint32_t dwTrack, uint32_t dwWidth, uint32_t dwHeight, uin
           });
 }
 
-class CFragmentedMp4 final : public CMuxer
+class CFragmentedMp4 final : public CFileWriter
 {
 public:
-    explicit CFragmentedMp4(CRecordedFrames const& tFrames)
-        : m_apClips(tFrames.Clips()), m_dwAudio(tFrames.AudioCodec())
+    CFragmentedMp4(std::vector<tagVideoFormat> atVideo, tagAudioFormat tAudio)
+        : m_atVideo(std::move(atVideo)), m_tAudioFormat(std::move(tAudio))
     {
     }
 
@@ -261,7 +297,7 @@ public:
                                 t.U32(g_dwAudioTrack + 1);
                             });
                   VideoTrack(t);
-                  if (m_dwAudio != 0)
+                  if (m_tAudioFormat.dwCodec != 0)
                   {
                       AudioTrack(t);
                   }
@@ -269,7 +305,7 @@ public:
                         [&]
                         {
                             Extends(t, g_dwVideoTrack);
-                            if (m_dwAudio != 0)
+                            if (m_tAudioFormat.dwCodec != 0)
                             {
                                 Extends(t, g_dwAudioTrack);
                             }
@@ -277,42 +313,39 @@ public:
               });
     }
 
-    void Add(tagRecordedFrame const& tFrame, int64_t llTimeUs, Output& abyOut) override
+    void Add(tagSample const& tSample, Output& abyOut) override
     {
-        if (tFrame.IsKey())
+        if (tSample.bVideo && tSample.bKey)
         {
             Flush(abyOut);
         }
-        tagSamples& tSamples = tFrame.pClip ? m_tVideo : m_tAudio;
+        // All tracks tell their time in ticks of their own.
+        const uint32_t dwScale = tSample.bVideo ? g_dwVideoScale : m_tAudioFormat.dwSampleRate;
+        tagSamples& tSamples = tSample.bVideo ? m_tVideo : m_tAudio;
         if (tSamples.atSamples.empty())
         {
-            // All tracks tell their time in ticks of their own.
-            tSamples.ullTime =
-                static_cast<uint64_t>(llTimeUs) * (tFrame.pClip ? g_dwVideoScale : g_dwSampleRate) / 1000000;
-            tSamples.dwEntry = EntryOf(tFrame);
+            tSamples.ullTime = static_cast<uint64_t>(tSample.llTimeUs) * dwScale / 1000000;
+            tSamples.dwEntry = tSample.bVideo ? tSample.dwFormat + 1 : 1;
         }
         const std::size_t nBefore = tSamples.abyData.size();
-        const Bytes tData = tFrame.Data(m_abyRoom);
         CBoxes t(tSamples.abyData);
-        if (tFrame.pClip)
+        if (tSample.bVideo)
         {
-            const Bytes tSlice = tData.subspan(tFrame.pClip->SliceBegin(tFrame.ullNumber, tFrame.dwSinceKey));
-            t.U32(static_cast<uint32_t>(tSlice.size()));
-            t.Data(tSlice);
+            Picture(t, tSample);
         }
         else
         {
-            t.Data(tData);
+            t.Data(tSample.tData);
         }
-        tSamples.atSamples.push_back({tFrame.pClip ? static_cast<uint32_t>(tFrame.llDurationUs) : g_dwPacketSamples,
+        tSamples.atSamples.push_back({static_cast<uint32_t>(tSample.llDurationUs * dwScale / 1000000),
                                       static_cast<uint32_t>(tSamples.abyData.size() - nBefore),
-                                      tFrame.pClip && !tFrame.IsKey() ? g_dwOtherSample : g_dwKeySample});
+                                      tSample.bVideo && !tSample.bKey ? g_dwOtherSample : g_dwKeySample});
     }
 
     void End(Output& abyOut) override { Flush(abyOut); }
 
 private:
-    struct tagSample
+    struct tagEntry
     {
         uint32_t dwDuration;
         uint32_t dwLength;
@@ -323,27 +356,34 @@ private:
     {
         uint64_t ullTime = 0;
         uint32_t dwEntry = 1;
-        std::vector<tagSample> atSamples;
+        std::vector<tagEntry> atSamples;
         Output abyData;
     };
 
-    uint32_t EntryOf(tagRecordedFrame const& tFrame) const
+    // Its units, each with its length before it. The parameter sets stand at the begin of the file.
+    void Picture(CBoxes& t, tagSample const& tSample) const
     {
-        return tFrame.pClip ? static_cast<uint32_t>(std::ranges::find(m_apClips, tFrame.pClip) - m_apClips.begin()) + 1
-                            : 1;
+        for (const Bytes tUnit : UnitsOf(tSample.tData))
+        {
+            if (!IsParameterSet(m_atVideo.front().dwCodec, tUnit, true))
+            {
+                t.U32(static_cast<uint32_t>(tUnit.size()));
+                t.Data(tUnit);
+            }
+        }
     }
 
     void VideoTrack(CBoxes& t) const
     {
         Track(
-            t, g_dwVideoTrack, m_apClips.front()->Width(), m_apClips.front()->Height(), g_dwVideoScale, "vide",
+            t, g_dwVideoTrack, m_atVideo.front().dwWidth, m_atVideo.front().dwHeight, g_dwVideoScale, "vide",
             [&] { t.FullBox("vmhd", 1, [&] { t.Zeros(8); }); },
             [&]
             {
-                t.U32(static_cast<uint32_t>(m_apClips.size()));
-                for (CClip const* const pClip : m_apClips)
+                t.U32(static_cast<uint32_t>(m_atVideo.size()));
+                for (tagVideoFormat const& tFormat : m_atVideo)
                 {
-                    VideoEntry(t, *pClip);
+                    VideoEntry(t, tFormat);
                 }
             });
     }
@@ -351,11 +391,12 @@ private:
     void AudioTrack(CBoxes& t) const
     {
         Track(
-            t, g_dwAudioTrack, 0, 0, g_dwSampleRate, "soun", [&] { t.FullBox("smhd", 0, [&] { t.Zeros(4); }); },
+            t, g_dwAudioTrack, 0, 0, m_tAudioFormat.dwSampleRate, "soun",
+            [&] { t.FullBox("smhd", 0, [&] { t.Zeros(4); }); },
             [&]
             {
                 t.U32(1);
-                AudioEntry(t, m_dwAudio == eCodecG711A ? "alaw" : "ulaw");
+                AudioEntry(t, m_tAudioFormat);
             });
     }
 
@@ -390,11 +431,11 @@ private:
                                 t.U32(static_cast<uint32_t>(tSamples.atSamples.size()));
                                 nOffset = t.At();
                                 t.U32(0);
-                                for (tagSample const& tSample : tSamples.atSamples)
+                                for (tagEntry const& tEntry : tSamples.atSamples)
                                 {
-                                    t.U32(tSample.dwDuration);
-                                    t.U32(tSample.dwLength);
-                                    t.U32(tSample.dwFlags);
+                                    t.U32(tEntry.dwDuration);
+                                    t.U32(tEntry.dwLength);
+                                    t.U32(tEntry.dwFlags);
                                 }
                             });
               });
@@ -436,18 +477,17 @@ private:
         m_tAudio.abyData.clear();
     }
 
-    const std::vector<CClip const*> m_apClips;
-    const uint32_t m_dwAudio; // eMediaCodec; 0: no sound
+    const std::vector<tagVideoFormat> m_atVideo;
+    const tagAudioFormat m_tAudioFormat;
     tagSamples m_tVideo;
     tagSamples m_tAudio;
     uint32_t m_dwFragments = 0;
-    Output m_abyRoom;
 };
 } // namespace
 
-std::unique_ptr<CMuxer> MakeFragmentedMp4(CRecordedFrames const& tFrames)
+std::unique_ptr<CFileWriter> MakeFragmentedMp4(std::vector<tagVideoFormat> atVideo, tagAudioFormat tAudio)
 {
-    return std::make_unique<CFragmentedMp4>(tFrames);
+    return std::make_unique<CFragmentedMp4>(std::move(atVideo), std::move(tAudio));
 }
 
 Output FragmentedMp4Header()
@@ -464,4 +504,4 @@ Output FragmentedMp4Header()
           });
     return abyHeader;
 }
-} // namespace device
+} // namespace plugin

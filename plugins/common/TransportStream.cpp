@@ -1,10 +1,13 @@
-#include "plugins/device/media/Muxer.h"
+#include "plugins/common/FileWriter.h"
+
+#include "protocol/interface/Frames.h"
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <string_view>
 
-namespace device
+namespace plugin
 {
 namespace
 {
@@ -14,7 +17,6 @@ constexpr uint32_t g_dwVideoPid = 0x100;
 constexpr uint32_t g_dwNullPid = 0x1FFF;
 constexpr int64_t g_llFirstTicks = 90000; // of the first picture, 90 kHz: the clock reference may come before it
 constexpr int64_t g_llAheadTicks = 18000; // by so much
-constexpr std::string_view g_strNative = "Tessaro simulated device, recording, version 1";
 
 // The CRC of tables: polynomial 0x04C11DB7, from the highest bit.
 uint32_t Crc(Output const& abyTable)
@@ -31,16 +33,16 @@ uint32_t Crc(Output const& abyTable)
     return dwCrc;
 }
 
-class CTransportStream final : public CMuxer
+class CTransportStream final : public CFileWriter
 {
 public:
-    explicit CTransportStream(bool bNative) : m_bNative(bNative) {}
+    CTransportStream(uint32_t dwCodec, std::string_view strMaker) : m_dwCodec(dwCodec), m_strMaker(strMaker) {}
 
     void Begin(Output& abyOut) override
     {
-        if (m_bNative)
+        if (!m_strMaker.empty())
         {
-            Output abyText(g_strNative.begin(), g_strNative.end());
+            Output abyText(m_strMaker.begin(), m_strMaker.end());
             abyText.resize(g_nPacket - 4, 0xFF);
             Header(g_dwNullPid, false, 1, m_byNull, abyOut);
             abyOut.insert(abyOut.end(), abyText.begin(), abyText.end());
@@ -48,28 +50,26 @@ public:
         Programs(abyOut);
     }
 
-    void Add(tagRecordedFrame const& tFrame, int64_t llTimeUs, Output& abyOut) override
+    void Add(tagSample const& tSample, Output& abyOut) override
     {
-        if (!tFrame.pClip)
+        if (!tSample.bVideo)
         {
             return;
         }
-        if (tFrame.IsKey())
+        if (tSample.bKey)
         {
             Programs(abyOut);
-            Streams(tFrame.pClip->Codec(), abyOut);
+            Streams(m_dwCodec, abyOut);
         }
-        const int64_t llTicks = g_llFirstTicks + llTimeUs * 9 / 100;
+        const int64_t llTicks = g_llFirstTicks + tSample.llTimeUs * 9 / 100;
         Output abyPacket{0, 0, 1, 0xE0, 0, 0, 0x80, 0x80, 5};
         Time(0x20, llTicks, abyPacket);
         // An access unit delimiter: any kind of slice may follow.
-        const std::string_view strDelimiter = tFrame.pClip->Codec() == eCodecH264
-                                                  ? std::string_view("\0\0\0\1\x09\xF0", 6)
-                                                  : std::string_view("\0\0\0\1\x46\1\x50", 7);
+        const std::string_view strDelimiter = m_dwCodec == eCodecH264 ? std::string_view("\0\0\0\1\x09\xF0", 6)
+                                                                      : std::string_view("\0\0\0\1\x46\1\x50", 7);
         abyPacket.insert(abyPacket.end(), strDelimiter.begin(), strDelimiter.end());
-        const Bytes tData = tFrame.Data(m_abyRoom);
-        abyPacket.insert(abyPacket.end(), tData.begin(), tData.end());
-        Packets(abyPacket, llTicks - g_llAheadTicks, tFrame.IsKey(), abyOut);
+        abyPacket.insert(abyPacket.end(), tSample.tData.begin(), tSample.tData.end());
+        Packets(abyPacket, llTicks - g_llAheadTicks, tSample.bKey, abyOut);
     }
 
     void End(Output&) override {}
@@ -163,24 +163,24 @@ private:
         }
     }
 
-    const bool m_bNative;
+    const uint32_t m_dwCodec;
+    const std::string m_strMaker;
     unsigned char m_byNull = 0;
     unsigned char m_byPrograms = 0;
     unsigned char m_byStreams = 0;
     unsigned char m_byVideo = 0;
-    Output m_abyRoom;
 };
 } // namespace
 
-std::unique_ptr<CMuxer> MakeTransportStream(bool bNative)
+std::unique_ptr<CFileWriter> MakeTransportStream(uint32_t dwVideoCodec, std::string_view strMaker)
 {
-    return std::make_unique<CTransportStream>(bNative);
+    return std::make_unique<CTransportStream>(dwVideoCodec, strMaker);
 }
 
-Output TransportStreamHeader(bool bNative)
+Output TransportStreamHeader(std::string_view strMaker)
 {
     Output abyHeader;
-    CTransportStream(bNative).Begin(abyHeader);
+    CTransportStream(eCodecH264, strMaker).Begin(abyHeader);
     return abyHeader;
 }
-} // namespace device
+} // namespace plugin

@@ -1,0 +1,114 @@
+// Recordings into files.
+
+#include "plugins/common/Text.h"
+#include "plugins/onvif/Fetch.h"
+#include "plugins/onvif/Operations.h"
+
+#include <cstring>
+#include <utility>
+
+namespace onvifclient
+{
+namespace
+{
+using Adapter_ProtocolSet::ReadRecord;
+using Adapter_ProtocolSet::WriteRecord;
+
+// What is to be fetched; the parameters have been read.
+int FindParts(CLogin& tLogin, tagFileDownloadPara const& t, std::vector<tagRecording>& atParts)
+{
+    CRecordings& tRecordings = tLogin.Part<CRecordings>();
+    if (t.szFile[0])
+    {
+        return tRecordings.FindFile(plugin::Text(t.szFile), atParts.emplace_back());
+    }
+    return t.dwChannel >= 64
+               ? int{eResultNoChannel}
+               : tRecordings.Find({uint64_t{1} << t.dwChannel, t.dwTypes, t.dwStreamKind, t.llStartUs, t.llEndUs},
+                                  atParts);
+}
+} // namespace
+
+// Of all kinds of files, recordings alone can be had. How long the file will be isn't known beforehand.
+int Serve(tagCall<&CClientProtocolBase::FileDownloadConnect>, void** phDownload, void* hLogin,
+          tagFileDownloadPara* ptPara)
+{
+    return With<CLogin>(hLogin,
+                        [&](CLogin& tLogin) -> int
+                        {
+                            tagFileDownloadPara t{};
+                            if (!phDownload || ReadRecord(t, ptPara) != eResultOk || t.dwKind > eFileAudio ||
+                                t.dwFormat > eFileFormatMpegTs || (t.llEndUs != 0 && t.llEndUs <= t.llStartUs))
+                            {
+                                return eResultBadArgument;
+                            }
+                            if (t.dwKind != eFileRecording && t.dwKind != eFileAny)
+                            {
+                                return eResultNotSupported;
+                            }
+                            std::vector<tagRecording> atParts;
+                            if (const int nResult = FindParts(tLogin, t, atParts))
+                            {
+                                return nResult;
+                            }
+                            std::vector<tagStretch> atStretches;
+                            if (const int nResult = MakeStretches(tLogin, atParts, t.llStartUs, t.llEndUs, atStretches))
+                            {
+                                return nResult;
+                            }
+                            const auto pEngine = Engine();
+                            if (!pEngine)
+                            {
+                                return eResultNotStarted;
+                            }
+                            const auto pFetch =
+                                std::make_shared<CFetch>(tLogin.shared_from_this(), pEngine, std::move(atStretches), t);
+                            if (!pFetch->OpenFile(plugin::Text(t.szPath)))
+                            {
+                                return eResultNoResources;
+                            }
+                            t.ullLength = 0;
+                            WriteRecord(ptPara, t);
+                            *phDownload = Face().tHandles.Add(pFetch);
+                            pFetch->Begin(*phDownload);
+                            return eResultOk;
+                        });
+}
+
+int Serve(tagCall<&CClientProtocolBase::FileDownloadControl>, void* hDownload, eFileTransferControl eControl)
+{
+    return With<CFetch>(hDownload, [&](CFetch& t) { return t.Control(eControl); });
+}
+
+int Serve(tagCall<&CClientProtocolBase::FileDownloadCB>, void* hDownload, FileDownloadCallback pfnData,
+          unsigned long dwUser)
+{
+    return With<CFetch>(hDownload, [&](CFetch& t) { return t.SetCallback(pfnData, dwUser); });
+}
+
+int Serve(tagCall<&CClientProtocolBase::FileDownloadDisconnect>, void* hDownload)
+{
+    return CloseHandle<CFetch>(hDownload);
+}
+
+int Serve(tagCall<&CClientProtocolBase::GetFileHeader>, unsigned long dwType, char* pbyHeader, unsigned long* pdwLength)
+{
+    if (dwType > eFileFormatMpegTs || !pdwLength)
+    {
+        return eResultBadArgument;
+    }
+    const plugin::Output abyHeader =
+        dwType == eFileFormatMp4 ? plugin::FragmentedMp4Header() : plugin::TransportStreamHeader({});
+    const unsigned long dwRoom = std::exchange(*pdwLength, static_cast<unsigned long>(abyHeader.size()));
+    if (dwRoom < abyHeader.size())
+    {
+        return eResultNoResources;
+    }
+    if (!pbyHeader)
+    {
+        return eResultBadArgument;
+    }
+    std::memcpy(pbyHeader, abyHeader.data(), abyHeader.size());
+    return eResultOk;
+}
+} // namespace onvifclient

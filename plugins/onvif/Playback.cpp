@@ -1,0 +1,610 @@
+#include "plugins/onvif/Playback.h"
+
+#include "protocol/interface/Live.h"
+#include "protocol/interface/Playback.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+namespace onvifclient
+{
+namespace
+{
+using namespace std::chrono_literals;
+
+constexpr std::size_t g_nMostHeld = std::size_t{8} << 20; // bytes of frames that wait
+constexpr int64_t g_llNearUs = 2000000;                   // so near to its end a replay that falls silent has ended
+constexpr int64_t g_llPictureUs = 40000;                  // over a gap the time line goes on by one picture
+constexpr int64_t g_llMostUs = 1000000;                   // more between two frames is a gap
+constexpr int64_t g_llMostKeysUs = 15000000;              // the same between two key frames
+constexpr uint32_t g_dwMinSpeed = eSpeedNormal / 8;
+constexpr uint32_t g_dwMaxSpeed = eSpeedNormal * 16;
+constexpr std::chrono::seconds g_atPauses[] = {1s, 2s, 4s, 8s, 16s, 30s};
+constexpr int64_t g_llNothingYet = std::numeric_limits<int64_t>::min();
+} // namespace
+
+CPlayback::CPlayback(std::shared_ptr<CLogin> pLogin, std::shared_ptr<rtsp::CEngine> pEngine, uint32_t dwChannel,
+                     std::vector<tagStretch> atStretches, uint32_t dwFlags)
+    : CMedia(std::move(pLogin)), m_pEngine(std::move(pEngine)), m_pDelivery(std::make_shared<CDelivery>(m_pEngine)),
+      m_dwChannel(dwChannel), m_atStretches(std::move(atStretches)), m_dwFlags(dwFlags),
+      m_pGroup(std::make_shared<tagSyncGroup>()), m_bPaused((dwFlags & static_cast<uint32_t>(eHistoryPaused)) != 0),
+      m_llLastUs(m_atStretches.front().llStartUs), m_llAfterUs(g_llNothingYet)
+{
+}
+
+void CPlayback::Begin(void* hStream)
+{
+    m_hStream = hStream;
+    m_pGroup->apMembers.push_back(weak_from_this());
+}
+
+bool CPlayback::Close()
+{
+    Leave();
+    std::unique_ptr<rtsp::CStream> pStream;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        m_bClosed = true;
+        ++m_dwRun;
+        pStream = std::move(m_pStream);
+        m_atHeld.clear();
+    }
+    m_pDelivery->Close();
+    Http().End(m_pWaits, eResultBadHandle);
+    pStream.reset();
+    return m_tFrames.Close();
+}
+
+int CPlayback::SetCallback(StreamMediaCallback pfnFrame, unsigned long dwUser)
+{
+    const bool bEnded = m_tFrames.Set(pfnFrame, dwUser);
+    std::unique_ptr<rtsp::CStream> pStream;
+    const std::lock_guard tLock(m_tMutex);
+    m_bWanted = pfnFrame != nullptr && !m_bClosed;
+    if (m_bWanted)
+    {
+        GoOn();
+    }
+    else
+    {
+        pStream = std::move(m_pStream);
+        Shut();
+    }
+    return Ended(bEnded);
+}
+
+int64_t CPlayback::PositionUs() const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return m_llLastUs;
+}
+
+// --- the stream ------------------------------------------------------------------------------------------------------
+
+// Into which stretch a time falls; between two of them it becomes the begin of the later one (backwards: the end of the
+// earlier one). False: there is none any more.
+bool CPlayback::FindStretch(int64_t& llTimeUs)
+{
+    const auto nCount = m_atStretches.size();
+    for (std::size_t n = 0; n < nCount; ++n)
+    {
+        const std::size_t i = m_dScale < 0 ? nCount - 1 - n : n;
+        tagStretch const& t = m_atStretches[i];
+        if (m_dScale < 0 ? llTimeUs >= t.llStartUs : llTimeUs < t.llEndUs || t.bGrows)
+        {
+            m_iStretch = i;
+            llTimeUs = m_dScale < 0 ? std::min(llTimeUs, t.llEndUs) : std::max(llTimeUs, t.llStartUs);
+            return true;
+        }
+    }
+    return false;
+}
+
+rtsp::tagPlayback CPlayback::PlaybackFrom(int64_t llFromUs) const
+{
+    tagStretch const& t = m_atStretches[m_iStretch];
+    rtsp::tagPlayback tPlayback;
+    tPlayback.dScale = m_dScale;
+    tPlayback.tRange.emplace();
+    tPlayback.tRange->bClock = true;
+    tPlayback.tRange->llBeginUs = llFromUs;
+    if (m_dScale < 0)
+    {
+        tPlayback.tRange->llEndUs = t.llStartUs;
+    }
+    else if (!t.bGrows)
+    {
+        tPlayback.tRange->llEndUs = t.llEndUs;
+    }
+    return tPlayback;
+}
+
+void CPlayback::Shut()
+{
+    ++m_dwRun;
+    m_pStream.reset();
+    m_atHeld.clear();
+    m_nHeld = 0;
+    m_bOverflown = false;
+    m_bStretchEnded = false;
+}
+
+void CPlayback::Open(int64_t llFromUs)
+{
+    Shut();
+    if (!FindStretch(llFromUs))
+    {
+        m_bEnded = true;
+        m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->SendEnd(); });
+        return;
+    }
+    rtsp::tagStreamOptions tOptions = m_atStretches[m_iStretch].tOptions;
+    tOptions.tPlayback = PlaybackFrom(llFromUs);
+    m_pStream = m_pEngine->Open(m_hStream.load(), std::move(tOptions));
+    m_pStream->SetListener(rtsp::eListener::EventCB, &CPlayback::OnEvent, m_dwRun);
+    m_pStream->SetFrameCallback(&CPlayback::OnFrame, m_dwRun);
+}
+
+// Frames are wanted.
+void CPlayback::GoOn()
+{
+    if (!m_bWanted || m_bEnded || m_bClosed || (m_bPaused && m_nSteps == 0))
+    {
+        return;
+    }
+    if (!m_atHeld.empty())
+    {
+        m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->GiveHeld(); });
+    }
+    else if (m_bGiving)
+    {
+        // That thread looks again.
+    }
+    else if (m_bStretchEnded && !m_bOverflown)
+    {
+        NextStretch();
+    }
+    else if (!m_pStream || m_bOverflown)
+    {
+        Open(m_llLastUs);
+    }
+    else
+    {
+        m_pStream->SetPaused(false);
+    }
+}
+
+// The device has nothing more of this stretch; the next one follows when all of it was given.
+void CPlayback::EndStretch()
+{
+    m_bStretchEnded = true;
+    ++m_dwRun;
+    m_pStream.reset();
+    GoOn();
+}
+
+// The recordings' next stretch, or the end.
+void CPlayback::NextStretch()
+{
+    const bool bReverse = m_dScale < 0;
+    const std::size_t iLast = bReverse ? 0 : m_atStretches.size() - 1;
+    Shut();
+    if (m_iStretch == iLast)
+    {
+        m_bEnded = true;
+        m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->SendEnd(); });
+        return;
+    }
+    tagStretch const& tNext = m_atStretches[bReverse ? m_iStretch - 1 : m_iStretch + 1];
+    m_llLastUs = bReverse ? tNext.llEndUs : tNext.llStartUs;
+    m_llAfterUs = g_llNothingYet;
+    m_bNewTime = true;
+    GoOn();
+}
+
+// --- steering --------------------------------------------------------------------------------------------------------
+
+template <class F>
+int CPlayback::ForAll(F fnDo)
+{
+    std::shared_ptr<tagSyncGroup> pGroup;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        pGroup = m_pGroup;
+    }
+    std::vector<std::shared_ptr<CPlayback>> apMembers;
+    {
+        const std::lock_guard tLock(pGroup->tMutex);
+        for (auto const& pWeak : pGroup->apMembers)
+        {
+            if (auto pMember = pWeak.lock())
+            {
+                apMembers.push_back(std::move(pMember));
+            }
+        }
+    }
+    for (auto const& pMember : apMembers)
+    {
+        const std::lock_guard tLock(pMember->m_tMutex);
+        fnDo(*pMember);
+    }
+    return eResultOk;
+}
+
+void CPlayback::SetPaused(bool bPaused)
+{
+    m_bPaused = bPaused;
+    m_nSteps = 0;
+    if (bPaused && m_pStream)
+    {
+        m_pStream->SetPaused(true);
+    }
+    GoOn();
+}
+
+int CPlayback::Control(eTaskControl eControl)
+{
+    switch (eControl)
+    {
+    case eTaskPlay:
+    case eTaskPause:
+        return ForAll([&](CPlayback& t) { t.SetPaused(eControl == eTaskPause); });
+    case eTaskStep:
+        return ForAll(
+            [](CPlayback& t)
+            {
+                if (!t.m_bPaused && t.m_pStream)
+                {
+                    t.m_pStream->SetPaused(true);
+                }
+                t.m_bPaused = true;
+                ++t.m_nSteps;
+                t.GoOn();
+            });
+    default:
+        return eResultBadArgument;
+    }
+}
+
+void CPlayback::SetScale(double dScale)
+{
+    const bool bTurns = (dScale < 0) != (m_dScale < 0);
+    m_dScale = dScale;
+    if (bTurns)
+    {
+        m_llAfterUs = g_llNothingYet;
+        m_bNewTime = true;
+        m_bEnded = false;
+        Shut();
+        GoOn();
+    }
+    else if (m_pStream)
+    {
+        rtsp::tagPlayback tPlayback;
+        tPlayback.dScale = dScale;
+        m_pStream->Play(tPlayback);
+    }
+}
+
+int CPlayback::SetSpeed(uint32_t dwSpeed)
+{
+    const bool bReverse = (dwSpeed & static_cast<uint32_t>(eSpeedReverse)) != 0;
+    const uint32_t dwThousandths = dwSpeed & ~static_cast<uint32_t>(eSpeedReverse);
+    if (dwThousandths < g_dwMinSpeed || dwThousandths > g_dwMaxSpeed)
+    {
+        return eResultBadArgument;
+    }
+    const double dScale = (bReverse ? -1.0 : 1.0) * dwThousandths / int{eSpeedNormal};
+    return ForAll([&](CPlayback& t) { t.SetScale(dScale); });
+}
+
+int CPlayback::Seek(int64_t llTimeUs)
+{
+    if (llTimeUs < 0)
+    {
+        return eResultBadArgument;
+    }
+    if (llTimeUs >= m_atStretches.back().llEndUs && !m_atStretches.back().bGrows)
+    {
+        return eResultNotFound;
+    }
+    return ForAll(
+        [&](CPlayback& t)
+        {
+            t.m_llLastUs = llTimeUs;
+            t.m_llAfterUs = g_llNothingYet;
+            t.m_bNewTime = true;
+            t.m_bEnded = false;
+            t.m_nFailures = 0;
+            t.Shut();
+            t.GoOn();
+        });
+}
+
+void CPlayback::Leave()
+{
+    std::shared_ptr<tagSyncGroup> pGroup;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        pGroup = m_pGroup;
+    }
+    const std::lock_guard tLock(pGroup->tMutex);
+    std::erase_if(pGroup->apMembers,
+                  [&](auto const& pWeak)
+                  {
+                      const auto pMember = pWeak.lock();
+                      return !pMember || pMember.get() == this;
+                  });
+}
+
+int CPlayback::Sync(std::shared_ptr<CPlayback> const& pOther)
+{
+    if (pOther.get() == this)
+    {
+        return eResultBadArgument;
+    }
+    std::shared_ptr<tagSyncGroup> pGroup;
+    int64_t llTimeUs = 0;
+    double dScale = 1;
+    bool bPaused = false;
+    {
+        const std::lock_guard tLock(pOther->m_tMutex);
+        pGroup = pOther->m_pGroup;
+        llTimeUs = pOther->m_llLastUs;
+        dScale = pOther->m_dScale;
+        bPaused = pOther->m_bPaused;
+    }
+    Leave();
+    {
+        const std::lock_guard tLock(pGroup->tMutex);
+        pGroup->apMembers.push_back(weak_from_this());
+    }
+    const std::lock_guard tLock(m_tMutex);
+    m_pGroup = pGroup;
+    m_dScale = dScale;
+    m_bPaused = bPaused;
+    m_nSteps = 0;
+    m_llLastUs = llTimeUs;
+    m_llAfterUs = g_llNothingYet;
+    m_bNewTime = true;
+    m_bEnded = false;
+    Shut();
+    GoOn();
+    return eResultOk;
+}
+
+int CPlayback::UnSync(std::shared_ptr<CPlayback> const& pOther)
+{
+    std::shared_ptr<tagSyncGroup> pGroup;
+    {
+        const std::lock_guard tLock(pOther->m_tMutex);
+        pGroup = pOther->m_pGroup;
+    }
+    {
+        const std::lock_guard tLock(m_tMutex);
+        if (pOther.get() == this || pGroup != m_pGroup)
+        {
+            return eResultBadArgument;
+        }
+    }
+    Leave();
+    const std::lock_guard tLock(m_tMutex);
+    m_pGroup = std::make_shared<tagSyncGroup>();
+    m_pGroup->apMembers.push_back(weak_from_this());
+    return eResultOk;
+}
+
+// --- frames ----------------------------------------------------------------------------------------------------------
+
+// The handle names nothing any more once the playback is closed.
+int CPlayback::OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
+{
+    if (const auto pSelf = Face().tHandles.Find<CPlayback>(hStream))
+    {
+        pSelf->Take(*ptFrame, dwUser);
+    }
+    return 0;
+}
+
+int CPlayback::OnEvent(void* hStream, unsigned long dwEvent, unsigned long dwWord2, unsigned long dwWord3,
+                       unsigned long, unsigned long dwUser)
+{
+    const auto pSelf = Face().tHandles.Find<CPlayback>(hStream);
+    auto tEnd = ReplayEnd(dwEvent, dwWord2, dwWord3);
+    if (pSelf && (tEnd || dwEvent == eEventStalled))
+    {
+        pSelf->TakeEnd(tEnd.value_or(tagReplayEnd{false, eResultOk}), dwUser);
+    }
+    return 0;
+}
+
+// Whether a frame lies behind the end of what is to be played.
+bool CPlayback::IsOver(tagStreamMediaFrame const& tFrame) const
+{
+    tagStretch const& t = m_atStretches[m_iStretch];
+    const int64_t llTimeUs = tFrame.llWallClockUs;
+    return llTimeUs != 0 && (m_dScale < 0 ? llTimeUs < t.llStartUs : !t.bGrows && llTimeUs >= t.llEndUs);
+}
+
+bool CPlayback::IsWanted(tagStreamMediaFrame const& tFrame) const
+{
+    const bool bVideo = tFrame.dwMediaType == eMediaVideo;
+    const bool bKeysOnly = m_dScale < 0 || (m_dwFlags & eHistoryKeyFramesOnly) != 0;
+    const bool bNoAudio = bKeysOnly || (m_dwFlags & eHistoryNoAudio) != 0;
+    const bool bKnown =
+        m_llAfterUs != g_llNothingYet && tFrame.llWallClockUs != 0 && bVideo && tFrame.llWallClockUs <= m_llAfterUs;
+    return bVideo ? !bKnown && (!bKeysOnly || (tFrame.dwFlags & eFrameKey) != 0)
+                  : tFrame.dwMediaType == eMediaAudio && !bNoAudio;
+}
+
+void CPlayback::Hold(tagStreamMediaFrame const& tFrame)
+{
+    if (m_nHeld + tFrame.dwLength > g_nMostHeld)
+    {
+        m_bOverflown = true;
+    }
+    if (m_bOverflown)
+    {
+        return;
+    }
+    m_nHeld += tFrame.dwLength;
+    tagHeld& t = m_atHeld.emplace_back();
+    t.tFrame = tFrame;
+    t.abyData.assign(tFrame.pData, tFrame.pData + tFrame.dwLength);
+    t.abyConfig.assign(tFrame.pConfig, tFrame.pConfig + tFrame.dwConfigLength);
+}
+
+// Sequence and time line as the application sees them: frames that were left out leave no gap, and neither do gaps in a
+// recording.
+void CPlayback::Number(tagStreamMediaFrame& tFrame)
+{
+    const bool bVideo = tFrame.dwMediaType == eMediaVideo;
+    tFrame.dwSequence = m_adwSequence[bVideo ? 0 : 1]++;
+    if (const int64_t llTimeUs = tFrame.llWallClockUs; llTimeUs != 0)
+    {
+        const bool bFirst = m_llBaseUs == 0;
+        const int64_t llMostUs = m_dScale < 0 || (m_dwFlags & eHistoryKeyFramesOnly) != 0 ? g_llMostKeysUs : g_llMostUs;
+        if (std::exchange(m_bNewTime, false) || bFirst || std::abs(llTimeUs - m_llLastUs) > llMostUs)
+        {
+            tFrame.dwFlags |= bFirst ? 0U : static_cast<uint32_t>(eFrameDiscontinuity);
+            m_llBaseUs = llTimeUs;
+            m_llBasePresentationUs = bFirst ? 0 : m_llPresentationUs + g_llPictureUs;
+        }
+        tFrame.llPresentationTimeUs = m_llBasePresentationUs + std::abs(llTimeUs - m_llBaseUs);
+        m_llPresentationUs = std::max(m_llPresentationUs, tFrame.llPresentationTimeUs);
+        m_llLastUs = llTimeUs;
+        m_llAfterUs = m_dScale < 0 ? g_llNothingYet : bVideo ? llTimeUs : m_llAfterUs;
+    }
+}
+
+// Of frames that come while it is paused: this one is the next step's, or part of it. False: it waits.
+bool CPlayback::TakesStep(tagStreamMediaFrame const& tFrame)
+{
+    if (!m_bPaused)
+    {
+        return true;
+    }
+    if (m_nSteps == 0)
+    {
+        return false;
+    }
+    if (tFrame.dwMediaType == eMediaVideo && --m_nSteps == 0 && m_pStream)
+    {
+        m_pStream->SetPaused(true);
+    }
+    return true;
+}
+
+void CPlayback::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
+{
+    tagStreamMediaFrame tRecord = tFrame;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        if (dwRun != m_dwRun || !m_bWanted || m_bClosed)
+        {
+            return;
+        }
+        m_nFailures = 0;
+        if (IsOver(tFrame))
+        {
+            EndStretch();
+            return;
+        }
+        if (!IsWanted(tFrame))
+        {
+            return;
+        }
+        if (!m_atHeld.empty() || m_bGiving || m_bOverflown || !TakesStep(tFrame))
+        {
+            Hold(tFrame);
+            return;
+        }
+        Number(tRecord);
+    }
+    m_tFrames.Call(m_hStream.load(), &tRecord);
+}
+
+// What has waited, one by one, as far as it is wanted.
+void CPlayback::GiveHeld()
+{
+    std::unique_lock tLock(m_tMutex);
+    while (m_bWanted && !m_bClosed && !m_atHeld.empty())
+    {
+        tagHeld& tFirst = m_atHeld.front();
+        if (!TakesStep(tFirst.tFrame))
+        {
+            return;
+        }
+        const tagHeld tHeld = std::move(tFirst);
+        tagStreamMediaFrame tFrame = tHeld.tFrame;
+        tFrame.pData = tHeld.abyData.data();
+        tFrame.pConfig = tHeld.abyConfig.empty() ? nullptr : tHeld.abyConfig.data();
+        Number(tFrame);
+        m_nHeld -= tHeld.abyData.size();
+        m_atHeld.pop_front();
+        m_bGiving = true;
+        tLock.unlock();
+        m_tFrames.Call(m_hStream.load(), &tFrame);
+        tLock.lock();
+        m_bGiving = false;
+    }
+    GoOn();
+}
+
+// --- ends ------------------------------------------------------------------------------------------------------------
+
+void CPlayback::TakeEnd(tagReplayEnd const& tEnd, unsigned long dwRun)
+{
+    const std::lock_guard tLock(m_tMutex);
+    if (dwRun != m_dwRun || m_bClosed || !m_bWanted)
+    {
+        return;
+    }
+    tagStretch const& t = m_atStretches[m_iStretch];
+    const bool bNear =
+        m_dScale < 0 ? m_llLastUs <= t.llStartUs + g_llNearUs : !t.bGrows && m_llLastUs >= t.llEndUs - g_llNearUs;
+    if (tEnd.bDone || bNear)
+    {
+        EndStretch();
+    }
+    else if (tEnd.nResult != eResultOk)
+    {
+        // The device may be starting again: it goes on where it was, when it can.
+        const auto tPause = g_atPauses[std::min<std::size_t>(m_nFailures++, std::size(g_atPauses) - 1)];
+        Log(5, "replay broke off with " + std::to_string(tEnd.nResult));
+        Http().Begin(TryAgain(shared_from_this(), m_dwRun, tPause));
+    }
+}
+
+rtsp::CTask<> CPlayback::TryAgain(std::shared_ptr<CPlayback> pSelf, unsigned long dwRun,
+                                  std::chrono::milliseconds tPause)
+{
+    const bool bGoesOn = co_await Http().Until(pSelf->m_pWaits, onvif::Clock::now() + tPause);
+    const std::lock_guard tLock(pSelf->m_tMutex);
+    if (bGoesOn && dwRun == pSelf->m_dwRun)
+    {
+        pSelf->m_bNewTime = true;
+        pSelf->Shut();
+        pSelf->GoOn();
+    }
+}
+
+void CPlayback::SendEnd()
+{
+    tagStreamMediaFrame tFrame{};
+    {
+        const std::lock_guard tLock(m_tMutex);
+        if (!m_bEnded || m_bClosed || !m_bWanted)
+        {
+            return;
+        }
+        tFrame.dwFlags = eFrameEnd;
+        tFrame.dwSequence = m_adwSequence[0]++;
+        tFrame.llWallClockUs = m_llLastUs;
+        tFrame.llPresentationTimeUs = m_llPresentationUs;
+    }
+    m_tFrames.Call(m_hStream.load(), &tFrame);
+}
+} // namespace onvifclient
