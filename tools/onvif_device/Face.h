@@ -1,6 +1,8 @@
 #pragma once
 
+#include "tools/onvif_device/Decoder.h"
 #include "tools/onvif_device/Quirks.h"
+#include "tools/onvif_device/Searches.h"
 #include "tools/onvif_device/Subscriptions.h"
 
 #include <functional>
@@ -9,6 +11,7 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace device
 {
@@ -23,16 +26,23 @@ class IRtspSide;
 class CFace
 {
 public:
-    CFace(std::size_t nIndex, std::shared_ptr<device::CDevice> pDevice, IRtspSide& tRtsp, tagQuirks tQuirks)
-        : m_nIndex(nIndex), m_pDevice(std::move(pDevice)), m_tRtsp(tRtsp), m_tQuirks(std::move(tQuirks))
+    using Devices = std::vector<std::shared_ptr<device::CDevice>>;
+
+    /// apFleet: all devices, of which this is the one at nIndex; stays as long as the face.
+    CFace(Devices const& apFleet, std::size_t nIndex, IRtspSide& tRtsp, tagQuirks tQuirks)
+        : m_apFleet(apFleet), m_nIndex(nIndex), m_pDevice(apFleet[nIndex]), m_tRtsp(tRtsp),
+          m_tQuirks(std::move(tQuirks))
     {
     }
 
+    Devices const& Fleet() const { return m_apFleet; }
     std::size_t Index() const { return m_nIndex; }
     device::CDevice& Device() const { return *m_pDevice; }
     std::shared_ptr<device::CDevice> const& SharedDevice() const { return m_pDevice; }
     IRtspSide& Rtsp() const { return m_tRtsp; }
     CSubscriptions& Subscriptions() { return m_tSubscriptions; }
+    CSearches& Searches() { return m_tSearches; }
+    CDecoder& Decoder() { return m_tDecoder; }
 
     tagQuirks Quirks() const
     {
@@ -61,6 +71,7 @@ public:
     }
 
 private:
+    Devices const& m_apFleet;
     const std::size_t m_nIndex;
     const std::shared_ptr<device::CDevice> m_pDevice;
     IRtspSide& m_tRtsp;
@@ -68,5 +79,7 @@ private:
     tagQuirks m_tQuirks;
     std::set<std::pair<int64_t, std::string>> m_tNonces; // with their Created
     CSubscriptions m_tSubscriptions{*m_pDevice};
+    CSearches m_tSearches;
+    CDecoder m_tDecoder;
 };
 } // namespace onvif_device

@@ -4,6 +4,7 @@
 #include "tools/onvif_device/Exchange.h"
 #include "tools/onvif_device/Security.h"
 
+#include "plugins/device/Worker.h"
 #include "plugins/device/media/Capture.h"
 
 namespace onvif_device
@@ -19,14 +20,15 @@ void Plain(tagExchange& tExchange, unsigned nStatus, std::string const& strText)
     tExchange.strAnswer = strText;
 }
 
-void ServePicture(CFace& tFace, tagExchange& tExchange, uint32_t dwChannel)
+// dwTarget: a channel, or eCaptureTarget.
+void ServePicture(CFace& tFace, tagExchange& tExchange, uint32_t dwTarget)
 {
     tagImageFileInfo tInfo{};
     tInfo.dwSize = sizeof tInfo;
     tInfo.dwCapacity = g_dwPictureRoom;
     std::string strPicture(g_dwPictureRoom, '\0');
     tInfo.pbyData = reinterpret_cast<unsigned char*>(strPicture.data());
-    if (device::Capture(tFace.Device(), dwChannel, eImageJpeg, tInfo) != eResultOk)
+    if (device::Capture(tFace.Device(), dwTarget, eImageJpeg, tInfo) != eResultOk)
     {
         Plain(tExchange, 503, "no picture\n");
         return;
@@ -43,6 +45,24 @@ void ServeStored(CFace& tFace, tagExchange& tExchange, uint32_t dwKind)
     tExchange.strAnswer.assign(pFile->begin(), pFile->end());
 }
 
+// Firmware restarts the device, which has to answer first.
+void ReceiveFirmware(CFace& tFace, tagExchange& tExchange, uint32_t dwKind)
+{
+    if (tExchange.strBody.empty())
+    {
+        Plain(tExchange, 415, "nothing came\n");
+        return;
+    }
+    device::TimeWorker().At(device::SteadyUs() + 300000,
+                            [pDevice = tFace.SharedDevice(), tCaller = tExchange.tCaller, dwKind,
+                             pFile = device::ToBytes(tExchange.strBody)]
+                            {
+                                const device::CDevice::CLock tLock(*pDevice);
+                                pDevice->Part<device::CFiles>().Receive(tCaller, dwKind, {}, pFile);
+                            });
+    Plain(tExchange, 200, "taken\n");
+}
+
 void Receive(CFace& tFace, tagExchange& tExchange, uint32_t dwKind)
 {
     const device::CDevice::CLock tLock(tFace.Device());
@@ -50,6 +70,15 @@ void Receive(CFace& tFace, tagExchange& tExchange, uint32_t dwKind)
                                                                       device::ToBytes(tExchange.strBody));
     Plain(tExchange, nResult == eResultOk ? 200 : 415, nResult == eResultOk ? "taken\n" : "not what it must be\n");
 }
+
+// A picture, with a number after its path: /snapshot_1.
+struct tagPictureRow
+{
+    char const* szPath;
+    uint32_t dwTarget; // eCaptureTarget
+};
+constexpr tagPictureRow g_atPictures[] = {
+    {"/snapshot", eCaptureChannel}, {"/window", eCaptureWindow}, {"/screen", eCaptureScreen}};
 
 struct tagFileRow
 {
@@ -62,19 +91,21 @@ constexpr tagFileRow g_atFiles[] = {
     {"GET", "/files/log", eFileLog, ServeStored},
     {"GET", "/files/support", eFileSupport, ServeStored},
     {"GET", "/files/configuration", eFileConfiguration, ServeStored},
-    {"POST", "/files/firmware", eFileFirmware, Receive},
+    {"POST", "/files/firmware", eFileFirmware, ReceiveFirmware},
     {"POST", "/files/configuration", eFileConfiguration, Receive},
 };
 
 void ServeUnsafe(CFace& tFace, tagExchange& tExchange)
 {
-    uint32_t dwChannel = 0;
-    if (tExchange.strMethod == "GET" && ParseToken(tExchange.strPath, "/snapshot", {&dwChannel}))
+    uint32_t dwNumber = 0;
+    for (tagPictureRow const& t : g_atPictures)
     {
-        RequireLevel(tFace, tExchange, eUserViewer);
-        dwChannel < tFace.Device().Channels() ? ServePicture(tFace, tExchange, dwChannel)
-                                              : Plain(tExchange, 404, "no such channel\n");
-        return;
+        if (tExchange.strMethod == "GET" && ParseToken(tExchange.strPath, t.szPath, {&dwNumber}))
+        {
+            RequireLevel(tFace, tExchange, eUserViewer);
+            ServePicture(tFace, tExchange, t.dwTarget + dwNumber);
+            return;
+        }
     }
     for (tagFileRow const& t : g_atFiles)
     {

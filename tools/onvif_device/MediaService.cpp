@@ -339,7 +339,6 @@ void WriteMediaUri(CCall& tCall, std::string const& strUri)
 
 void GetStreamUri(CCall& tCall)
 {
-    const auto tLock = tCall.Lock();
     const tagStreamKey tKey = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile");
     const uint32_t dwProtocol = tCall.Word({"StreamSetup", "Transport", "Protocol"}, {"UDP", "TCP", "RTSP", "HTTP"});
     const uint32_t dwStream = tCall.Word({"StreamSetup", "Stream"}, {"RTP-Unicast", "RTP-Multicast"});
@@ -352,15 +351,12 @@ void GetStreamUri(CCall& tCall)
 
 void GetSnapshotUri(CCall& tCall)
 {
-    const auto tLock = tCall.Lock();
     const tagStreamKey tKey = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile");
     WriteMediaUri(tCall, tCall.Address(Token("/snapshot", {tKey.dwChannel})));
 }
 
-// Every client of a stream gets a key frame first, and the device can't give another one by SOAP than at once.
 void SetSynchronizationPoint(CCall& tCall)
 {
-    const auto tLock = tCall.Lock();
     const tagStreamKey tKey = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile");
     tCall.Face().Rtsp().ForceKeyFrame(tCall.Face().Index(), tKey.dwChannel, tKey.Kind());
 }

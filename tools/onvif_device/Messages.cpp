@@ -237,13 +237,17 @@ void WriteItems(CXml& tXml, char const* szName, tagMessage::Items const& atItems
 }
 } // namespace
 
-void tagMessage::Write(CXml& tXml, std::string const& strFrom) const
+void tagMessage::Write(CXml& tXml, std::string const& strFrom, char const* szElement) const
 {
     constexpr char const* szDialect = "http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet";
-    tXml.In("wsnt:NotificationMessage",
+    tXml.In(szElement,
             [&]
             {
-                tXml.In("wsnt:SubscriptionReference", [&] { tXml.Put("wsa:Address", strFrom); });
+                if (!strFrom.empty())
+                {
+                    tXml.In("wsnt:SubscriptionReference", [&] { tXml.Put("wsa:Address", strFrom); });
+                }
+
                 tXml.Put("wsnt:Topic", tXml.Name(strTopic), {{"Dialect", szDialect}});
                 CXml::Attributes atAttributes{{"UtcTime", DateTime(llTimeUs)}};
                 if (!strOperation.empty())

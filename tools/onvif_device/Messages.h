@@ -27,8 +27,8 @@ struct tagMessage
     Items atSource;
     Items atData;
 
-    /// A wsnt:NotificationMessage. strFrom: the subscription's address.
-    void Write(CXml& tXml, std::string const& strFrom) const;
+    /// An element of the type wsnt:NotificationMessageHolderType. strFrom: the subscription's address; empty: none.
+    void Write(CXml& tXml, std::string const& strFrom, char const* szElement = "wsnt:NotificationMessage") const;
 };
 
 /// What an event of the device's is in ONVIF's topics; several, or nothing. Needs no lock of the device's.

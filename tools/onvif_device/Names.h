@@ -16,6 +16,9 @@ struct tagNamespace
 inline constexpr tagNamespace g_atNamespaces[] = {
     {"s", "http://www.w3.org/2003/05/soap-envelope"},
     {"wsa", "http://www.w3.org/2005/08/addressing"},
+    {"wsa04", "http://schemas.xmlsoap.org/ws/2004/08/addressing"},
+    {"wsd", "http://schemas.xmlsoap.org/ws/2005/04/discovery"},
+    {"dn", "http://www.onvif.org/ver10/network/wsdl"},
     {"wsse", "http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-secext-1.0.xsd"},
     {"wsu", "http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-utility-1.0.xsd"},
     {"wsnt", "http://docs.oasis-open.org/wsn/b-2"},

@@ -25,6 +25,7 @@ const tagRow g_atRows[] = {
     {"rtsp_host", &tagQuirks::strRtspHost, nullptr},
     {"odd_paths", &tagQuirks::bOddPaths, nullptr},
     {"reference_parameters", &tagQuirks::bReference, nullptr},
+    {"probe_answers", &tagQuirks::llProbeAnswers, nullptr},
     {"odd_prefixes", &tagQuirks::bOddPrefixes, nullptr},
     {"fault_status", &tagQuirks::llFaultStatus, nullptr},
     {"half", &tagQuirks::llHalf, nullptr},

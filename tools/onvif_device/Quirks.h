@@ -14,10 +14,11 @@ struct tagQuirks
     std::string strDigest = "md5"; ///< md5, sha256
     int64_t llWindow = 5;          ///< seconds that a token's Created may differ from the device's clock
     // what addresses say
-    std::string strHost;     ///< host, or host:port, of all addresses that it announces; empty: as it was asked
-    std::string strRtspHost; ///< the same of stream addresses
-    bool bOddPaths = false;  ///< services stand at unusual paths
-    bool bReference = false; ///< subscriptions are told apart by reference parameters, not by their address
+    std::string strHost;        ///< host, or host:port, of all addresses that it announces; empty: as it was asked
+    std::string strRtspHost;    ///< the same of stream addresses
+    bool bOddPaths = false;     ///< services stand at unusual paths
+    bool bReference = false;    ///< subscriptions are told apart by reference parameters, not by their address
+    int64_t llProbeAnswers = 1; ///< times that it answers each probe
     // how answers look
     bool bOddPrefixes = false; ///< other namespace prefixes
     int64_t llFaultStatus = 0; ///< HTTP status of faults; 0: 400 and 500

@@ -14,6 +14,7 @@
 //
 // DEVICE is its number from 0, or * for all.
 
+#include "tools/onvif_device/Announcer.h"
 #include "tools/onvif_device/Face.h"
 #include "tools/onvif_device/RtspSide.h"
 #include "tools/onvif_device/Server.h"
@@ -23,6 +24,7 @@
 #include "plugins/device/Fleet.h"
 #include "plugins/device/Text.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -114,16 +116,30 @@ tagOptions ReadOptions(int nArguments, char** aszArguments)
     return t;
 }
 
-// Hears of a device's events for its server.
+// Hears of a device's events for its server, and for who announces it.
 class CListener final : public device::CSession
 {
 public:
-    explicit CListener(std::shared_ptr<CServer> pServer) : CSession({}), m_pServer(std::move(pServer)) {}
-    void OnEvent(device::tagDeviceEvent const& tEvent) override { m_pServer->OnEvent(tEvent); }
+    CListener(std::shared_ptr<CServer> pServer, std::size_t nIndex)
+        : CSession({}), m_pServer(std::move(pServer)), m_nIndex(nIndex)
+    {
+    }
+    void Announce(std::shared_ptr<CAnnouncer const> pAnnouncer) { m_pAnnouncer = std::move(pAnnouncer); }
+    void OnEvent(device::tagDeviceEvent const& tEvent) override
+    {
+        m_pServer->OnEvent(tEvent);
+        const auto pAnnouncer = m_pAnnouncer.load();
+        if (pAnnouncer && (tEvent.eEvent == eEventLoginLost || tEvent.eEvent == eEventLoginRestored))
+        {
+            pAnnouncer->SayHello(m_nIndex, tEvent.eEvent == eEventLoginRestored);
+        }
+    }
     void OnForcedOff() override {}
 
 private:
     std::shared_ptr<CServer> m_pServer;
+    std::size_t m_nIndex;
+    std::atomic<std::shared_ptr<CAnnouncer const>> m_pAnnouncer;
 };
 
 struct tagServed
@@ -133,9 +149,9 @@ struct tagServed
     std::shared_ptr<CListener> pListener;
 };
 
-tagServed ServeDevice(std::size_t nIndex, std::shared_ptr<device::CDevice> const& pDevice, IRtspSide& tRtsp,
-                      tagOptions const& tOptions)
+tagServed ServeDevice(CFace::Devices const& apDevices, std::size_t nIndex, IRtspSide& tRtsp, tagOptions const& tOptions)
 {
+    auto const& pDevice = apDevices[nIndex];
     tagQuirks tQuirks = tOptions.tQuirks;
     tagServerOptions tServer = tOptions.tServer;
     {
@@ -148,9 +164,9 @@ tagServed ServeDevice(std::size_t nIndex, std::shared_ptr<device::CDevice> const
         pDevice->Clock().Jump(tOptions.llClockSeconds * 1000000);
     }
     tagServed t;
-    t.pFace = std::make_shared<CFace>(nIndex, pDevice, tRtsp, tQuirks);
+    t.pFace = std::make_shared<CFace>(apDevices, nIndex, tRtsp, tQuirks);
     t.pServer = CServer::Start(t.pFace, tServer);
-    t.pListener = std::make_shared<CListener>(t.pServer);
+    t.pListener = std::make_shared<CListener>(t.pServer, nIndex);
     pDevice->Listen(t.pListener);
     pDevice->Tick();
     return t;
@@ -287,8 +303,22 @@ void Run(tagOptions const& tOptions)
     std::vector<tagServed> atServed;
     for (std::size_t i = 0; i < apDevices.size(); ++i)
     {
-        atServed.push_back(ServeDevice(i, apDevices[i], *pRtsp, tOptions));
+        atServed.push_back(ServeDevice(apDevices, i, *pRtsp, tOptions));
         std::printf("onvif_device: port %u rtsp %u\n", atServed.back().pServer->Port(), pRtsp->Port(i));
+    }
+    std::shared_ptr<CAnnouncer> pAnnouncer;
+    if (tOptions.bDiscovery)
+    {
+        std::vector<tagAnnounced> atAnnounced;
+        for (tagServed const& t : atServed)
+        {
+            atAnnounced.push_back({t.pFace, t.pServer->Port(), !tOptions.tServer.strCertificate.empty()});
+        }
+        pAnnouncer = std::make_shared<CAnnouncer>(std::move(atAnnounced), tOptions.tServer.strListen);
+        for (tagServed const& t : atServed)
+        {
+            t.pListener->Announce(pAnnouncer);
+        }
     }
     std::fflush(stdout);
     // Whichever comes first: the end of the time, which ends the process, or that of the input.
@@ -300,6 +330,11 @@ void Run(tagOptions const& tOptions)
         })
         .detach();
     ReadCommands(atServed);
+    for (tagServed const& t : atServed)
+    {
+        t.pListener->Announce(nullptr);
+    }
+    pAnnouncer.reset();
     for (tagServed const& t : atServed)
     {
         t.pServer->Stop();
