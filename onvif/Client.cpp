@@ -141,17 +141,6 @@ tagHttpAnswer CClient::Get(std::string strAnnounced, std::size_t nMost)
     return m_tHttp.Wait(GetAsync(std::move(strAnnounced), nMost)).value_or(std::move(tNone));
 }
 
-tagHttpAnswer CClient::Put(std::string strAnnounced, std::string strBody, std::string strType, milliseconds tLimit)
-{
-    tagHttpRequest tRequest;
-    tRequest.strUrl = Reachable(strAnnounced);
-    tRequest.strBody = std::move(strBody);
-    tRequest.strType = std::move(strType);
-    tagHttpAnswer tNone;
-    tNone.nResult = eResultNotStarted;
-    return m_tHttp.Wait(Send(std::move(tRequest), eProof::Full, Clock::now() + tLimit)).value_or(std::move(tNone));
-}
-
 bool CClient::Has(eService eWhich) const
 {
     const std::lock_guard tLock(m_tMutex);
@@ -197,10 +186,11 @@ void CClient::Tell(int nResult)
 }
 
 // Answers challenges, and follows a device that moves itself to another of its own ports.
-rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil)
+rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
+                                         std::shared_ptr<CHttpGroup> pGroup, std::string strToken)
 {
     const auto pThis = shared_from_this();
-    const auto pGroup = Group();
+    pGroup = pGroup ? std::move(pGroup) : Group();
     const std::string strMethod = tRequest.strBody.empty() ? "GET" : "POST";
     tRequest.bCheckCertificate = m_tOptions.bCheckCertificate;
     tagState& tState = *m_ptState;
@@ -232,6 +222,13 @@ rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, 
         {
             tRequest.strUrl = strMoved;
             bAgain = true;
+        }
+        if (bAgain && !strToken.empty())
+        {
+            // A device takes each token once.
+            const std::string strNew = UsernameToken(m_tOptions.strUser, m_tOptions.strPassword, DeviceTimeUs());
+            tRequest.strBody.replace(tRequest.strBody.find(strToken), strToken.size(), strNew);
+            strToken = strNew;
         }
     }
     if (!pGroup->IsEnded())
@@ -269,13 +266,13 @@ rtsp::CTask<CAnswer> CClient::Exchange(tagRequest tRequest, eProof eWith, Clock:
         tXml.Add("wsa:To", tRequest.strTo.empty() ? tHttp.strUrl : tRequest.strTo);
         strHeader += tXml.Take();
     }
-    if (eWith == eProof::Full && !m_tOptions.strUser.empty())
-    {
-        strHeader += UsernameToken(m_tOptions.strUser, m_tOptions.strPassword, DeviceTimeUs());
-    }
+    const std::string strToken = eWith == eProof::Full && !m_tOptions.strUser.empty()
+                                     ? UsernameToken(m_tOptions.strUser, m_tOptions.strPassword, DeviceTimeUs())
+                                     : std::string();
+    strHeader += strToken;
     tHttp.strBody = Envelope(ElementOf(tRequest), tRequest.strBody, strHeader);
     tHttp.strType = "application/soap+xml; charset=utf-8" + ActionOf(tRequest);
-    const tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), eWith, tUntil);
+    const tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), eWith, tUntil, nullptr, strToken);
     co_return IsComplete(tAnswer) ? CAnswer::Read(tAnswer.nStatus, tAnswer.strBody)
                                   : CAnswer::Failed(tAnswer.nResult, tAnswer.strError);
 }
@@ -474,5 +471,17 @@ rtsp::CTask<tagHttpAnswer> CClient::GetAsync(std::string strAnnounced, std::size
     tRequest.strUrl = Reachable(strAnnounced);
     tRequest.nMost = nMost;
     co_return co_await Send(std::move(tRequest), eProof::Full, Clock::now() + m_tOptions.tLimit);
+}
+
+rtsp::CTask<tagHttpAnswer> CClient::PutAsync(std::string strAnnounced, std::string strBody, std::string strType,
+                                             milliseconds tLimit, std::shared_ptr<CHttpGroup> pGroup,
+                                             std::function<void(std::uint64_t)> fnSent)
+{
+    tagHttpRequest tRequest;
+    tRequest.strUrl = Reachable(strAnnounced);
+    tRequest.strBody = std::move(strBody);
+    tRequest.strType = std::move(strType);
+    tRequest.fnSent = std::move(fnSent);
+    co_return co_await Send(std::move(tRequest), eProof::Full, Clock::now() + tLimit, std::move(pGroup));
 }
 } // namespace onvif

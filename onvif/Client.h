@@ -76,9 +76,11 @@ public:
     /// A file of the device's by HTTP, a snapshot: strAnnounced is its address as the device gave it.
     tagHttpAnswer Get(std::string strAnnounced, std::size_t nMost = 8U << 20);
     rtsp::CTask<tagHttpAnswer> GetAsync(std::string strAnnounced, std::size_t nMost = 8U << 20);
-    /// Sends a file to an address that the device gave: a firmware.
-    tagHttpAnswer Put(std::string strAnnounced, std::string strBody, std::string strType,
-                      std::chrono::milliseconds tLimit);
+    /// Sends a file to an address that the device gave: a firmware. It ends with pGroup; fnSent hears now and then how
+    /// many bytes have gone.
+    rtsp::CTask<tagHttpAnswer> PutAsync(std::string strAnnounced, std::string strBody, std::string strType,
+                                        std::chrono::milliseconds tLimit, std::shared_ptr<CHttpGroup> pGroup,
+                                        std::function<void(std::uint64_t)> fnSent);
 
     /// After a login: whether the device has this service.
     bool Has(eService eWhich) const;
@@ -112,7 +114,9 @@ private:
     };
 
     rtsp::CTask<CAnswer> Exchange(tagRequest tRequest, eProof eWith, Clock::time_point tUntil);
-    rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil);
+    /// pGroup: null, the login's. strToken: the UsernameToken in the request's body, which further tries replace.
+    rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
+                                    std::shared_ptr<CHttpGroup> pGroup = nullptr, std::string strToken = {});
     std::string AddressFor(tagRequest const& tRequest) const;
     void TakeClock(CAnswer const& tAnswer, std::int64_t llSent);
     rtsp::CTask<int> AskClock(Clock::time_point tUntil);

@@ -396,11 +396,23 @@ private:
             fnHeader("Content-Type: " + tRequest.strType);
             fnHeader("Expect:");
         }
+        if (tRequest.fnSent)
+        {
+            curl_easy_setopt(pHandle, CURLOPT_NOPROGRESS, 0L);
+            curl_easy_setopt(pHandle, CURLOPT_XFERINFOFUNCTION, &OnProgress);
+            curl_easy_setopt(pHandle, CURLOPT_XFERINFODATA, &tTransfer);
+        }
         if (!tRequest.strAuthorization.empty())
         {
             fnHeader("Authorization: " + tRequest.strAuthorization);
         }
         curl_easy_setopt(pHandle, CURLOPT_HTTPHEADER, tTransfer.ptHeaders);
+    }
+
+    static int OnProgress(void* pTransfer, curl_off_t, curl_off_t, curl_off_t, curl_off_t nSent)
+    {
+        static_cast<tagTransfer*>(pTransfer)->pSend->m_tRequest.fnSent(static_cast<std::uint64_t>(nSent));
+        return 0;
     }
 
     static std::size_t OnBody(char* pcData, std::size_t, std::size_t nSize, void* pTransfer)

@@ -27,7 +27,8 @@ struct tagHttpRequest
     std::string strAuthorization;
     std::chrono::milliseconds tLimit{5000}; ///< for the whole of it
     bool bCheckCertificate = false;
-    std::size_t nMost = 8U << 20; ///< bytes of an answer
+    std::size_t nMost = 8U << 20;                   ///< bytes of an answer
+    std::function<void(std::uint64_t)> fnSent = {}; ///< hears on the thread how much of the body has gone; null: nobody
 };
 
 /// What came.

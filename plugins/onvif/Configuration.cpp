@@ -29,6 +29,12 @@ int Read(CLogin& tLogin, tagWhich const& tWhich, tagCameraPicture& t)
 
 // --- blocks ----------------------------------------------------------------------------------------------------------
 
+// eResultNotSupported of a call that a block needs means that the device has no such block.
+int ForBlock(int nResult)
+{
+    return nResult == eResultNotSupported ? int{eResultNotFound} : nResult;
+}
+
 // The longest record, and room for what it may grow to.
 constexpr std::size_t g_nMostBytes = 4096;
 
@@ -53,7 +59,7 @@ int WriteBlock(CLogin& tLogin, tagWhich const& tWhich, void const* pData)
 {
     Record tBefore{};
     tBefore.dwSize = sizeof tBefore;
-    if (const int nResult = Read(tLogin, tWhich, tBefore))
+    if (const int nResult = ForBlock(Read(tLogin, tWhich, tBefore)))
     {
         return nResult;
     }
@@ -103,12 +109,6 @@ constexpr tagBlock g_atBlocks[] = {
     {eConfigMacAddress, &ReadMacAddress, nullptr},
 };
 
-// eResultNotSupported of a call that a block needs means that the device has no such block.
-int ForBlock(int nResult)
-{
-    return nResult == eResultNotSupported ? int{eResultNotFound} : nResult;
-}
-
 // Either envelope: both have the same members.
 template <class Envelope>
 int ReadEnvelope(CLogin& tLogin, Envelope* ptConfig)
@@ -151,7 +151,7 @@ int WriteEnvelope(CLogin& tLogin, Envelope const* ptConfig)
     // A copy: records want their words aligned, and the second envelope has its data wherever.
     alignas(8) unsigned char abyRecord[g_nMostBytes] = {};
     std::memcpy(abyRecord, ptConfig->data, std::min<std::size_t>(dwSize, sizeof abyRecord));
-    return ForBlock(ptBlock->pfnWrite(tLogin, {ptConfig->index, ptConfig->extra[1]}, abyRecord));
+    return ptBlock->pfnWrite(tLogin, {ptConfig->index, ptConfig->extra[1]}, abyRecord);
 }
 
 template <class Envelope, class F>

@@ -112,7 +112,7 @@ int Count(CLogin& tLogin, tagConfigIdentity& t)
     t.dwInterfaces = static_cast<uint32_t>(Children(tInterfaces.Body(), "NetworkInterfaces").size());
     const CAnswer tStores = tLogin.Call({eService::Device, "GetStorageConfigurations"});
     t.dwDisks = static_cast<uint32_t>(Children(tStores.Body(), "StorageConfigurations").size());
-    return tInterfaces.Answered() ? int{eResultOk} : tInterfaces.Result();
+    return IsSilent(tInterfaces) ? tInterfaces.Result() : int{eResultOk};
 }
 
 int CheckIndex(tagWhich const& tWhich)
@@ -239,7 +239,7 @@ int Read(CLogin& tLogin, tagWhich const& tWhich, tagConfigClock& t)
     t.dwNtpPort = g_dwNtpPort;
     plugin::CopyText(t.szTimeZone, onvif::Text(tNow, "TimeZone/TZ"));
     const CAnswer tNtp = tLogin.Call({eService::Device, "GetNTP"});
-    if (!tNtp.Answered())
+    if (IsSilent(tNtp))
     {
         return tNtp.Result();
     }

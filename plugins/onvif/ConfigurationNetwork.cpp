@@ -195,7 +195,7 @@ int Read(CLogin& tLogin, tagWhich const& tWhich, tagConfigNetwork& t)
     const CAnswer tGateway = tLogin.Call({eService::Device, "GetNetworkDefaultGateway"});
     TakePorts(tPorts, t);
     TakeNames(tDns, tHost, tGateway, t);
-    return tGateway.Answered() ? int{eResultOk} : tGateway.Result();
+    return IsSilent(tGateway) ? tGateway.Result() : int{eResultOk};
 }
 
 // The interface comes last: with it the device may move to another address.

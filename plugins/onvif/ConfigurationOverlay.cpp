@@ -9,6 +9,7 @@
 #include "plugins/common/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace onvifclient
@@ -22,6 +23,7 @@ constexpr uint32_t g_dwWhite = 0xFFFFFF;
 constexpr uint32_t g_dwUsualHeight = 400;
 constexpr uint32_t g_dwUsualDots = 1080; // of a picture whose height isn't told
 constexpr std::string_view g_strRgb = "http://www.onvif.org/ver10/colorspace/RGB";
+constexpr std::string_view g_strYCbCr = "http://www.onvif.org/ver10/colorspace/YCbCr";
 
 // --- places and colours ----------------------------------------------------------------------------------------------
 
@@ -63,16 +65,29 @@ uint32_t ColourOf(pugi::xml_node tColour)
                : Byte(x + 1.402 * z) << 16 | Byte(x - 0.344 * y - 0.714 * z) << 8 | Byte(x + 1.772 * y);
 }
 
-void SetColour(CEdit& tEdit, std::string const& strPath, uint32_t dwColour)
+// X, Y and Z of a colour in one of the two.
+std::array<uint32_t, 3> PartsOf(uint32_t dwColour, bool bRgb)
 {
     const double dRed = dwColour >> 16 & 255;
     const double dGreen = dwColour >> 8 & 255;
     const double dBlue = dwColour & 255;
     const double dLight = 0.299 * dRed + 0.587 * dGreen + 0.114 * dBlue;
-    tEdit.SetAttribute(strPath, "X", std::to_string(Byte(dLight)));
-    tEdit.SetAttribute(strPath, "Y", std::to_string(Byte((dBlue - dLight) * 0.564 + 128)));
-    tEdit.SetAttribute(strPath, "Z", std::to_string(Byte((dRed - dLight) * 0.713 + 128)));
-    tEdit.SetAttribute(strPath, "Colorspace", "http://www.onvif.org/ver10/colorspace/YCbCr");
+    return bRgb ? std::array{Byte(dRed), Byte(dGreen), Byte(dBlue)}
+                : std::array{Byte(dLight), Byte((dBlue - dLight) * 0.564 + 128), Byte((dRed - dLight) * 0.713 + 128)};
+}
+
+// Whether a device has its colours in RGB: as the one that is there, else as its options say.
+bool HasRgb(pugi::xml_node tColour, pugi::xml_node tOptions)
+{
+    for (pugi::xml_node tOffered : {tColour, Child(tOptions, "ColorList"), tOptions})
+    {
+        const std::string_view strSpace = Attribute(tOffered, "Colorspace");
+        if (!strSpace.empty())
+        {
+            return strSpace == g_strRgb;
+        }
+    }
+    return Text(tOptions, "ColorspaceRange/Colorspace") == g_strRgb;
 }
 
 // --- lists of what belongs to a video source's configuration ---------------------------------------------------------
@@ -99,6 +114,12 @@ struct tagPicture
     uint32_t Dots() const { return pChannel->dwHeight ? pChannel->dwHeight : g_dwUsualDots; }
 };
 
+CAnswer AskOptions(CLogin const& tLogin, tagPicture const& tPicture, char const* szName)
+{
+    return tLogin.Call({MediaService(tPicture.bMedia2), szName,
+                        CXmlWriter().Add(MediaName(tPicture.bMedia2, "ConfigurationToken"), tPicture.Source()).Take()});
+}
+
 CAnswer AskAll(CLogin const& tLogin, tagPicture const& tPicture, tagKind const& tKind)
 {
     return tLogin.Call({MediaService(tPicture.bMedia2), tKind.szGetAll,
@@ -122,19 +143,18 @@ std::vector<pugi::xml_node> Mine(CAnswer const& tAnswer, tagPicture const& tPict
 
 // Makes the device's list as long as atNew, and like it: changed ones in place, new ones, none beyond.
 int Replace(CLogin const& tLogin, tagPicture const& tPicture, tagKind const& tKind,
-            std::vector<pugi::xml_node> const& atOld, std::vector<CEdit> const& atNew)
+            std::vector<pugi::xml_node> const& atOld, std::vector<std::string> const& astrNew)
 {
     const eService eTo = MediaService(tPicture.bMedia2);
-    for (std::size_t i = 0; i < atNew.size(); ++i)
+    for (std::size_t i = 0; i < astrNew.size(); ++i)
     {
-        const bool bOld = i < atOld.size();
-        const std::string strBody = atNew[i].As(MediaName(tPicture.bMedia2, tKind.szElement));
-        if (const int nResult = tLogin.Call({eTo, bOld ? tKind.szSet : tKind.szCreate, strBody}).Result())
+        const char* const szCall = i < atOld.size() ? tKind.szSet : tKind.szCreate;
+        if (const int nResult = tLogin.Call({eTo, szCall, astrNew[i]}).Result())
         {
             return nResult;
         }
     }
-    for (std::size_t i = atNew.size(); i < atOld.size(); ++i)
+    for (std::size_t i = astrNew.size(); i < atOld.size(); ++i)
     {
         const std::string strBody =
             CXmlWriter().Add(MediaName(tPicture.bMedia2, tKind.szToken), Attribute(atOld[i], "token")).Take();
@@ -193,12 +213,14 @@ bool IsSameText(tagOverlayText const& tOne, tagOverlayText const& tOther)
     return std::memcmp(&tOne, &tOther, offsetof(tagOverlayText, szText)) == 0 && IsSame(tOne.szText, tOther.szText);
 }
 
-CEdit TextEdit(pugi::xml_node tOld, tagPicture const& tPicture, tagOverlayText const& t)
+// One text as it goes to the device. tOld: the one that is there, which may be null.
+std::string TextXml(pugi::xml_node tOld, tagPicture const& tPicture, tagOverlayText const& t, bool bRgb)
 {
+    const std::string strName = MediaName(tPicture.bMedia2, "OSD");
     CEdit tEdit = tOld ? CEdit(tOld, "OSD") : CEdit("OSD");
     if (tOld && IsSameText(TextOf(tOld, tPicture.Dots()), t))
     {
-        return tEdit;
+        return tEdit.As(strName);
     }
     if (!tOld)
     {
@@ -210,16 +232,19 @@ CEdit TextEdit(pugi::xml_node tOld, tagPicture const& tPicture, tagOverlayText c
     tEdit.SetAttribute("Position/Pos", "x", ToX(t.dwLeft));
     tEdit.SetAttribute("Position/Pos", "y", ToY(t.dwTop));
     tEdit.Set("TextString/Type", t.dwKind == eOverlayTime ? "DateAndTime" : "Plain");
-    const uint32_t dwHeight = t.dwHeight ? t.dwHeight : g_dwUsualHeight;
-    tEdit.Set("TextString/FontSize",
-              std::to_string(std::max(uint64_t{dwHeight} * tPicture.Dots() / g_dwWhole, uint64_t{1})));
-    SetColour(tEdit, "TextString/FontColor/Color", t.dwColour);
+    const uint64_t ullHeight = t.dwHeight ? t.dwHeight : g_dwUsualHeight;
+    tEdit.Set("TextString/FontSize", std::to_string(std::max(ullHeight * tPicture.Dots() / g_dwWhole, uint64_t{1})));
+    const auto adwParts = PartsOf(t.dwColour, bRgb);
+    tEdit.SetAttribute("TextString/FontColor/Color", "X", std::to_string(adwParts[0]));
+    tEdit.SetAttribute("TextString/FontColor/Color", "Y", std::to_string(adwParts[1]));
+    tEdit.SetAttribute("TextString/FontColor/Color", "Z", std::to_string(adwParts[2]));
+    tEdit.SetAttribute("TextString/FontColor/Color", "Colorspace", bRgb ? g_strRgb : g_strYCbCr);
     tEdit.Remove("TextString/PlainText");
     if (t.dwKind != eOverlayTime)
     {
         tEdit.Set("TextString/PlainText", plugin::Text(t.szText));
     }
-    return tEdit;
+    return tEdit.As(strName);
 }
 
 // --- masks -----------------------------------------------------------------------------------------------------------
@@ -254,37 +279,29 @@ bool IsValid(tagPrivacyMask const& t)
            t.dwWidth <= g_dwWhole - t.dwLeft && t.dwHeight <= g_dwWhole - t.dwTop;
 }
 
-CEdit MaskEdit(pugi::xml_node tOld, tagPicture const& tPicture, tagPrivacyMask const& t)
+// One mask as it goes to the device: of the second media service's own type. tOld may be null.
+std::string MaskXml(pugi::xml_node tOld, tagPicture const& tPicture, tagPrivacyMask const& t, bool bRgb)
 {
-    CEdit tEdit = tOld ? CEdit(tOld, "Mask") : CEdit("Mask");
-    const tagPrivacyMask tBefore = tOld ? MaskOf(tOld) : tagPrivacyMask{};
-    if (!tOld)
+    const std::string_view strKind = Text(tOld, "Type");
+    CXmlWriter tMask;
+    tMask.Open("tr2:Mask").Attribute("token", Attribute(tOld, "token"));
+    tMask.Add("tr2:ConfigurationToken", tPicture.Source()).Open("tr2:Polygon");
+    const std::pair<uint32_t, uint32_t> atCorners[] = {{t.dwLeft, t.dwTop},
+                                                       {t.dwLeft + t.dwWidth, t.dwTop},
+                                                       {t.dwLeft + t.dwWidth, t.dwTop + t.dwHeight},
+                                                       {t.dwLeft, t.dwTop + t.dwHeight}};
+    for (auto const& [dwX, dwY] : atCorners)
     {
-        tEdit.SetAttribute("", "token", "");
-        tEdit.Set("ConfigurationToken", tPicture.Source());
-        tEdit.Set("Type", "Color");
+        tMask.Open("tt:Point").Attribute("x", ToX(dwX)).Attribute("y", ToY(dwY)).Close();
     }
-    if (!tOld || std::memcmp(&tBefore.dwLeft, &t.dwLeft, 4 * sizeof t.dwLeft) != 0)
+    tMask.Close().Add("tr2:Type", strKind.empty() ? std::string_view("Color") : strKind);
+    if (strKind.empty() || strKind == "Color")
     {
-        CXmlWriter tPolygon;
-        tPolygon.Open("tt:Polygon");
-        const std::pair<uint32_t, uint32_t> atCorners[] = {{t.dwLeft, t.dwTop},
-                                                           {t.dwLeft + t.dwWidth, t.dwTop},
-                                                           {t.dwLeft + t.dwWidth, t.dwTop + t.dwHeight},
-                                                           {t.dwLeft, t.dwTop + t.dwHeight}};
-        for (auto const& [dwX, dwY] : atCorners)
-        {
-            tPolygon.Open("tt:Point").Attribute("x", ToX(dwX)).Attribute("y", ToY(dwY)).Close();
-        }
-        tEdit.Remove("Polygon");
-        tEdit.Add(tPolygon.Take());
+        const auto adwParts = PartsOf(t.dwColour, bRgb);
+        tMask.Open("tr2:Color").Attribute("X", std::to_string(adwParts[0])).Attribute("Y", std::to_string(adwParts[1]));
+        tMask.Attribute("Z", std::to_string(adwParts[2])).Attribute("Colorspace", bRgb ? g_strRgb : g_strYCbCr).Close();
     }
-    if (t.dwColour != tBefore.dwColour || !tOld)
-    {
-        SetColour(tEdit, "Color", t.dwColour);
-    }
-    tEdit.Set("Enabled", t.bEnabled ? "true" : "false");
-    return tEdit;
+    return tMask.Add("tr2:Enabled", t.bEnabled != 0).Take();
 }
 
 bool IsAny(pugi::xml_node)
@@ -326,16 +343,19 @@ int Write(CLogin& tLogin, tagWhich const& tWhich, tagConfigOverlay const&, tagCo
     }
     const CAnswer tAnswer = AskAll(tLogin, tPicture, g_tTexts);
     const auto atOld = Mine(tAnswer, tPicture, g_tTexts, IsText);
-    std::vector<CEdit> atNew;
+    const CAnswer tOptions = AskOptions(tLogin, tPicture, "GetOSDOptions");
+    const bool bRgb = HasRgb(atOld.empty() ? pugi::xml_node() : Find(atOld[0], "TextString/FontColor/Color"),
+                             Find(tOptions.Body(), "OSDOptions/TextOption/FontColor/Color"));
+    std::vector<std::string> astrNew;
     for (uint32_t i = 0; i < tAfter.dwCount; ++i)
     {
         if (tAfter.atTexts[i].bEnabled != 0)
         {
-            const pugi::xml_node tOld = atNew.size() < atOld.size() ? atOld[atNew.size()] : pugi::xml_node();
-            atNew.push_back(TextEdit(tOld, tPicture, tAfter.atTexts[i]));
+            const pugi::xml_node tOld = astrNew.size() < atOld.size() ? atOld[astrNew.size()] : pugi::xml_node();
+            astrNew.push_back(TextXml(tOld, tPicture, tAfter.atTexts[i], bRgb));
         }
     }
-    return tAnswer ? Replace(tLogin, tPicture, g_tTexts, atOld, atNew) : tAnswer.Result();
+    return tAnswer ? Replace(tLogin, tPicture, g_tTexts, atOld, astrNew) : tAnswer.Result();
 }
 
 int Read(CLogin& tLogin, tagWhich const& tWhich, tagConfigPrivacy& t)
@@ -374,11 +394,15 @@ int Write(CLogin& tLogin, tagWhich const& tWhich, tagConfigPrivacy const&, tagCo
     }
     const CAnswer tAnswer = AskAll(tLogin, tPicture, g_tMasks);
     const auto atOld = Mine(tAnswer, tPicture, g_tMasks, IsAny);
-    std::vector<CEdit> atNew;
+    const CAnswer tOptions = AskOptions(tLogin, tPicture, "GetMaskOptions");
+    const bool bRgb =
+        HasRgb(atOld.empty() ? pugi::xml_node() : Child(atOld[0], "Color"), Find(tOptions.Body(), "Options/Color"));
+    std::vector<std::string> astrNew;
     for (uint32_t i = 0; i < tAfter.dwCount; ++i)
     {
-        atNew.push_back(MaskEdit(i < atOld.size() ? atOld[i] : pugi::xml_node(), tPicture, tAfter.atMasks[i]));
+        const pugi::xml_node tOld = i < atOld.size() ? atOld[i] : pugi::xml_node();
+        astrNew.push_back(MaskXml(tOld, tPicture, tAfter.atMasks[i], bRgb));
     }
-    return tAnswer ? Replace(tLogin, tPicture, g_tMasks, atOld, atNew) : tAnswer.Result();
+    return tAnswer ? Replace(tLogin, tPicture, g_tMasks, atOld, astrNew) : tAnswer.Result();
 }
 } // namespace onvifclient

@@ -1,6 +1,7 @@
 #include "plugins/onvif/Convert.h"
 
 #include "protocol/interface/Frames.h"
+#include "protocol/interface/Results.h"
 
 #include <charconv>
 
@@ -68,6 +69,11 @@ std::optional<tagSpan> SpanOf(pugi::xml_node tNode, std::string_view strPath)
     const auto dLeast = Number(tRange, "Min");
     const auto dMost = Number(tRange, "Max");
     return dLeast && dMost && *dLeast <= *dMost ? std::optional(tagSpan{*dLeast, *dMost}) : std::nullopt;
+}
+
+bool IsSilent(CAnswer const& tAnswer)
+{
+    return !tAnswer.Answered() && tAnswer.Result() != eResultNotSupported;
 }
 
 bool Offers(pugi::xml_node tNode, std::string_view strName, std::string_view strText)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "onvif/Xml.h"
+#include "onvif/Soap.h"
 
 #include <algorithm>
 #include <cmath>
@@ -48,4 +48,7 @@ std::optional<tagSpan> SpanOf(pugi::xml_node tNode, std::string_view strPath = {
 
 /// Whether one of the elements of this name has this text.
 bool Offers(pugi::xml_node tNode, std::string_view strName, std::string_view strText);
+
+/// Whether nobody has answered. That the device is known to have no such call counts as an answer.
+bool IsSilent(onvif::CAnswer const& tAnswer);
 } // namespace onvifclient

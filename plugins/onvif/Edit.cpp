@@ -44,7 +44,6 @@ constexpr tagOrder g_atOrders[] = {
     {"Resolution", "Width Height"},
     {"H264", "GovLength H264Profile"},
     {"MPEG4", "GovLength Mpeg4Profile"},
-    {"Mask", "ConfigurationToken Polygon Type Color Enabled"},
     {"OSD", "VideoSourceConfigurationToken Type Position TextString Image Extension"},
     {"Position", "Type Pos Extension"},
     {"TextString", "Type DateFormat TimeFormat FontSize FontColor BackgroundColor PlainText Extension"},

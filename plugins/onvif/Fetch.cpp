@@ -154,7 +154,10 @@ void CFetch::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
     }
     if (tFrame.llWallClockUs != 0 && tFrame.llWallClockUs >= m_atStretches[m_iStretch].llEndUs)
     {
-        NextStretch();
+        if (tFrame.dwMediaType == eMediaVideo)
+        {
+            NextStretch();
+        }
         return;
     }
     Pack(tFrame);
@@ -206,7 +209,8 @@ bool CFetch::StartFile()
     m_pWriter = m_dwFormat == eFileFormatMp4 ? plugin::MakeFragmentedMp4({m_tVideo}, m_tAudio)
                                              : plugin::MakeTransportStream(m_tVideo.dwCodec, {});
     m_pWriter->Begin(m_abyMade);
-    m_llGapsUs = m_llLastUs = tKey.llWallClockUs;
+    m_llLastUs = tKey.llWallClockUs;
+    m_atGaps.push_back({m_llLastUs, m_llLastUs});
     const auto atFirst = std::exchange(m_atFirst, {});
     for (tagPending const& t : atFirst)
     {
@@ -244,40 +248,56 @@ void CFetch::Pack(tagStreamMediaFrame const& tFrame)
         }
         return;
     }
-    std::optional<tagPending>& tBefore = bVideo ? m_tPicture : m_tSound;
     if (bVideo ? tFrame.dwCodec != m_tVideo.dwCodec : tFrame.dwCodec != m_tAudio.dwCodec)
     {
         return;
     }
-    if (tBefore)
+    if (!bVideo)
     {
-        Add(*tBefore, tFrame.llWallClockUs);
+        m_atSound.push_back(std::move(t));
+        return;
     }
-    tBefore = std::move(t);
-    tBefore->tFrame.pData = tBefore->abyData.data();
+    if (m_tPicture)
+    {
+        Add(*m_tPicture, tFrame.llWallClockUs);
+        AddSound(m_llLastUs);
+    }
+    m_tPicture = std::move(t);
 }
 
 // What a time of the recording is in the file, where gaps are left out.
-int64_t CFetch::FileTime(int64_t llTimeUs)
+int64_t CFetch::FileTime(int64_t llTimeUs) const
 {
-    if (llTimeUs > m_llLastUs + g_llGapUs)
-    {
-        m_llGapsUs += llTimeUs - m_llLastUs - g_llPictureUs;
-    }
-    m_llLastUs = std::max(m_llLastUs, llTimeUs);
-    return std::max<int64_t>(llTimeUs - m_llGapsUs, 0);
+    const auto it = std::ranges::upper_bound(m_atGaps, llTimeUs, {}, &tagGap::llEndUs);
+    return std::max<int64_t>(llTimeUs - (it == m_atGaps.begin() ? it : it - 1)->llSumUs, 0);
 }
 
 void CFetch::Add(tagPending const& tPending, int64_t llNextUs)
 {
+    const int64_t llTimeUs = tPending.tFrame.llWallClockUs;
     plugin::tagSample t;
     t.bVideo = tPending.tFrame.dwMediaType == eMediaVideo;
     t.bKey = (tPending.tFrame.dwFlags & eFrameKey) != 0;
-    t.llTimeUs = FileTime(tPending.tFrame.llWallClockUs);
-    const int64_t llForUs = llNextUs - tPending.tFrame.llWallClockUs;
+    if (t.bVideo && llTimeUs > m_llLastUs + g_llGapUs)
+    {
+        m_atGaps.push_back({llTimeUs, m_atGaps.back().llSumUs + llTimeUs - m_llLastUs - g_llPictureUs});
+    }
+    m_llLastUs = t.bVideo ? std::max(m_llLastUs, llTimeUs) : m_llLastUs;
+    t.llTimeUs = FileTime(llTimeUs);
+    const int64_t llForUs = llNextUs - llTimeUs;
     t.llDurationUs = llForUs <= 0 || llForUs > g_llGapUs ? g_llPictureUs : llForUs;
     t.tData = tPending.abyData;
     m_pWriter->Add(t, m_abyMade);
+}
+
+// A device that isn't held to the recording's pace may send its sound long before its pictures.
+void CFetch::AddSound(int64_t llUntilUs)
+{
+    while (m_atSound.size() > 1 && m_atSound.front().tFrame.llWallClockUs <= llUntilUs)
+    {
+        Add(m_atSound[0], m_atSound[1].tFrame.llWallClockUs);
+        m_atSound.pop_front();
+    }
 }
 
 void CFetch::Finish(int nResult)
@@ -286,14 +306,13 @@ void CFetch::Finish(int nResult)
     m_pStream.reset();
     if (m_pWriter || StartFile())
     {
-        for (auto* const pt : {&m_tPicture, &m_tSound})
+        if (m_tPicture)
         {
-            if (*pt)
-            {
-                Add(**pt, (*pt)->tFrame.llWallClockUs);
-                pt->reset();
-            }
+            Add(*m_tPicture, 0);
         }
+        AddSound(m_llLastUs);
+        m_tPicture.reset();
+        m_atSound.clear();
         m_pWriter->End(m_abyMade);
     }
     else if (nResult == eResultOk)

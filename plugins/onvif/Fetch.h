@@ -7,6 +7,7 @@
 #include "protocol/interface/Transfer.h"
 
 #include <cstdio>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -58,7 +59,8 @@ private:
     void Pack(tagStreamMediaFrame const& tFrame);
     bool StartFile();
     void Add(tagPending const& tPending, int64_t llNextUs);
-    int64_t FileTime(int64_t llTimeUs);
+    int64_t FileTime(int64_t llTimeUs) const;
+    void AddSound(int64_t llUntilUs);
     void WantGiving();
     std::size_t Waiting() const { return m_abyMade.size() - m_nGiven; }
 
@@ -87,9 +89,15 @@ private:
     plugin::tagVideoFormat m_tVideo;
     plugin::tagAudioFormat m_tAudio;
     std::optional<tagPending> m_tPicture;
-    std::optional<tagPending> m_tSound;
-    int64_t m_llLastUs = 0; ///< of the recording
-    int64_t m_llGapsUs = 0; ///< time before the file's begin, and that of all gaps
+    std::deque<tagPending> m_atSound; ///< that waits for pictures of its time
+    int64_t m_llLastUs = 0;           ///< of the recording's pictures
+    /// Where the file's pictures go on behind a gap, and how much has been left out up to there.
+    struct tagGap
+    {
+        int64_t llEndUs;
+        int64_t llSumUs;
+    };
+    std::vector<tagGap> m_atGaps;
     plugin::Output m_abyMade;
     std::size_t m_nGiven = 0; ///< bytes of that which the application has got
     uint64_t m_ullSkip;       ///< bytes that it has from before

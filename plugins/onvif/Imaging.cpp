@@ -111,7 +111,7 @@ int Ask(CClient& tClient, tagChannel const& tChannel, tagSettings& t)
         return t.tSettings.Result();
     }
     t.tOptions = tClient.Call({eService::Imaging, "GetOptions", SourceToken(tChannel)});
-    return t.tOptions || t.tOptions.Answered() ? int{eResultOk} : t.tOptions.Result(); // a device may lack options
+    return IsSilent(t.tOptions) ? t.tOptions.Result() : int{eResultOk}; // a device may lack options
 }
 
 // The range that a level has where the device doesn't tell.
@@ -326,7 +326,9 @@ int WritePicture(CClient& tClient, tagChannel const& tChannel, bool bMedia2, tag
     const auto fnCheck = [&](tagCameraPicture const&, tagCameraPicture const& tNew)
     {
         tAfter = tNew;
-        return tNew.dwHue == 0; // ONVIF has none
+        // ONVIF has no hue; and what can't be turned isn't changed otherwise either.
+        return tNew.dwHue == 0 &&
+               (tNew.dwTurn == tKept.dwTurn || CheckTurn(tClient, tChannel, bMedia2, tNew.dwTurn) == eResultOk);
     };
     // The picture is turned last: a device may restart its streams for it.
     const int nResult = WriteRecordFields(tClient, tChannel, Fields(g_atPicture), ptWritten, tKept, fnCheck);

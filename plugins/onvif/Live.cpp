@@ -256,8 +256,8 @@ void CLive::OnEvent(unsigned long dwEvent, unsigned long dwWord2)
 rtsp::CTask<> CLive::AskAgain(std::shared_ptr<CLive> pSelf)
 {
     tagLiveWish const& tWish = pSelf->m_tWish;
-    const CAnswer tAnswer = co_await pSelf->Login().Client().CallAsync(
-        AddressRequest(tWish.bMedia2, tWish.strProfile, tWish.tPara.dwStreamPara[0]));
+    tagRequest tRequest = AddressRequest(tWish.bMedia2, tWish.strProfile, tWish.tPara.dwStreamPara[0]);
+    const CAnswer tAnswer = co_await pSelf->Login().Client().CallAsync(std::move(tRequest));
     const std::string strUrl = AddressOf(pSelf->Login().Client(), tAnswer, tWish.bMedia2);
     const std::lock_guard tLock(pSelf->m_tMutex);
     pSelf->m_bAsking = false;

@@ -3,6 +3,8 @@
 #include "plugins/onvif/Face.h"
 #include "plugins/onvif/Live.h"
 #include "plugins/onvif/Login.h"
+#include "plugins/onvif/Maintenance.h"
+#include "plugins/onvif/Upload.h"
 
 #include "protocol/CClientProtocolBase.h"
 #include "system/Call.h"
@@ -66,6 +68,16 @@ OWN(SetIpcPara)
 OWN(GetIpcPara)
 OWN(SetChromaDefault)
 OWN(PTZControl)
+
+// Maintenance.cpp, Upload.cpp: restart, log, files to the device
+OWN(DeviceControl)
+OWN(HistoryLogQueryConnect)
+OWN(HistoryLogQueryNext)
+CLOSE(HistoryLogQueryDisconnect, CLogQuery)
+OWN(FileUploadConnect)
+OWN(FileUploadControl)
+CLOSE(FileUploadDisconnect, CUpload)
+OWN(FileUploadCB)
 
 // Events.cpp: subscriptions, the login's state
 OWN(GetLoginStatus)

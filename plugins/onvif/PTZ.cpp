@@ -217,8 +217,31 @@ int CHead::Turn(tagUse const& tUse, int32_t nPan, int32_t nTilt, int32_t nZoom, 
     return nResult;
 }
 
-int CHead::SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, bool bZoom, int64_t llMilliseconds)
+// What isn't named goes on, said once more: devices differ in what they make of a part that is left out.
+int CHead::SendVelocity(tagUse const& tUse, Para anSpeed, bool bHead, bool bZoom, int64_t llMilliseconds)
 {
+    bool bNoTimeout = false;
+    {
+        const std::lock_guard tLock(m_tMutex);
+        const auto fnGoesOn = [&](eMotion eWhich)
+        {
+            const int64_t llLeft = LeftMs(m_atMotions[eWhich]);
+            llMilliseconds = std::max(llMilliseconds, llLeft);
+            return llLeft > 0;
+        };
+        if (!bHead && fnGoesOn(eMotionHead))
+        {
+            bHead = true;
+            anSpeed[0] = m_atMotions[eMotionHead].nX;
+            anSpeed[1] = m_atMotions[eMotionHead].nY;
+        }
+        if (!bZoom && fnGoesOn(eMotionZoom))
+        {
+            bZoom = true;
+            anSpeed[2] = m_atMotions[eMotionZoom].nX;
+        }
+        bNoTimeout = m_bNoTimeout;
+    }
     CXmlWriter tBody = Body(tUse);
     tBody.Open("tptz:Velocity");
     if (bHead)
@@ -233,11 +256,6 @@ int CHead::SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, boo
     }
     tBody.Close();
     const std::string strBody = tBody.Take();
-    bool bNoTimeout = false;
-    {
-        const std::lock_guard tLock(m_tMutex);
-        bNoTimeout = m_bNoTimeout;
-    }
     // In whole seconds, since not every device understands parts of one: what ends the movement in time is our own
     // stop, and the device's time-out only where that is lost.
     const std::string strTimeout =
@@ -252,6 +270,11 @@ int CHead::SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, boo
     const std::lock_guard tLock(m_tMutex);
     m_bNoTimeout = nResult == eResultOk;
     return nResult;
+}
+
+int64_t CHead::LeftMs(tagMotion const& tMotion)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(tMotion.tEnd - Clock::now()).count();
 }
 
 void CHead::Begin(eMotion eWhich, int32_t nX, int32_t nY, int64_t llMilliseconds)
@@ -274,6 +297,17 @@ void CHead::Ended(eMotion eWhich)
     tMotion = {0, 0, {}, tMotion.dwRun + 1};
 }
 
+tagRequest CHead::StopRequest(tagUse const& tUse, eMotion eWhich)
+{
+    if (eWhich == eMotionFocus)
+    {
+        return {eService::Imaging, "Stop", CXmlWriter().Add("timg:VideoSourceToken", tUse.pChannel->strSource).Take()};
+    }
+    CXmlWriter tBody = Body(tUse);
+    tBody.Add("tptz:PanTilt", eWhich == eMotionHead).Add("tptz:Zoom", eWhich == eMotionZoom);
+    return {eService::PTZ, "Stop", tBody.Take()};
+}
+
 rtsp::CTask<> CHead::EndLater(std::shared_ptr<CHead> pSelf, eMotion eWhich, uint32_t dwRun, Clock::time_point tEnd)
 {
     CClient& tClient = *pSelf->m_pClient;
@@ -288,15 +322,8 @@ rtsp::CTask<> CHead::EndLater(std::shared_ptr<CHead> pSelf, eMotion eWhich, uint
         pSelf->m_atMotions[eWhich] = {0, 0, {}, dwRun + 1};
         tUse = pSelf->m_tUse;
     }
-    if (eWhich == eMotionFocus)
-    {
-        co_await tClient.CallAsync(
-            {eService::Imaging, "Stop", CXmlWriter().Add("timg:VideoSourceToken", tUse.pChannel->strSource).Take()});
-        co_return;
-    }
-    co_await tClient.CallAsync(
-        {eService::PTZ, "Stop",
-         Body(tUse).Add("tptz:PanTilt", eWhich == eMotionHead).Add("tptz:Zoom", eWhich == eMotionZoom).Take()});
+    tagRequest tRequest = StopRequest(tUse, eWhich);
+    co_await tClient.CallAsync(std::move(tRequest));
 }
 
 int CHead::Stop(tagUse const& tUse, uint32_t dwAxes)
@@ -324,7 +351,7 @@ int CHead::StopPart(tagUse const& tUse, uint32_t dwAxes)
         bFocus = bFocus || (bAll && m_atMotions[eMotionFocus].nX != 0);
     }
     int nResult = eResultOk;
-    const auto llLeftMs = std::chrono::duration_cast<std::chrono::milliseconds>(tHead.tEnd - Clock::now()).count();
+    const int64_t llLeftMs = LeftMs(tHead);
     if (bPan != bTilt && llLeftMs > 0 && (bPan ? tHead.nY : tHead.nX) != 0)
     {
         // ONVIF stops both; the other one goes on by a new movement.

@@ -68,12 +68,14 @@ private:
 
     // PTZ.cpp
     int Turn(tagUse const& tUse, int32_t nPan, int32_t nTilt, int32_t nZoom, bool bHead, int32_t nMilliseconds);
-    int SendVelocity(tagUse const& tUse, Para const& anSpeed, bool bHead, bool bZoom, int64_t llMilliseconds);
+    int SendVelocity(tagUse const& tUse, Para anSpeed, bool bHead, bool bZoom, int64_t llMilliseconds);
+    static int64_t LeftMs(tagMotion const& tMotion);
     int Stop(tagUse const& tUse, uint32_t dwAxes);
     int StopPart(tagUse const& tUse, uint32_t dwAxes);
     int Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds);
     int Absolute(tagUse const& tUse, Para const& anTo);
     int Relative(tagUse const& tUse, Para const& anBy);
+    static onvif::tagRequest StopRequest(tagUse const& tUse, eMotion eWhich);
     void Begin(eMotion eWhich, int32_t nX, int32_t nY, int64_t llMilliseconds);
     void Ended(eMotion eWhich);
     static rtsp::CTask<> EndLater(std::shared_ptr<CHead> pSelf, eMotion eWhich, uint32_t dwRun,

@@ -74,7 +74,7 @@ int AskNode(CClient& tClient, std::string const& strToken, tagNode& tNode)
 {
     CAnswer tAnswer = tClient.Call({eService::PTZ, "GetNode", CXmlWriter().Add("tptz:NodeToken", strToken).Take()});
     pugi::xml_node tFound = Child(tAnswer.Body(), "PTZNode");
-    if (tAnswer.Answered() && !tAnswer)
+    if (!tAnswer && !IsSilent(tAnswer))
     {
         // There are devices that know only how to tell of all.
         tAnswer = tClient.Call({eService::PTZ, "GetNodes"});

@@ -14,7 +14,7 @@ namespace
 {
 using namespace std::chrono_literals;
 
-constexpr std::size_t g_nMostHeld = std::size_t{8} << 20; // bytes of frames that wait
+constexpr std::size_t g_nMostHeld = std::size_t{4} << 20; // bytes of frames that wait
 constexpr int64_t g_llNearUs = 2000000;                   // so near to its end a replay that falls silent has ended
 constexpr int64_t g_llPictureUs = 40000;                  // over a gap the time line goes on by one picture
 constexpr int64_t g_llMostUs = 1000000;                   // more between two frames is a gap
@@ -107,6 +107,7 @@ rtsp::tagPlayback CPlayback::PlaybackFrom(int64_t llFromUs) const
     tagStretch const& t = m_atStretches[m_iStretch];
     rtsp::tagPlayback tPlayback;
     tPlayback.dScale = m_dScale;
+    tPlayback.bAsFastAsPossible = m_bPaused;
     tPlayback.tRange.emplace();
     tPlayback.tRange->bClock = true;
     tPlayback.tRange->llBeginUs = llFromUs;
@@ -127,13 +128,14 @@ void CPlayback::Shut()
     m_pStream.reset();
     m_atHeld.clear();
     m_nHeld = 0;
-    m_bOverflown = false;
     m_bStretchEnded = false;
 }
 
-void CPlayback::Open(int64_t llFromUs)
+// While it is paused, frames for steps come as fast as they can.
+void CPlayback::Open()
 {
     Shut();
+    int64_t llFromUs = m_llLastUs;
     if (!FindStretch(llFromUs))
     {
         m_bEnded = true;
@@ -150,30 +152,30 @@ void CPlayback::Open(int64_t llFromUs)
 // Frames are wanted.
 void CPlayback::GoOn()
 {
-    if (!m_bWanted || m_bEnded || m_bClosed || (m_bPaused && m_nSteps == 0))
+    if (!m_bWanted || m_bEnded || m_bClosed || m_bGiving || (m_bPaused && m_nSteps == 0))
     {
-        return;
+        return; // who gives a frame looks again
     }
     if (!m_atHeld.empty())
     {
         m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->GiveHeld(); });
     }
-    else if (m_bGiving)
-    {
-        // That thread looks again.
-    }
-    else if (m_bStretchEnded && !m_bOverflown)
+    else if (m_bStretchEnded)
     {
         NextStretch();
     }
-    else if (!m_pStream || m_bOverflown)
+    else if (!m_pStream)
     {
-        Open(m_llLastUs);
+        Open();
     }
-    else
-    {
-        m_pStream->SetPaused(false);
-    }
+}
+
+// Another position, another speed: the device begins again with the key frame before. A session that only goes on
+// would have to wait for the next one.
+void CPlayback::Restart()
+{
+    Shut();
+    GoOn();
 }
 
 // The device has nothing more of this stretch; the next one follows when all of it was given.
@@ -233,33 +235,31 @@ int CPlayback::ForAll(F fnDo)
     return eResultOk;
 }
 
-void CPlayback::SetPaused(bool bPaused)
-{
-    m_bPaused = bPaused;
-    m_nSteps = 0;
-    if (bPaused && m_pStream)
-    {
-        m_pStream->SetPaused(true);
-    }
-    GoOn();
-}
-
 int CPlayback::Control(eTaskControl eControl)
 {
     switch (eControl)
     {
     case eTaskPlay:
     case eTaskPause:
-        return ForAll([&](CPlayback& t) { t.SetPaused(eControl == eTaskPause); });
+        return ForAll(
+            [&](CPlayback& t)
+            {
+                const bool bPaused = eControl == eTaskPause;
+                if (t.m_bPaused != bPaused)
+                {
+                    t.m_bPaused = bPaused;
+                    t.m_nSteps = 0;
+                    t.Restart();
+                }
+            });
     case eTaskStep:
         return ForAll(
             [](CPlayback& t)
             {
-                if (!t.m_bPaused && t.m_pStream)
+                if (!std::exchange(t.m_bPaused, true))
                 {
-                    t.m_pStream->SetPaused(true);
+                    t.Shut();
                 }
-                t.m_bPaused = true;
                 ++t.m_nSteps;
                 t.GoOn();
             });
@@ -270,22 +270,25 @@ int CPlayback::Control(eTaskControl eControl)
 
 void CPlayback::SetScale(double dScale)
 {
-    const bool bTurns = (dScale < 0) != (m_dScale < 0);
-    m_dScale = dScale;
-    if (bTurns)
+    if ((dScale < 0) != (m_dScale < 0))
     {
         m_llAfterUs = g_llNothingYet;
         m_bNewTime = true;
         m_bEnded = false;
-        Shut();
-        GoOn();
     }
-    else if (m_pStream)
-    {
-        rtsp::tagPlayback tPlayback;
-        tPlayback.dScale = dScale;
-        m_pStream->Play(tPlayback);
-    }
+    m_dScale = dScale;
+    Restart();
+}
+
+// Goes on at another time.
+void CPlayback::MoveTo(int64_t llTimeUs)
+{
+    m_llLastUs = llTimeUs;
+    m_llAfterUs = g_llNothingYet;
+    m_bNewTime = true;
+    m_bEnded = false;
+    m_nFailures = 0;
+    Restart();
 }
 
 int CPlayback::SetSpeed(uint32_t dwSpeed)
@@ -310,17 +313,7 @@ int CPlayback::Seek(int64_t llTimeUs)
     {
         return eResultNotFound;
     }
-    return ForAll(
-        [&](CPlayback& t)
-        {
-            t.m_llLastUs = llTimeUs;
-            t.m_llAfterUs = g_llNothingYet;
-            t.m_bNewTime = true;
-            t.m_bEnded = false;
-            t.m_nFailures = 0;
-            t.Shut();
-            t.GoOn();
-        });
+    return ForAll([&](CPlayback& t) { t.MoveTo(llTimeUs); });
 }
 
 void CPlayback::Leave()
@@ -366,12 +359,7 @@ int CPlayback::Sync(std::shared_ptr<CPlayback> const& pOther)
     m_dScale = dScale;
     m_bPaused = bPaused;
     m_nSteps = 0;
-    m_llLastUs = llTimeUs;
-    m_llAfterUs = g_llNothingYet;
-    m_bNewTime = true;
-    m_bEnded = false;
-    Shut();
-    GoOn();
+    MoveTo(llTimeUs);
     return eResultOk;
 }
 
@@ -425,7 +413,8 @@ bool CPlayback::IsOver(tagStreamMediaFrame const& tFrame) const
 {
     tagStretch const& t = m_atStretches[m_iStretch];
     const int64_t llTimeUs = tFrame.llWallClockUs;
-    return llTimeUs != 0 && (m_dScale < 0 ? llTimeUs < t.llStartUs : !t.bGrows && llTimeUs >= t.llEndUs);
+    return llTimeUs != 0 && tFrame.dwMediaType == eMediaVideo &&
+           (m_dScale < 0 ? llTimeUs < t.llStartUs : !t.bGrows && llTimeUs >= t.llEndUs);
 }
 
 bool CPlayback::IsWanted(tagStreamMediaFrame const& tFrame) const
@@ -439,21 +428,19 @@ bool CPlayback::IsWanted(tagStreamMediaFrame const& tFrame) const
                   : tFrame.dwMediaType == eMediaAudio && !bNoAudio;
 }
 
+// For the next step. When there are many, no more are fetched until they are used up.
 void CPlayback::Hold(tagStreamMediaFrame const& tFrame)
 {
-    if (m_nHeld + tFrame.dwLength > g_nMostHeld)
-    {
-        m_bOverflown = true;
-    }
-    if (m_bOverflown)
-    {
-        return;
-    }
     m_nHeld += tFrame.dwLength;
     tagHeld& t = m_atHeld.emplace_back();
     t.tFrame = tFrame;
     t.abyData.assign(tFrame.pData, tFrame.pData + tFrame.dwLength);
     t.abyConfig.assign(tFrame.pConfig, tFrame.pConfig + tFrame.dwConfigLength);
+    if (m_nHeld > g_nMostHeld)
+    {
+        ++m_dwRun;
+        m_pStream.reset();
+    }
 }
 
 // Sequence and time line as the application sees them: frames that were left out leave no gap, and neither do gaps in a
@@ -468,7 +455,8 @@ void CPlayback::Number(tagStreamMediaFrame& tFrame)
         const int64_t llMostUs = m_dScale < 0 || (m_dwFlags & eHistoryKeyFramesOnly) != 0 ? g_llMostKeysUs : g_llMostUs;
         if (std::exchange(m_bNewTime, false) || bFirst || std::abs(llTimeUs - m_llLastUs) > llMostUs)
         {
-            tFrame.dwFlags |= bFirst ? 0U : static_cast<uint32_t>(eFrameDiscontinuity);
+            tFrame.dwFlags = bFirst ? tFrame.dwFlags & ~static_cast<uint32_t>(eFrameDiscontinuity)
+                                    : tFrame.dwFlags | static_cast<uint32_t>(eFrameDiscontinuity);
             m_llBaseUs = llTimeUs;
             m_llBasePresentationUs = bFirst ? 0 : m_llPresentationUs + g_llPictureUs;
         }
@@ -479,76 +467,66 @@ void CPlayback::Number(tagStreamMediaFrame& tFrame)
     }
 }
 
-// Of frames that come while it is paused: this one is the next step's, or part of it. False: it waits.
+// Whether a frame is to be given now: while it is paused, as many pictures as steps were asked for.
 bool CPlayback::TakesStep(tagStreamMediaFrame const& tFrame)
 {
-    if (!m_bPaused)
-    {
-        return true;
-    }
-    if (m_nSteps == 0)
-    {
-        return false;
-    }
-    if (tFrame.dwMediaType == eMediaVideo && --m_nSteps == 0 && m_pStream)
-    {
-        m_pStream->SetPaused(true);
-    }
-    return true;
+    const bool bTakes = !m_bPaused || m_nSteps != 0;
+    m_nSteps -= bTakes && m_bPaused && tFrame.dwMediaType == eMediaVideo ? 1 : 0;
+    return bTakes;
 }
 
 void CPlayback::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
 {
     tagStreamMediaFrame tRecord = tFrame;
+    std::unique_lock tLock(m_tMutex);
+    if (dwRun != m_dwRun || !m_bWanted || m_bClosed)
     {
-        const std::lock_guard tLock(m_tMutex);
-        if (dwRun != m_dwRun || !m_bWanted || m_bClosed)
-        {
-            return;
-        }
-        m_nFailures = 0;
-        if (IsOver(tFrame))
-        {
-            EndStretch();
-            return;
-        }
-        if (!IsWanted(tFrame))
-        {
-            return;
-        }
-        if (!m_atHeld.empty() || m_bGiving || m_bOverflown || !TakesStep(tFrame))
-        {
-            Hold(tFrame);
-            return;
-        }
-        Number(tRecord);
+        return;
     }
-    m_tFrames.Call(m_hStream.load(), &tRecord);
+    m_nFailures = 0;
+    if (IsOver(tFrame))
+    {
+        EndStretch();
+        return;
+    }
+    if (!IsWanted(tFrame))
+    {
+        return;
+    }
+    if (!m_atHeld.empty() || m_bGiving || !TakesStep(tFrame))
+    {
+        Hold(tFrame);
+        return;
+    }
+    Number(tRecord);
+    Give(tRecord, tLock);
+    GoOn();
+}
+
+// One at a time, whichever thread it is on.
+void CPlayback::Give(tagStreamMediaFrame const& tFrame, std::unique_lock<std::mutex>& tLock)
+{
+    m_bGiving = true;
+    tLock.unlock();
+    m_tFrames.Call(m_hStream.load(), &tFrame);
+    tLock.lock();
+    m_bGiving = false;
 }
 
 // What has waited, one by one, as far as it is wanted.
 void CPlayback::GiveHeld()
 {
     std::unique_lock tLock(m_tMutex);
-    while (m_bWanted && !m_bClosed && !m_atHeld.empty())
+    while (m_bWanted && !m_bClosed && !m_bGiving && !m_atHeld.empty() && TakesStep(m_atHeld.front().tFrame))
     {
-        tagHeld& tFirst = m_atHeld.front();
-        if (!TakesStep(tFirst.tFrame))
-        {
-            return;
-        }
-        const tagHeld tHeld = std::move(tFirst);
+        const tagHeld tHeld = std::move(m_atHeld.front());
+        m_atHeld.pop_front();
+        m_nHeld -= tHeld.abyData.size();
         tagStreamMediaFrame tFrame = tHeld.tFrame;
         tFrame.pData = tHeld.abyData.data();
         tFrame.pConfig = tHeld.abyConfig.empty() ? nullptr : tHeld.abyConfig.data();
         Number(tFrame);
-        m_nHeld -= tHeld.abyData.size();
-        m_atHeld.pop_front();
-        m_bGiving = true;
-        tLock.unlock();
-        m_tFrames.Call(m_hStream.load(), &tFrame);
-        tLock.lock();
-        m_bGiving = false;
+        Give(tFrame, tLock);
     }
     GoOn();
 }
@@ -586,8 +564,7 @@ rtsp::CTask<> CPlayback::TryAgain(std::shared_ptr<CPlayback> pSelf, unsigned lon
     if (bGoesOn && dwRun == pSelf->m_dwRun)
     {
         pSelf->m_bNewTime = true;
-        pSelf->Shut();
-        pSelf->GoOn();
+        pSelf->Restart();
     }
 }
 

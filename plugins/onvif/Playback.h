@@ -20,9 +20,9 @@ struct tagSyncGroup
     std::vector<std::weak_ptr<CPlayback>> apMembers;
 };
 
-/// A playback: one recording after the other by the replay service, at the device's pace. While it is paused, frames
-/// that the device had sent already wait here, for the next step. Any thread may call any function; none waits for the
-/// application or the device.
+/// A playback: one recording after the other by the replay service, at the device's pace. While it is paused nothing is
+/// fetched but for steps: then frames come as fast as they can and wait here for the next ones. Any thread may call any
+/// function; none waits for the application or the device.
 class CPlayback final : public CMedia, public std::enable_shared_from_this<CPlayback>
 {
 public:
@@ -66,10 +66,11 @@ private:
     void Leave();
 
     // With the mutex locked.
-    void Open(int64_t llFromUs);
+    void Open();
     void Shut();
     void GoOn();
-    void SetPaused(bool bPaused);
+    void Restart();
+    void MoveTo(int64_t llTimeUs);
     void SetScale(double dScale);
     bool FindStretch(int64_t& llTimeUs);
     void EndStretch();
@@ -80,6 +81,7 @@ private:
     bool TakesStep(tagStreamMediaFrame const& tFrame);
     void Number(tagStreamMediaFrame& tFrame);
     void Hold(tagStreamMediaFrame const& tFrame);
+    void Give(tagStreamMediaFrame const& tFrame, std::unique_lock<std::mutex>& tLock);
 
     void Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun);
     void TakeEnd(tagReplayEnd const& tEnd, unsigned long dwRun);
@@ -108,9 +110,8 @@ private:
     double m_dScale = 1;
     unsigned m_nFailures = 0;
     std::deque<tagHeld> m_atHeld;
-    std::size_t m_nHeld = 0;   ///< bytes of those
-    bool m_bOverflown = false; ///< there was no room: goes on from m_llLastUs
-    bool m_bGiving = false;    ///< one of those is being given
+    std::size_t m_nHeld = 0; ///< bytes of those
+    bool m_bGiving = false;  ///< a callback is running
     bool m_bStretchEnded = false;
     int64_t m_llLastUs;  ///< when what came last was recorded, or where to begin
     int64_t m_llAfterUs; ///< what was recorded up to here has come already

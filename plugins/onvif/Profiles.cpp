@@ -113,7 +113,7 @@ int CProfiles::All(std::shared_ptr<Channels const>& pChannels)
         if (!tAnswer)
         {
             nResult = nResult == eResultOk ? nResult : tAnswer.Result();
-            if (!tAnswer.Answered())
+            if (IsSilent(tAnswer))
             {
                 return nResult; // nobody is there: the other service wouldn't know better
             }

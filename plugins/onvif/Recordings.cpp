@@ -197,10 +197,15 @@ int CRecordings::FindEventParts(tagOf const& tOf, uint32_t dwType, tagQuestion c
     {
         return nResult == eResultNotSupported || nResult == eResultRefused ? int{eResultOk} : nResult;
     }
-    // Each topic by itself: what says that motion ends ends its own.
+    // Each topic by itself: what says that motion ends ends its own. Some devices answer with others too.
+    const uint32_t dwEvent = dwType == eHistoryMotion ? uint32_t{eEventMotion} : uint32_t{eEventAlarmInput};
     std::map<std::string, std::vector<onvif::tagFoundEvent>> tByKey;
     for (onvif::tagFoundEvent& t : atEvents)
     {
+        if (Translate(t.tEvent, {}).dwEvent != dwEvent)
+        {
+            continue;
+        }
         std::string const strKey = t.tEvent.Key();
         tByKey[strKey].push_back(std::move(t));
     }

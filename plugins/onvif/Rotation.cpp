@@ -31,10 +31,12 @@ int ReadTurn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_
     {
         dwTurn = g_adwTurns[Word(tRotate, "Degree") / 90 % 4];
     }
-    return tAnswer.Answered() ? int{eResultOk} : tAnswer.Result();
+    return IsSilent(tAnswer) ? tAnswer.Result() : int{eResultOk};
 }
 
-int WriteTurn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t dwTurn)
+namespace
+{
+int Turn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t dwTurn, bool bWrite)
 {
     auto const* const pTurn = std::ranges::find(g_adwTurns, dwTurn);
     tagProfile const& tMain = tChannel.atProfiles[0];
@@ -53,6 +55,17 @@ int WriteTurn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32
     CEdit tEdit(tFound, "VideoSourceConfiguration");
     tEdit.Set("Extension/Rotate/Mode", dwTurn == eTurnNone ? "OFF" : "ON");
     tEdit.Set("Extension/Rotate/Degree", std::to_string((pTurn - g_adwTurns) * 90));
-    return SendConfiguration(tClient, bMedia2, "VideoSource", tEdit).Result();
+    return bWrite ? SendConfiguration(tClient, bMedia2, "VideoSource", tEdit).Result() : int{eResultOk};
+}
+} // namespace
+
+int WriteTurn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t dwTurn)
+{
+    return Turn(tClient, tChannel, bMedia2, dwTurn, true);
+}
+
+int CheckTurn(CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t dwTurn)
+{
+    return Turn(tClient, tChannel, bMedia2, dwTurn, false);
 }
 } // namespace onvifclient

@@ -15,4 +15,6 @@ struct tagChannel;
 /// eResultBadArgument, and so is every turn where the device has none.
 int ReadTurn(onvif::CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t& dwTurn);
 int WriteTurn(onvif::CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t dwTurn);
+/// Whether WriteTurn would take it; the device isn't changed.
+int CheckTurn(onvif::CClient& tClient, tagChannel const& tChannel, bool bMedia2, uint32_t dwTurn);
 } // namespace onvifclient

@@ -1,9 +1,9 @@
-// Snapshots: the picture that the device makes, else a key frame of a stream that is whole JPEG pictures.
+// Snapshots: the picture that the device makes, else a key frame.
 
 #include "plugins/onvif/KeyFrame.h"
 #include "plugins/onvif/MediaCalls.h"
 #include "plugins/onvif/Operations.h"
-#include "plugins/onvif/Picture.h"
+#include "plugins/onvif/Pictures.h"
 #include "plugins/onvif/Profiles.h"
 
 #include "plugins/common/Text.h"
@@ -79,20 +79,24 @@ int Fetch(CLogin& tLogin, bool bMedia2, std::string const& strProfile, std::stri
     return tAnswer.nResult;
 }
 
-int Take(CLogin& tLogin, uint32_t dwChannel, std::string& strFile)
+// dwCodec: what strFile is.
+int Take(CLogin& tLogin, uint32_t dwChannel, std::string& strFile, uint32_t& dwCodec)
 {
-    CProfiles& tProfiles = tLogin.Part<CProfiles>();
     std::shared_ptr<tagChannel const> pChannel;
-    if (const int nResult = tProfiles.Channel(dwChannel, pChannel))
+    bool bMedia2 = false;
+    if (const int nResult = FindChannel(tLogin, dwChannel, pChannel, bMedia2))
     {
         return nResult;
     }
-    const bool bMedia2 = tProfiles.IsMedia2();
-    const int nResult = Fetch(tLogin, bMedia2, pChannel->atProfiles[0].strToken, strFile);
-    const auto it = std::ranges::find(pChannel->atProfiles, static_cast<uint32_t>(eCodecMJPEG), &tagProfile::dwCodec);
-    return nResult == eResultNotSupported && it != pChannel->atProfiles.end()
-               ? TakeKeyFrame(tLogin, bMedia2, it->strToken, strFile)
-               : nResult;
+    tagProfile const& tMain = pChannel->atProfiles[0];
+    dwCodec = eCodecMJPEG;
+    const int nResult = Fetch(tLogin, bMedia2, tMain.strToken, strFile);
+    if (nResult != eResultNotSupported)
+    {
+        return nResult;
+    }
+    dwCodec = tMain.dwCodec;
+    return TakeKeyFrame(tLogin, bMedia2, tMain.strToken, strFile);
 }
 
 bool WriteFile(std::string const& strPath, std::string const& strFile)
@@ -114,8 +118,9 @@ int Capture(CLogin& tLogin, uint32_t dwTarget, eImageFormat eFormat, tagImageFil
         return eResultNotSupported;
     }
     std::string strFile;
-    int nResult = Take(tLogin, dwTarget, strFile);
-    nResult = nResult ? nResult : Fit(strFile, eFormat, tInfo);
+    uint32_t dwCodec = 0;
+    int nResult = Take(tLogin, dwTarget, strFile, dwCodec);
+    nResult = nResult ? nResult : Fit(strFile, dwCodec, eFormat, tInfo);
     if (nResult != eResultOk)
     {
         return nResult;

@@ -283,9 +283,14 @@ int CWall::WriteScreen(tagScreen const& tScreen, std::size_t iScreen, std::size_
             tLayout.Close();
         }
     }
-    if (const int nResult = m_tLogin.Call({eService::Display, "SetLayout", tLayout.Take()}).Result())
+    // A layout has one pane at least; where none is wanted, they go with their configurations.
+    const bool bAny = std::ranges::any_of(atWanted, [](tagDecoderWindow const& t) { return !t.bHidden; });
+    if (bAny)
     {
-        return nResult;
+        if (const int nResult = m_tLogin.Call({eService::Display, "SetLayout", tLayout.Take()}).Result())
+        {
+            return nResult;
+        }
     }
     for (tagPane const& t : atBefore)
     {

@@ -1,5 +1,8 @@
-#include "plugins/onvif/Picture.h"
+#include "plugins/onvif/picture/Picture.h"
 
+#include "plugins/onvif/picture/KeyFrame.h"
+
+#include "protocol/interface/Frames.h"
 #include "protocol/interface/Results.h"
 
 #include <algorithm>
@@ -17,27 +20,22 @@ constexpr uint64_t g_ullMostDots = 64U << 20;
 
 using Handle = std::unique_ptr<void, decltype(&tjDestroy)>;
 
-unsigned char const* Bytes(std::string const& strFile)
+struct tagFile
 {
-    return reinterpret_cast<unsigned char const*>(strFile.data());
-}
-
-struct tagDots
-{
-    uint32_t dwWidth = 0;
-    uint32_t dwHeight = 0;
-    std::vector<unsigned char> abyDots; // red, green, blue
+    unsigned char const* pby;
+    std::size_t nLength;
 };
 
-bool Decode(std::string const& strJpeg, tagDots& t)
+bool DecodeJpeg(tagFile const& tFile, tagDots& t)
 {
     const Handle pDecoder(tjInitDecompress(), &tjDestroy);
     int nWidth = 0;
     int nHeight = 0;
     int nSampling = 0;
     int nColours = 0;
-    if (!pDecoder || tjDecompressHeader3(pDecoder.get(), Bytes(strJpeg), strJpeg.size(), &nWidth, &nHeight, &nSampling,
-                                         &nColours) != 0)
+    if (!pDecoder ||
+        tjDecompressHeader3(pDecoder.get(), tFile.pby, tFile.nLength, &nWidth, &nHeight, &nSampling, &nColours) != 0 ||
+        uint64_t{static_cast<uint32_t>(nWidth)} * static_cast<uint32_t>(nHeight) > g_ullMostDots)
     {
         return false;
     }
@@ -45,8 +43,8 @@ bool Decode(std::string const& strJpeg, tagDots& t)
     t.dwHeight = static_cast<uint32_t>(nHeight);
     t.abyDots.resize(std::size_t{t.dwWidth} * t.dwHeight * 3);
     // What ends early is shown as far as it goes.
-    return tjDecompress2(pDecoder.get(), Bytes(strJpeg), strJpeg.size(), t.abyDots.data(), nWidth, 0, nHeight, TJPF_RGB,
-                         0) == 0 ||
+    return tjDecompress2(pDecoder.get(), tFile.pby, tFile.nLength, t.abyDots.data(), nWidth, 0, nHeight, TJPF_RGB, 0) ==
+               0 ||
            tjGetErrorCode(pDecoder.get()) == TJERR_WARNING;
 }
 
@@ -115,58 +113,37 @@ bool EncodePng(tagDots const& t, std::string& strFile)
     strFile.resize(bDone ? nLength : 0);
     return bDone;
 }
-} // namespace
 
-bool SizeOf(std::string const& strJpeg, uint32_t& dwWidth, uint32_t& dwHeight)
+// How far down: whichever of width and height is more beyond its limit.
+void Limit(tagDots const& t, uint32_t& dwWidth, uint32_t& dwHeight)
 {
-    const Handle pDecoder(tjInitDecompress(), &tjDestroy);
-    int nWidth = 0;
-    int nHeight = 0;
-    int nSampling = 0;
-    int nColours = 0;
-    const bool bIs = pDecoder && tjDecompressHeader3(pDecoder.get(), Bytes(strJpeg), strJpeg.size(), &nWidth, &nHeight,
-                                                     &nSampling, &nColours) == 0;
-    dwWidth = bIs ? static_cast<uint32_t>(nWidth) : 0;
-    dwHeight = bIs ? static_cast<uint32_t>(nHeight) : 0;
-    return bIs && uint64_t{dwWidth} * dwHeight <= g_ullMostDots;
+    const uint32_t dwMaxWidth = dwWidth ? dwWidth : t.dwWidth;
+    const uint32_t dwMaxHeight = dwHeight ? dwHeight : t.dwHeight;
+    dwWidth = t.dwWidth;
+    dwHeight = t.dwHeight;
+    if (dwWidth > dwMaxWidth)
+    {
+        dwHeight = static_cast<uint32_t>(uint64_t{t.dwHeight} * dwMaxWidth / t.dwWidth);
+        dwWidth = dwMaxWidth;
+    }
+    if (dwHeight > dwMaxHeight)
+    {
+        dwWidth = static_cast<uint32_t>(uint64_t{t.dwWidth} * dwMaxHeight / t.dwHeight);
+        dwHeight = dwMaxHeight;
+    }
+    dwWidth = std::max(dwWidth, 1U);
+    dwHeight = std::max(dwHeight, 1U);
 }
 
-int Fit(std::string& strFile, eImageFormat eFormat, tagImageFileInfo& tInfo)
+int Convert(tagFile const& tFile, uint32_t dwCodec, eImageFormat eFormat, tagImageFileInfo& tInfo, std::string& strFile)
 {
-    uint32_t dwWidth = 0;
-    uint32_t dwHeight = 0;
-    if (!SizeOf(strFile, dwWidth, dwHeight))
-    {
-        return eResultRefused;
-    }
-    const uint32_t dwMaxWidth = tInfo.dwWidth ? tInfo.dwWidth : dwWidth;
-    const uint32_t dwMaxHeight = tInfo.dwHeight ? tInfo.dwHeight : dwHeight;
-    // How far down, as width to width or height to height: whichever is more.
-    uint32_t dwToWidth = dwWidth;
-    uint32_t dwToHeight = dwHeight;
-    if (dwToWidth > dwMaxWidth)
-    {
-        dwToHeight = static_cast<uint32_t>(uint64_t{dwHeight} * dwMaxWidth / dwWidth);
-        dwToWidth = dwMaxWidth;
-    }
-    if (dwToHeight > dwMaxHeight)
-    {
-        dwToWidth = static_cast<uint32_t>(uint64_t{dwWidth} * dwMaxHeight / dwHeight);
-        dwToHeight = dwMaxHeight;
-    }
-    tInfo.dwWidth = std::max(dwToWidth, 1U);
-    tInfo.dwHeight = std::max(dwToHeight, 1U);
-    const bool bSame = tInfo.dwWidth == dwWidth && tInfo.dwHeight == dwHeight;
-    if (bSame && eFormat == eImageJpeg)
-    {
-        return eResultOk;
-    }
     tagDots tDots;
-    if (!Decode(strFile, tDots))
+    if (!(dwCodec == eCodecMJPEG ? DecodeJpeg(tFile, tDots) : DecodeKeyFrame(tFile.pby, tFile.nLength, dwCodec, tDots)))
     {
         return eResultRefused;
     }
-    if (!bSame)
+    Limit(tDots, tInfo.dwWidth, tInfo.dwHeight);
+    if (tInfo.dwWidth != tDots.dwWidth || tInfo.dwHeight != tDots.dwHeight)
     {
         tDots = Reduce(tDots, tInfo.dwWidth, tInfo.dwHeight);
     }
@@ -174,4 +151,16 @@ int Fit(std::string& strFile, eImageFormat eFormat, tagImageFileInfo& tInfo)
     const bool bDone = eFormat == eImageJpeg ? EncodeJpeg(tDots, nQuality, strFile) : EncodePng(tDots, strFile);
     return bDone ? int{eResultOk} : int{eResultNoResources};
 }
+} // namespace
 } // namespace onvifclient
+
+int OnvifPicture_Convert(unsigned char const* pbyFile, std::size_t nLength, uint32_t dwCodec, eImageFormat eFormat,
+                         tagImageFileInfo* ptInfo, std::string* pstrFile)
+try
+{
+    return onvifclient::Convert({pbyFile, nLength}, dwCodec, eFormat, *ptInfo, *pstrFile);
+}
+catch (...)
+{
+    return eResultNoResources;
+}
