@@ -44,8 +44,14 @@ std::vector<std::string_view> SafeOf(std::vector<std::string> const& astrChallen
     return astrSafe;
 }
 
+std::string_view PathIn(std::string_view strUrl)
+{
+    const std::size_t nPath = strUrl.find('/', strUrl.find("://") + 3);
+    return nPath == std::string_view::npos ? "/" : strUrl.substr(nPath);
+}
+
 // Empty: it says no such thing, or names another host, where our login has no business.
-std::string MovedTo(tagHttpAnswer const& tAnswer, tagAddress const& tFrom)
+std::string MovedTo(tagHttpAnswer const& tAnswer, std::string const& strFrom)
 {
     const bool bMoved =
         tAnswer.nStatus == 301 || tAnswer.nStatus == 302 || tAnswer.nStatus == 307 || tAnswer.nStatus == 308;
@@ -53,6 +59,7 @@ std::string MovedTo(tagHttpAnswer const& tAnswer, tagAddress const& tFrom)
     {
         return {};
     }
+    const tagAddress tFrom = ParseAddress(strFrom).value_or(tagAddress{});
     tagAddress tTo = tFrom;
     tTo.strPath = tAnswer.strLocation;
     const auto tWhole = ParseAddress(tAnswer.strLocation);
@@ -198,27 +205,22 @@ rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, 
     bool bAgain = true;
     for (unsigned nTry = 0; bAgain && nTry < g_nMostTries; ++nTry)
     {
-        const auto tAddress = ParseAddress(tRequest.strUrl);
-        if (!tAddress)
-        {
-            tAnswer = {};
-            tAnswer.nResult = eResultBadAddress;
-            break;
-        }
         const unsigned nChallenges = tState.nChallenges;
         tRequest.tLimit = Left(tUntil);
-        tRequest.strAuthorization =
-            eWith == eProof::None ? std::string() : tState.tAuthenticator.Authorization(strMethod, tAddress->strPath);
+        tRequest.strAuthorization = eWith == eProof::None
+                                        ? std::string()
+                                        : tState.tAuthenticator.Authorization(strMethod, PathIn(tRequest.strUrl));
         tAnswer = co_await m_tHttp.Send(pGroup, tRequest);
         bAgain = false;
         if (tAnswer.nResult == eResultOk && tAnswer.nStatus == 401 && eWith != eProof::None)
         {
             // Another call may have been given a newer challenge meanwhile: that one is answered.
             bAgain = nChallenges != tState.nChallenges ||
-                     tState.tAuthenticator.TakeChallenges(SafeOf(tAnswer.astrChallenges, tAddress->bTls));
+                     tState.tAuthenticator.TakeChallenges(
+                         SafeOf(tAnswer.astrChallenges, tRequest.strUrl.starts_with("https")));
             tState.nChallenges += bAgain && nChallenges == tState.nChallenges ? 1 : 0;
         }
-        else if (const std::string strMoved = MovedTo(tAnswer, *tAddress); !strMoved.empty())
+        else if (const std::string strMoved = MovedTo(tAnswer, tRequest.strUrl); !strMoved.empty())
         {
             tRequest.strUrl = strMoved;
             bAgain = true;
@@ -446,15 +448,14 @@ rtsp::CTask<CAnswer> CClient::CallAsync(tagRequest tRequest)
             co_return CAnswer::Failed(eResultNotSupported, "asked before");
         }
     }
-    tagRequest tAgain = tRequest;
-    CAnswer tAnswer = co_await Exchange(std::move(tRequest), eProof::Full, tUntil);
+    CAnswer tAnswer = co_await Exchange(tRequest, eProof::Full, tUntil);
     if (WasRefusedForLogin(tAnswer))
     {
         // Another clock is the commonest reason; the same clock means another password, or too little rights.
         const std::int64_t llOffset = m_llOffsetUs;
         if (co_await AskClock(tUntil) == eResultOk && std::abs(m_llOffsetUs - llOffset) > g_llClockMoved)
         {
-            tAnswer = co_await Exchange(std::move(tAgain), eProof::Full, tUntil);
+            tAnswer = co_await Exchange(std::move(tRequest), eProof::Full, tUntil);
         }
     }
     if (tAnswer.Result() == eResultNotSupported && tAnswer.Answered())

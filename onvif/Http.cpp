@@ -17,6 +17,7 @@
 #include <system_error>
 #include <thread>
 #include <unistd.h>
+#include <unordered_map>
 #include <utility>
 
 namespace onvif
@@ -113,23 +114,27 @@ public:
 
     bool Begin(rtsp::CTask<> tTask)
     {
-        const std::lock_guard tLock(m_tMutex);
-        if (m_bStopping)
         {
-            return false;
+            const std::lock_guard tLock(m_tMutex);
+            if (m_bStopping)
+            {
+                return false;
+            }
+            m_atNew.push_back(std::move(tTask));
+            if (!m_tThread.joinable())
+            {
+                m_tThread = std::thread([this] { Run(); });
+            }
         }
-        m_atNew.push_back(std::move(tTask));
-        if (!m_tThread.joinable())
-        {
-            m_tThread = std::thread([this] { Run(); });
-        }
-        Wake();
+        Wake(); // outside, or the thread would wake up and wait for us
         return true;
     }
     void End(std::shared_ptr<CHttpGroup> const& pGroup)
     {
-        const std::lock_guard tLock(m_tMutex);
-        m_apEnded.push_back(pGroup);
+        {
+            const std::lock_guard tLock(m_tMutex);
+            m_apEnded.push_back(pGroup);
+        }
         Wake();
     }
     void Stop()
@@ -240,23 +245,36 @@ private:
         m_tThreadId = std::this_thread::get_id();
         while (TakePosted())
         {
+            OnTime();
             std::array<epoll_event, 64> atEvents{};
             const int nEvents = epoll_wait(m_nEpoll, atEvents.data(), static_cast<int>(atEvents.size()), WaitTime());
             for (int i = 0; i < nEvents; ++i)
             {
                 OnEvent(atEvents[static_cast<std::size_t>(i)]);
             }
-            const auto tNow = Clock::now();
-            if (m_tCurlTime <= tNow)
-            {
-                m_tCurlTime = Clock::time_point::max();
-                int nRunning = 0;
-                curl_multi_socket_action(m_pMulti, CURL_SOCKET_TIMEOUT, 0, &nRunning);
-            }
             FinishDone();
-            FinishPauses(tNow);
         }
         m_tThreadId = std::thread::id();
+    }
+
+    void OnTime()
+    {
+        // What begins sets libcurl's timer to now.
+        for (auto tNow = Clock::now(); m_tCurlTime <= tNow || FirstPause() <= tNow; tNow = Clock::now())
+        {
+            if (std::exchange(m_tCurlTime, Clock::time_point::max()) <= tNow)
+            {
+                int nRunning = 0;
+                curl_multi_socket_action(m_pMulti, CURL_SOCKET_TIMEOUT, 0, &nRunning);
+                FinishDone();
+            }
+            FinishPauses(tNow);
+        }
+    }
+
+    Clock::time_point FirstPause() const
+    {
+        return m_tPauses.empty() ? Clock::time_point::max() : m_tPauses.begin()->first;
     }
 
     // False: stopped, and nothing is left.
@@ -289,7 +307,7 @@ private:
 
     int WaitTime() const
     {
-        const auto tFirst = m_tPauses.empty() ? m_tCurlTime : std::min(m_tCurlTime, m_tPauses.begin()->first);
+        const auto tFirst = std::min(m_tCurlTime, FirstPause());
         if (tFirst == Clock::time_point::max())
         {
             return -1;
@@ -309,6 +327,17 @@ private:
         if (m_tWatched.contains(tEvent.data.fd))
         {
             FinishWatch(tEvent.data.fd, true);
+            return;
+        }
+        const auto itSocket = m_tSockets.find(tEvent.data.fd);
+        if (itSocket == m_tSockets.end())
+        {
+            return;
+        }
+        if (!itSocket->second.bWanted) // the device closes it, or says something unasked
+        {
+            epoll_ctl(m_nEpoll, EPOLL_CTL_DEL, tEvent.data.fd, nullptr);
+            m_tSockets.erase(itSocket);
             return;
         }
         const int nWhat = (tEvent.events & EPOLLIN ? CURL_CSELECT_IN : 0) |
@@ -339,18 +368,52 @@ private:
 
     CURL* TakeHandle()
     {
-        if (m_apSpare.empty())
+        if (!m_apSpare.empty())
         {
-            return curl_easy_init();
+            CURL* const pHandle = m_apSpare.back();
+            m_apSpare.pop_back();
+            return pHandle;
         }
-        CURL* const pHandle = m_apSpare.back();
-        m_apSpare.pop_back();
+        CURL* const pHandle = curl_easy_init();
+        if (pHandle)
+        {
+            curl_easy_setopt(pHandle, CURLOPT_PROTOCOLS_STR, "http,https");
+            curl_easy_setopt(pHandle, CURLOPT_PROXY, ""); // devices stand on networks of their own
+            curl_easy_setopt(pHandle, CURLOPT_NOSIGNAL, 1L);
+            curl_easy_setopt(pHandle, CURLOPT_QUICK_EXIT, 1L); // doesn't wait for a name look-up that hangs
+            curl_easy_setopt(pHandle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+            curl_easy_setopt(pHandle, CURLOPT_ACCEPT_ENCODING, "");
+            curl_easy_setopt(pHandle, CURLOPT_PATH_AS_IS, 1L);
+            curl_easy_setopt(pHandle, CURLOPT_TCP_KEEPALIVE, 1L);
+            curl_easy_setopt(pHandle, CURLOPT_WRITEFUNCTION, &OnBody);
+            curl_easy_setopt(pHandle, CURLOPT_HEADERFUNCTION, &OnHeader);
+            curl_easy_setopt(pHandle, CURLOPT_CLOSESOCKETFUNCTION, &OnClose);
+            curl_easy_setopt(pHandle, CURLOPT_CLOSESOCKETDATA, this);
+        }
         return pHandle;
     }
 
-    void SetUp(CURL* pHandle, tagTransfer& tTransfer)
+    // Sets all that differs between requests: handles are used again as they are.
+    static void SetUp(CURL* pHandle, tagTransfer& tTransfer)
     {
         tagHttpRequest const& tRequest = tTransfer.pSend->m_tRequest;
+        const auto nLimit = static_cast<long>(std::max<std::int64_t>(1, tRequest.tLimit.count()));
+        curl_easy_setopt(pHandle, CURLOPT_URL, tRequest.strUrl.c_str());
+        curl_easy_setopt(pHandle, CURLOPT_TIMEOUT_MS, nLimit);
+        curl_easy_setopt(pHandle, CURLOPT_CONNECTTIMEOUT_MS, nLimit);
+        curl_easy_setopt(pHandle, CURLOPT_ERRORBUFFER, tTransfer.szError.data());
+        curl_easy_setopt(pHandle, CURLOPT_WRITEDATA, &tTransfer);
+        curl_easy_setopt(pHandle, CURLOPT_HEADERDATA, &tTransfer);
+        if (tRequest.strUrl.starts_with("https"))
+        {
+            // Who shows any certificate may also speak as old cameras do.
+            const bool bCheck = tRequest.bCheckCertificate;
+            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYPEER, bCheck ? 1L : 0L);
+            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYHOST, bCheck ? 2L : 0L);
+            curl_easy_setopt(pHandle, CURLOPT_SSLVERSION,
+                             static_cast<long>(bCheck ? CURL_SSLVERSION_DEFAULT : CURL_SSLVERSION_TLSv1));
+            curl_easy_setopt(pHandle, CURLOPT_SSL_CIPHER_LIST, bCheck ? nullptr : "DEFAULT:@SECLEVEL=0");
+        }
         const auto fnHeader = [&](std::string const& strLine)
         {
             if (curl_slist* const ptMore = curl_slist_append(tTransfer.ptHeaders, strLine.c_str()))
@@ -358,37 +421,11 @@ private:
                 tTransfer.ptHeaders = ptMore;
             }
         };
-        curl_easy_setopt(pHandle, CURLOPT_URL, tRequest.strUrl.c_str());
-        curl_easy_setopt(pHandle, CURLOPT_PROTOCOLS_STR, "http,https");
-        curl_easy_setopt(pHandle, CURLOPT_PROXY, ""); // devices stand on networks of their own
-        curl_easy_setopt(pHandle, CURLOPT_NOSIGNAL, 1L);
-        curl_easy_setopt(pHandle, CURLOPT_QUICK_EXIT, 1L); // doesn't wait for a name look-up that hangs
-        curl_easy_setopt(pHandle, CURLOPT_TIMEOUT_MS,
-                         static_cast<long>(std::max<std::int64_t>(1, tRequest.tLimit.count())));
-        curl_easy_setopt(pHandle, CURLOPT_CONNECTTIMEOUT_MS,
-                         static_cast<long>(std::max<std::int64_t>(1, tRequest.tLimit.count())));
-        curl_easy_setopt(pHandle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-        curl_easy_setopt(pHandle, CURLOPT_ACCEPT_ENCODING, "");
-        curl_easy_setopt(pHandle, CURLOPT_PATH_AS_IS, 1L);
-        curl_easy_setopt(pHandle, CURLOPT_TCP_KEEPALIVE, 1L);
-        curl_easy_setopt(pHandle, CURLOPT_ERRORBUFFER, tTransfer.szError.data());
-        curl_easy_setopt(pHandle, CURLOPT_WRITEFUNCTION, &OnBody);
-        curl_easy_setopt(pHandle, CURLOPT_WRITEDATA, &tTransfer);
-        curl_easy_setopt(pHandle, CURLOPT_HEADERFUNCTION, &OnHeader);
-        curl_easy_setopt(pHandle, CURLOPT_HEADERDATA, &tTransfer);
-        if (tRequest.bCheckCertificate)
+        if (tRequest.strBody.empty())
         {
-            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYPEER, 1L);
-            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYHOST, 2L);
+            curl_easy_setopt(pHandle, CURLOPT_HTTPGET, 1L);
         }
-        else // who shows any certificate may also speak as old cameras do
-        {
-            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYPEER, 0L);
-            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYHOST, 0L);
-            curl_easy_setopt(pHandle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1));
-            curl_easy_setopt(pHandle, CURLOPT_SSL_CIPHER_LIST, "DEFAULT:@SECLEVEL=0");
-        }
-        if (!tRequest.strBody.empty())
+        else
         {
             curl_easy_setopt(pHandle, CURLOPT_POST, 1L);
             curl_easy_setopt(pHandle, CURLOPT_POSTFIELDS, tRequest.strBody.data());
@@ -467,19 +504,31 @@ private:
         return 0;
     }
 
-    static int OnSocket(CURL*, curl_socket_t nFile, int nWhat, void* pThis, void* pKnown)
+    // A socket stays known to epoll between two requests: that saves two calls of the system each.
+    static int OnSocket(CURL*, curl_socket_t nFile, int nWhat, void* pThis, void*)
     {
         auto& tThis = *static_cast<CImpl*>(pThis);
-        epoll_event tEvent{};
-        tEvent.data.fd = nFile;
-        tEvent.events = (nWhat & CURL_POLL_IN ? EPOLLIN : 0U) | (nWhat & CURL_POLL_OUT ? EPOLLOUT : 0U);
-        const int nAction = nWhat == CURL_POLL_REMOVE ? EPOLL_CTL_DEL : pKnown ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
-        if (epoll_ctl(tThis.m_nEpoll, nAction, nFile, &tEvent) != 0 && nAction == EPOLL_CTL_MOD && errno == ENOENT)
+        const std::uint32_t dwEvents = nWhat == CURL_POLL_REMOVE
+                                           ? EPOLLIN
+                                           : (nWhat & CURL_POLL_IN ? std::uint32_t{EPOLLIN} : 0U) |
+                                                 (nWhat & CURL_POLL_OUT ? std::uint32_t{EPOLLOUT} : 0U);
+        const auto [it, bNew] = tThis.m_tSockets.try_emplace(nFile);
+        const bool bChanged = bNew || it->second.dwEvents != dwEvents;
+        it->second = {dwEvents, nWhat != CURL_POLL_REMOVE};
+        if (bChanged)
         {
-            epoll_ctl(tThis.m_nEpoll, EPOLL_CTL_ADD, nFile, &tEvent);
+            epoll_event tEvent{};
+            tEvent.data.fd = nFile;
+            tEvent.events = dwEvents;
+            epoll_ctl(tThis.m_nEpoll, bNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, nFile, &tEvent);
         }
-        curl_multi_assign(tThis.m_pMulti, nFile, nAction == EPOLL_CTL_DEL ? nullptr : pThis);
         return 0;
+    }
+
+    static int OnClose(void* pThis, curl_socket_t nFile)
+    {
+        static_cast<CImpl*>(pThis)->m_tSockets.erase(nFile); // epoll forgets it by itself
+        return close(nFile);
     }
 
     static int OnTimer(CURLM*, long nMilliseconds, void* pThis)
@@ -495,7 +544,6 @@ private:
     {
         const auto it = m_tTransfers.find(pHandle);
         CSend* const pSend = it->second.pSend;
-        curl_easy_reset(pHandle);
         curl_slist_free_all(it->second.ptHeaders);
         m_tTransfers.erase(it);
         if (m_apSpare.size() < g_nSpareHandles)
@@ -615,6 +663,12 @@ private:
     std::atomic<std::thread::id> m_tThreadId{};
 
     // --- the thread's ---
+    struct tagSocket
+    {
+        std::uint32_t dwEvents = 0; ///< that epoll watches
+        bool bWanted = false;       ///< by libcurl; false: it is kept for later
+    };
+    std::unordered_map<int, tagSocket> m_tSockets;
     std::map<CURL*, tagTransfer> m_tTransfers;
     std::multimap<Clock::time_point, CPause*> m_tPauses;
     std::map<int, CReadable*> m_tWatched;
@@ -700,8 +754,10 @@ bool CHttp::CPause::await_suspend(std::coroutine_handle<> tCaller)
 
 void CHttp::Notify(tagWaiter& tWaiter)
 {
-    const std::lock_guard tLock(tWaiter.tMutex);
-    tWaiter.bDone = true;
+    {
+        const std::lock_guard tLock(tWaiter.tMutex);
+        tWaiter.bDone = true;
+    }
     tWaiter.tChanged.notify_all();
 }
 

@@ -1,16 +1,14 @@
 #include "onvif/Listener.h"
 
+#include "onvif/Incoming.h"
 #include "onvif/Subscription.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cctype>
 #include <cerrno>
-#include <charconv>
 #include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
-#include <optional>
 #include <random>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -22,8 +20,6 @@ namespace
 {
 using namespace std::chrono_literals;
 
-constexpr std::size_t g_nMostBytes = std::size_t{1} << 20; // of a request
-constexpr std::size_t g_nMostHead = std::size_t{16} << 10;
 constexpr auto g_tPatience = 10s; // for a whole request
 constexpr auto g_tNoFiles = 1s;   // until connections are taken again
 constexpr int g_nBacklog = 64;
@@ -70,112 +66,6 @@ std::string RandomPath()
     return strPath;
 }
 
-bool IsEqual(std::string_view strLeft, std::string_view strLower)
-{
-    return std::ranges::equal(strLeft, strLower,
-                              [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; });
-}
-
-// A header's value; the name in lower case. Nothing: it isn't there.
-std::optional<std::string_view> Header(std::string_view strHead, std::string_view strName)
-{
-    for (std::size_t nBegin = strHead.find("\r\n"); nBegin != std::string_view::npos;)
-    {
-        const std::size_t nEnd = strHead.find("\r\n", nBegin + 2);
-        std::string_view strLine =
-            strHead.substr(nBegin + 2, nEnd == std::string_view::npos ? nEnd : nEnd - nBegin - 2);
-        if (strLine.size() > strName.size() && strLine[strName.size()] == ':' &&
-            IsEqual(strLine.substr(0, strName.size()), strName))
-        {
-            strLine.remove_prefix(strName.size() + 1);
-            strLine.remove_prefix(std::min(strLine.find_first_not_of(" \t"), strLine.size()));
-            return strLine;
-        }
-        nBegin = nEnd;
-    }
-    return std::nullopt;
-}
-
-/// What has come of a request so far.
-struct tagIncoming
-{
-    enum class eState
-    {
-        Partial,
-        Whole,
-        Bad,
-    };
-
-    eState Look();
-
-    std::string strBytes;
-    std::string strPath;
-    std::string strBody; // when it is whole
-    bool bExpects = false;
-
-private:
-    eState TakeChunks(std::string_view strRest);
-};
-
-tagIncoming::eState tagIncoming::TakeChunks(std::string_view strRest)
-{
-    strBody.clear();
-    for (;;)
-    {
-        const std::size_t nLine = strRest.find("\r\n");
-        if (nLine == std::string_view::npos)
-        {
-            return eState::Partial;
-        }
-        std::size_t nLength = 0;
-        if (std::from_chars(strRest.data(), strRest.data() + nLine, nLength, 16).ec != std::errc{} ||
-            nLength > g_nMostBytes)
-        {
-            return eState::Bad;
-        }
-        if (nLength == 0)
-        {
-            return eState::Whole; // what follows the last chunk isn't of use
-        }
-        if (strRest.size() < nLine + 2 + nLength + 2)
-        {
-            return eState::Partial;
-        }
-        strBody.append(strRest.substr(nLine + 2, nLength));
-        strRest.remove_prefix(nLine + 2 + nLength + 2);
-    }
-}
-
-tagIncoming::eState tagIncoming::Look()
-{
-    const std::size_t nHead = strBytes.find("\r\n\r\n");
-    if (nHead == std::string::npos)
-    {
-        return strBytes.size() > g_nMostHead ? eState::Bad : eState::Partial;
-    }
-    const std::string_view strHead = std::string_view(strBytes).substr(0, nHead);
-    const std::string_view strRest = std::string_view(strBytes).substr(nHead + 4);
-    const std::size_t nPath = strHead.find(' ');
-    if (!strHead.starts_with("POST ") || strBytes.size() > g_nMostBytes)
-    {
-        return eState::Bad;
-    }
-    strPath = strHead.substr(nPath + 1, strHead.find_first_of(" \r", nPath + 1) - nPath - 1);
-    bExpects = Header(strHead, "expect").has_value();
-    if (const auto strCoding = Header(strHead, "transfer-encoding"))
-    {
-        return TakeChunks(strRest);
-    }
-    std::size_t nLength = 0;
-    const std::string_view strLength = Header(strHead, "content-length").value_or("");
-    if (std::from_chars(strLength.data(), strLength.data() + strLength.size(), nLength).ec != std::errc{} ||
-        nLength > g_nMostBytes)
-    {
-        return eState::Bad;
-    }
-    strBody = strRest.substr(0, nLength);
-    return strRest.size() < nLength ? eState::Partial : eState::Whole;
-}
 } // namespace
 
 // --- connections -----------------------------------------------------------------------------------------------------
@@ -206,8 +96,8 @@ public:
             {
                 return;
             }
-            strPath = std::move(m_tIncoming.strPath);
-            strBody = std::move(m_tIncoming.strBody);
+            strPath = m_tIncoming.Path();
+            strBody = m_tIncoming.Body();
         }
         m_pListener->Take(strPath, strBody);
     }
@@ -241,17 +131,16 @@ private:
             Finish({});
             return false;
         }
-        m_tIncoming.strBytes.append(szBuffer, nRead < 0 ? 0 : static_cast<std::size_t>(nRead));
-        switch (m_tIncoming.Look())
+        switch (m_tIncoming.Take({szBuffer, nRead < 0 ? 0 : static_cast<std::size_t>(nRead)}))
         {
-        case tagIncoming::eState::Whole:
+        case CIncoming::eState::Whole:
             Finish("HTTP/1.1 202 Accepted\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
             return true;
-        case tagIncoming::eState::Bad:
+        case CIncoming::eState::Bad:
             Finish("HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
             return false;
-        case tagIncoming::eState::Partial:
-            if (m_tIncoming.bExpects && !std::exchange(m_bContinued, true))
+        case CIncoming::eState::Partial:
+            if (m_tIncoming.Expects() && !std::exchange(m_bContinued, true))
             {
                 Answer("HTTP/1.1 100 Continue\r\n\r\n");
             }
@@ -265,7 +154,7 @@ private:
     std::mutex m_tMutex;
     rtsp::CAlarm m_tAlarm;
     std::unique_ptr<rtsp::CDescriptor> m_pDescriptor; // null: it is over
-    tagIncoming m_tIncoming;
+    CIncoming m_tIncoming;
     bool m_bContinued = false;
 };
 

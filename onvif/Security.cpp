@@ -11,14 +11,19 @@ namespace onvif
 {
 namespace
 {
-constexpr std::string_view g_strSecurity =
-    "http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-secext-1.0.xsd";
-constexpr std::string_view g_strUtility =
-    "http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-utility-1.0.xsd";
-constexpr std::string_view g_strDigestType =
-    "http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-username-token-profile-1.0#PasswordDigest";
-constexpr std::string_view g_strBase64Type =
-    "http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-soap-message-security-1.0#Base64Binary";
+// The block in its parts, between which stand the user, the digest, the nonce and the time. Every call builds one.
+constexpr std::string_view g_strBeforeUser =
+    R"(<wsse:Security xmlns:wsse="http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-secext-1.0.xsd")"
+    R"( xmlns:wsu="http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-utility-1.0.xsd")"
+    R"( s:mustUnderstand="1"><wsse:UsernameToken><wsse:Username>)";
+constexpr std::string_view g_strBeforeDigest =
+    R"(</wsse:Username><wsse:Password Type="http://docs.oasis-open.org/wss/2004/01/)"
+    R"(oasis-200401-wss-username-token-profile-1.0#PasswordDigest">)";
+constexpr std::string_view g_strBeforeNonce =
+    R"(</wsse:Password><wsse:Nonce EncodingType="http://docs.oasis-open.org/wss/2004/01/)"
+    R"(oasis-200401-wss-soap-message-security-1.0#Base64Binary">)";
+constexpr std::string_view g_strBeforeTime = "</wsse:Nonce><wsu:Created>";
+constexpr std::string_view g_strEnd = "</wsu:Created></wsse:UsernameToken></wsse:Security>";
 
 std::string Base64(std::string_view strBytes)
 {
@@ -32,12 +37,13 @@ std::string Base64(std::string_view strBytes)
 
 std::string PasswordDigest(std::string_view strNonce, std::string_view strCreated, std::string_view strPassword)
 {
+    static EVP_MD* const s_pSha1 = EVP_MD_fetch(nullptr, "SHA1", nullptr); // never freed
     std::string strAll;
     strAll.append(strNonce).append(strCreated).append(strPassword);
     std::array<unsigned char, EVP_MAX_MD_SIZE> abyDigest{};
-    std::size_t nLength = 0;
+    unsigned nLength = 0;
     const bool bDone =
-        EVP_Q_digest(nullptr, "SHA1", nullptr, strAll.data(), strAll.size(), abyDigest.data(), &nLength) == 1;
+        s_pSha1 && EVP_Digest(strAll.data(), strAll.size(), abyDigest.data(), &nLength, s_pSha1, nullptr) == 1;
     return bDone ? Base64({reinterpret_cast<char const*>(abyDigest.data()), nLength}) : std::string();
 }
 
@@ -51,13 +57,12 @@ std::string UsernameToken(std::string_view strUser, std::string_view strPassword
     const std::string_view strNonce(acNonce.data(), acNonce.size());
     // Whole seconds: some devices read no more.
     const std::string strTime = TimeText(llDeviceTimeUs - llDeviceTimeUs % 1000000);
-    CXmlWriter tXml;
-    tXml.Open("wsse:Security").Attribute("xmlns:wsse", g_strSecurity).Attribute("xmlns:wsu", g_strUtility);
-    tXml.Attribute("s:mustUnderstand", "1").Open("wsse:UsernameToken").Add("wsse:Username", strUser);
-    tXml.Open("wsse:Password").Attribute("Type", g_strDigestType);
-    tXml.Text(PasswordDigest(strNonce, strTime, strPassword)).Close();
-    tXml.Open("wsse:Nonce").Attribute("EncodingType", g_strBase64Type).Text(Base64(strNonce)).Close();
-    tXml.Add("wsu:Created", strTime);
-    return tXml.Take();
+    std::string strXml;
+    strXml.reserve(1000);
+    strXml.append(g_strBeforeUser).append(Escaped(strUser));
+    strXml.append(g_strBeforeDigest).append(PasswordDigest(strNonce, strTime, strPassword));
+    strXml.append(g_strBeforeNonce).append(Base64(strNonce));
+    strXml.append(g_strBeforeTime).append(strTime).append(g_strEnd);
+    return strXml;
 }
 } // namespace onvif

@@ -322,29 +322,23 @@ std::string NumberText(double dNumber)
 
 std::string Escaped(std::string_view strText)
 {
+    constexpr auto fnIsPlain = [](char c)
+    {
+        const bool bHidden = static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\n' && c != '\r';
+        return !bHidden && c != '&' && c != '<' && c != '>' && c != '"';
+    };
     std::string strEscaped;
     strEscaped.reserve(strText.size());
-    for (const char c : strText)
+    while (!strText.empty())
     {
-        switch (c)
+        const auto nPlain = static_cast<std::size_t>(std::ranges::find_if_not(strText, fnIsPlain) - strText.begin());
+        strEscaped.append(strText.substr(0, nPlain));
+        strText.remove_prefix(nPlain);
+        if (!strText.empty())
         {
-        case '&':
-            strEscaped += "&amp;";
-            break;
-        case '<':
-            strEscaped += "&lt;";
-            break;
-        case '>':
-            strEscaped += "&gt;";
-            break;
-        case '"':
-            strEscaped += "&quot;";
-            break;
-        default:
-            if (static_cast<unsigned char>(c) >= ' ' || c == '\t' || c == '\n' || c == '\r')
-            {
-                strEscaped += c;
-            }
+            const char c = strText.front();
+            strEscaped += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : c == '"' ? "&quot;" : "";
+            strText.remove_prefix(1);
         }
     }
     return strEscaped;

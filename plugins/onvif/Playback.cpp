@@ -421,7 +421,7 @@ bool CPlayback::IsWanted(tagStreamMediaFrame const& tFrame) const
 {
     const bool bVideo = tFrame.dwMediaType == eMediaVideo;
     const bool bKeysOnly = m_dScale < 0 || (m_dwFlags & eHistoryKeyFramesOnly) != 0;
-    const bool bNoAudio = bKeysOnly || (m_dwFlags & eHistoryNoAudio) != 0;
+    const bool bNoAudio = bKeysOnly || m_bPaused || (m_dwFlags & eHistoryNoAudio) != 0; // a step is a picture
     const bool bKnown =
         m_llAfterUs != g_llNothingYet && tFrame.llWallClockUs != 0 && bVideo && tFrame.llWallClockUs <= m_llAfterUs;
     return bVideo ? !bKnown && (!bKeysOnly || (tFrame.dwFlags & eFrameKey) != 0)

@@ -15,3 +15,7 @@ list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
 add_test(NAME onvif_transport_test COMMAND ${Python3_EXECUTABLE} -B ${CMAKE_CURRENT_LIST_DIR}/transport_test.py)
 set_tests_properties(onvif_transport_test PROPERTIES TIMEOUT 400 COST 60 ENVIRONMENT
     "CALLS=${emulator} $<TARGET_FILE:onvif_calls>;LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/plugins")
+add_executable(onvif_events_test ${CMAKE_CURRENT_LIST_DIR}/events_test.cpp ${PROJECT_SOURCE_DIR}/plugins/onvif/Topics.cpp)
+target_link_libraries(onvif_events_test PRIVATE tessaro_onvif)
+use_googletest(onvif_events_test)
+add_test(NAME onvif_events_test COMMAND onvif_events_test)
