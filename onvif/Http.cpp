@@ -435,6 +435,9 @@ private:
         }
         if (tRequest.fnSent)
         {
+            // A long way is no reason to give up, a device that has stopped to take anything is.
+            curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+            curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_TIME, 300L);
             curl_easy_setopt(pHandle, CURLOPT_NOPROGRESS, 0L);
             curl_easy_setopt(pHandle, CURLOPT_XFERINFOFUNCTION, &OnProgress);
             curl_easy_setopt(pHandle, CURLOPT_XFERINFODATA, &tTransfer);

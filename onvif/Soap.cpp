@@ -76,6 +76,7 @@ constexpr std::pair<std::string_view, int> g_atRefusals[] = {
     {"ConfigurationConflict", eResultBusy},
     {"ServiceUnavailable", eResultBusy},
     {"Moving", eResultBusy},
+    {"MovingPTZ", eResultBusy},
     {"OutofMemory", eResultBusy},
     {"InvalidArgVal", eResultBadArgument},
     {"InvalidArgs", eResultBadArgument},

@@ -298,6 +298,7 @@ rtsp::CTask<> CSubscription::Run(std::shared_ptr<CSubscription> pSelf)
         }
         if (t.IsOver() || !t.m_pWatch->IsAlive())
         {
+            nFailures = 0; // what failed was the login
             continue;
         }
         int nResult = eResultOk;

@@ -106,6 +106,8 @@ constexpr tagBlock g_atBlocks[] = {
     Block<tagCameraPicture>(eConfigPicture),
     Block<tagConfigOverlay>(eConfigOverlay),
     Block<tagConfigPrivacy>(eConfigPrivacy),
+    Block<tagConfigAlarmInput>(eConfigAlarmInput),
+    Block<tagConfigAlarmOutput>(eConfigAlarmOutput),
     {eConfigMacAddress, &ReadMacAddress, nullptr},
 };
 

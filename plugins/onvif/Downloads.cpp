@@ -1,9 +1,12 @@
-// Recordings into files.
+// Files from the device: recordings, and what it makes of itself.
 
 #include "plugins/common/Text.h"
+#include "plugins/onvif/DeviceFile.h"
 #include "plugins/onvif/Fetch.h"
+#include "plugins/onvif/Maintenance.h"
 #include "plugins/onvif/Operations.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -27,9 +30,36 @@ int FindParts(CLogin& tLogin, tagFileDownloadPara const& t, std::vector<tagRecor
                : tRecordings.Find({uint64_t{1} << t.dwChannel, t.dwTypes, t.dwStreamKind, t.llStartUs, t.llEndUs},
                                   atParts);
 }
+
+// A file that the device makes of itself is fetched at once, as a whole.
+int OpenDeviceFile(void** phDownload, CLogin& tLogin, tagFileDownloadPara& t)
+{
+    const auto pEngine = Engine();
+    if (!pEngine)
+    {
+        return eResultNotStarted;
+    }
+    std::string strFile;
+    if (const int nResult = ReadDeviceFile(tLogin, static_cast<eFileKind>(t.dwKind), strFile))
+    {
+        return nResult;
+    }
+    const std::string strPath = plugin::Text(t.szPath);
+    std::FILE* const pOutput = strPath.empty() ? nullptr : std::fopen(strPath.c_str(), t.ullOffset ? "abe" : "wbe");
+    if (!strPath.empty() && !pOutput)
+    {
+        return eResultNoResources;
+    }
+    t.ullLength = strFile.size();
+    strFile.erase(0, static_cast<std::size_t>(std::min<uint64_t>(t.ullOffset, strFile.size())));
+    const auto pFile = std::make_shared<CDeviceFile>(tLogin.shared_from_this(), pEngine, std::move(strFile), pOutput);
+    *phDownload = Face().tHandles.Add(pFile);
+    pFile->m_hDownload = *phDownload;
+    return eResultOk;
+}
 } // namespace
 
-// Of all kinds of files, recordings alone can be had. How long the file will be isn't known beforehand.
+// How long a recording's file will be isn't known beforehand.
 int Serve(tagCall<&CClientProtocolBase::FileDownloadConnect>, void** phDownload, void* hLogin,
           tagFileDownloadPara* ptPara)
 {
@@ -44,7 +74,8 @@ int Serve(tagCall<&CClientProtocolBase::FileDownloadConnect>, void** phDownload,
                             }
                             if (t.dwKind != eFileRecording && t.dwKind != eFileAny)
                             {
-                                return eResultNotSupported;
+                                const int nResult = OpenDeviceFile(phDownload, tLogin, t);
+                                return nResult ? nResult : WriteRecord(ptPara, t);
                             }
                             std::vector<tagRecording> atParts;
                             if (const int nResult = FindParts(tLogin, t, atParts))
@@ -77,18 +108,18 @@ int Serve(tagCall<&CClientProtocolBase::FileDownloadConnect>, void** phDownload,
 
 int Serve(tagCall<&CClientProtocolBase::FileDownloadControl>, void* hDownload, eFileTransferControl eControl)
 {
-    return With<CFetch>(hDownload, [&](CFetch& t) { return t.Control(eControl); });
+    return With<CDownload>(hDownload, [&](CDownload& t) { return t.Control(eControl); });
 }
 
 int Serve(tagCall<&CClientProtocolBase::FileDownloadCB>, void* hDownload, FileDownloadCallback pfnData,
           unsigned long dwUser)
 {
-    return With<CFetch>(hDownload, [&](CFetch& t) { return t.SetCallback(pfnData, dwUser); });
+    return With<CDownload>(hDownload, [&](CDownload& t) { return t.SetCallback(pfnData, dwUser); });
 }
 
 int Serve(tagCall<&CClientProtocolBase::FileDownloadDisconnect>, void* hDownload)
 {
-    return CloseHandle<CFetch>(hDownload);
+    return CloseHandle<CDownload>(hDownload);
 }
 
 int Serve(tagCall<&CClientProtocolBase::GetFileHeader>, unsigned long dwType, char* pbyHeader, unsigned long* pdwLength)

@@ -26,7 +26,7 @@ bool IsSound(tagStreamMediaFrame const& t)
 
 CFetch::CFetch(std::shared_ptr<CLogin> pLogin, std::shared_ptr<rtsp::CEngine> pEngine,
                std::vector<tagStretch> atStretches, tagFileDownloadPara const& tPara)
-    : CObject(std::move(pLogin)), m_pEngine(std::move(pEngine)), m_pDelivery(std::make_shared<CDelivery>(m_pEngine)),
+    : CDownload(std::move(pLogin)), m_pEngine(std::move(pEngine)), m_pDelivery(std::make_shared<CDelivery>(m_pEngine)),
       m_atStretches(std::move(atStretches)), m_dwFormat(tPara.dwFormat), m_ullSkip(tPara.ullOffset)
 {
 }
@@ -176,7 +176,8 @@ void CFetch::TakeEnd(tagReplayEnd const& tEnd, unsigned long dwRun)
         return;
     }
     const bool bNear = m_llLastUs >= m_atStretches[m_iStretch].llEndUs - g_llNearUs;
-    if (tEnd.bDone || bNear)
+    // A device that starts again closes the connection like one that has nothing more.
+    if (bNear)
     {
         NextStretch();
     }

@@ -2,6 +2,7 @@
 
 #include "plugins/common/FileWriter.h"
 #include "plugins/onvif/Delivery.h"
+#include "plugins/onvif/Download.h"
 #include "plugins/onvif/Replay.h"
 
 #include "protocol/interface/Transfer.h"
@@ -18,7 +19,7 @@ namespace onvifclient
 /// Recordings on their way into a file: replayed as fast as they come, and packed here. Where the application is slower
 /// than the device, the device is told to pause. What is coded in another way than the first picture is left out:
 /// players take one codec a file.
-class CFetch final : public CObject, public std::enable_shared_from_this<CFetch>
+class CFetch final : public CDownload, public std::enable_shared_from_this<CFetch>
 {
 public:
     /// atStretches: not empty; tPara: dwFormat and ullOffset count.
@@ -30,9 +31,8 @@ public:
     bool OpenFile(std::string const& strPath);
     void Begin(void* hDownload) { m_hDownload = hDownload; }
     bool Close() override;
-    /// eResultBadArgument; eResultRefused: it is over.
-    int Control(eFileTransferControl eControl);
-    int SetCallback(FileDownloadCallback pfnData, unsigned long dwUser);
+    int Control(eFileTransferControl eControl) override;
+    int SetCallback(FileDownloadCallback pfnData, unsigned long dwUser) override;
 
 private:
     enum class eState : unsigned char

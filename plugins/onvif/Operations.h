@@ -69,6 +69,11 @@ OWN(GetIpcPara)
 OWN(SetChromaDefault)
 OWN(PTZControl)
 
+// Contacts.cpp: alarm inputs and outputs
+OWN(AlarmoutControl)
+OWN(AlarminStateGet)
+OWN(AlarmoutStateGet)
+
 // Maintenance.cpp, Upload.cpp: restart, log, files to the device
 OWN(DeviceControl)
 OWN(HistoryLogQueryConnect)

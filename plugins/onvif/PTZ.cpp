@@ -140,9 +140,10 @@ std::string SpeedText(tagNode const& tNode, int32_t nSpeed, char const* szElemen
 int CHead::Command(ePTZControlCmdCode eCommand, Para const& anPara, char const* szName)
 {
     const tagUse tUse = Used();
-    if (eCommand != ePTZFocus && eCommand != ePTZFocusOnce && !tUse.pNode)
+    if (!tUse.pNode && eCommand != ePTZFocus && eCommand != ePTZFocusOnce)
     {
-        return eResultNotSupported;
+        // A lens may move where the head can't.
+        return eCommand == ePTZStop && MovesFocus() ? StopFocus(tUse) : int{eResultNotSupported};
     }
     switch (eCommand)
     {
@@ -343,12 +344,11 @@ int CHead::StopPart(tagUse const& tUse, uint32_t dwAxes)
     const bool bPan = bAll || (dwAxes & ePTZAxisPan) != 0;
     const bool bTilt = bAll || (dwAxes & ePTZAxisTilt) != 0;
     const bool bZoom = bAll || (dwAxes & ePTZAxisZoom) != 0;
+    const bool bFocus = (dwAxes & ePTZAxisFocus) != 0 || (bAll && MovesFocus());
     tagMotion tHead;
-    bool bFocus = (dwAxes & ePTZAxisFocus) != 0;
     {
         const std::lock_guard tLock(m_tMutex);
         tHead = m_atMotions[eMotionHead];
-        bFocus = bFocus || (bAll && m_atMotions[eMotionFocus].nX != 0);
     }
     int nResult = eResultOk;
     const int64_t llLeftMs = LeftMs(tHead);
@@ -363,27 +363,42 @@ int CHead::StopPart(tagUse const& tUse, uint32_t dwAxes)
         }
         if (bZoom && nResult == eResultOk)
         {
-            nResult = Send("Stop", Body(tUse).Add("tptz:PanTilt", false).Add("tptz:Zoom", true));
-            Ended(eMotionZoom);
+            nResult = StopPart(tUse, ePTZAxisZoom);
         }
     }
     else if (bPan || bTilt || bZoom)
     {
         nResult = Send("Stop", Body(tUse).Add("tptz:PanTilt", bPan || bTilt).Add("tptz:Zoom", bZoom));
-        if (bPan || bTilt)
+        // One that failed is tried again when the movement's time is over.
+        if (nResult == eResultOk && (bPan || bTilt))
         {
             Ended(eMotionHead);
         }
-        if (bZoom)
+        if (nResult == eResultOk && bZoom)
         {
             Ended(eMotionZoom);
         }
     }
     if (bFocus)
     {
-        Ended(eMotionFocus);
-        const int nFocus = MoveFocus(*m_pClient, *tUse.pChannel, 0);
+        const int nFocus = StopFocus(tUse);
         nResult = nResult ? nResult : nFocus;
+    }
+    return nResult;
+}
+
+bool CHead::MovesFocus() const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return m_atMotions[eMotionFocus].nX != 0;
+}
+
+int CHead::StopFocus(tagUse const& tUse)
+{
+    const int nResult = MoveFocus(*m_pClient, *tUse.pChannel, 0);
+    if (nResult == eResultOk)
+    {
+        Ended(eMotionFocus);
     }
     return nResult;
 }
@@ -394,12 +409,7 @@ int CHead::Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds)
     {
         return eResultBadArgument;
     }
-    bool bMoving = false;
-    {
-        const std::lock_guard tLock(m_tMutex);
-        bMoving = m_atMotions[eMotionFocus].nX != 0;
-    }
-    int nResult = bMoving || nSpeed == 0 ? int{eResultOk} : SetAutoFocus(*m_pClient, *tUse.pChannel, false);
+    int nResult = MovesFocus() || nSpeed == 0 ? int{eResultOk} : SetAutoFocus(*m_pClient, *tUse.pChannel, false);
     nResult = nResult ? nResult : MoveFocus(*m_pClient, *tUse.pChannel, nSpeed);
     if (nResult == eResultOk && nSpeed != 0)
     {

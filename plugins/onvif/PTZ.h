@@ -72,6 +72,8 @@ private:
     static int64_t LeftMs(tagMotion const& tMotion);
     int Stop(tagUse const& tUse, uint32_t dwAxes);
     int StopPart(tagUse const& tUse, uint32_t dwAxes);
+    bool MovesFocus() const;
+    int StopFocus(tagUse const& tUse);
     int Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds);
     int Absolute(tagUse const& tUse, Para const& anTo);
     int Relative(tagUse const& tUse, Para const& anBy);

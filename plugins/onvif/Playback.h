@@ -5,6 +5,7 @@
 #include "plugins/onvif/Replay.h"
 
 #include <deque>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -48,6 +49,8 @@ public:
     int UnSync(std::shared_ptr<CPlayback> const& pOther);
 
 private:
+    static constexpr int64_t g_llNothingYet = std::numeric_limits<int64_t>::min();
+
     /// A frame that waits.
     struct tagHeld
     {
@@ -113,8 +116,9 @@ private:
     std::size_t m_nHeld = 0; ///< bytes of those
     bool m_bGiving = false;  ///< a callback is running
     bool m_bStretchEnded = false;
-    int64_t m_llLastUs;  ///< when what came last was recorded, or where to begin
-    int64_t m_llAfterUs; ///< what was recorded up to here has come already
+    int64_t m_llHeardUs = 0; ///< when the picture that the device has sent last was recorded
+    int64_t m_llLastUs;      ///< when what came last was recorded, or where to begin
+    int64_t m_llAfterUs;     ///< what was recorded up to here has come already
 
     // As the application sees them.
     bool m_bNewTime = false; ///< the next frame continues nothing

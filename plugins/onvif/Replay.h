@@ -27,8 +27,8 @@ int MakeStretches(CLogin const& tLogin, std::vector<tagRecording> const& atParts
 /// How a replay's stream has ended, as its last event tells. Nothing: it hasn't.
 struct tagReplayEnd
 {
-    bool bDone = false; ///< all of it has come
-    int nResult = 0;    ///< ePluginResult otherwise
+    bool bDone = false; ///< it was closed in order: all of it has come, or the device starts again
+    int nResult = 0;    ///< ePluginResult, where that is no end
 };
 std::optional<tagReplayEnd> ReplayEnd(unsigned long dwEvent, unsigned long dwWord2, unsigned long dwWord3);
 } // namespace onvifclient

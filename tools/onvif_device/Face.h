@@ -6,6 +6,7 @@
 #include "tools/onvif_device/Subscriptions.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -21,6 +22,20 @@ class CDevice;
 namespace onvif_device
 {
 class IRtspSide;
+
+/// One stop of a tour, and a tour of presets: see PtzTours.cpp.
+struct tagTourStop
+{
+    uint32_t dwPreset = 0;
+    uint32_t dwSeconds = 0;
+    uint32_t dwSpeed = 0; ///< ten-thousandths; 0: full
+};
+struct tagTour
+{
+    std::string strName;
+    std::vector<tagTourStop> atStops;
+    uint32_t dwRounds = 0; ///< 0: for ever
+};
 
 /// What one device is beside its model: how it misbehaves, who hears of its events, and which nonces it has seen.
 class CFace
@@ -43,6 +58,19 @@ public:
     CSubscriptions& Subscriptions() { return m_tSubscriptions; }
     CSearches& Searches() { return m_tSearches; }
     CDecoder& Decoder() { return m_tDecoder; }
+
+    /// The tours of a channel, by their numbers.
+    std::map<uint32_t, tagTour> Tours(uint32_t dwChannel) const
+    {
+        const std::lock_guard tLock(m_tMutex);
+        const auto it = m_tTours.find(dwChannel);
+        return it == m_tTours.end() ? std::map<uint32_t, tagTour>{} : it->second;
+    }
+    void SetTours(uint32_t dwChannel, std::map<uint32_t, tagTour> tTours)
+    {
+        const std::lock_guard tLock(m_tMutex);
+        m_tTours[dwChannel] = std::move(tTours);
+    }
 
     tagQuirks Quirks() const
     {
@@ -77,6 +105,7 @@ private:
     IRtspSide& m_tRtsp;
     mutable std::mutex m_tMutex;
     tagQuirks m_tQuirks;
+    std::map<uint32_t, std::map<uint32_t, tagTour>> m_tTours;
     std::set<std::pair<int64_t, std::string>> m_tNonces; // with their Created
     CSubscriptions m_tSubscriptions{*m_pDevice};
     CSearches m_tSearches;

@@ -67,11 +67,11 @@ void Require(int nResult, std::string const& strDetail)
     case eResultNotSupported:
         FailAction("ter:ActionNotSupported", "this device has no such function");
     case eResultBusy:
-        FailAction("ter:OperationProhibited", "a user of a higher level does something else");
+        FailAction("ter:MovingPTZ", "a user of a higher level does something else");
     case eResultDeviceFull:
-        FailAction("ter:MaxNumber", "there is no room left");
+        FailAction("ter:MaxRecordings", "there is no room left");
     case eResultRefused:
-        FailAction("ter:OperationProhibited", "it can't be done now");
+        FailAction({}, "it can't be done now");
     case eResultNoChannel:
     case eResultNotFound:
         FailValue(strDetail, "there is no such thing");

@@ -64,7 +64,8 @@ void WriteAudioEncoder(CCall& tCall, char const* szElement, tagStreamKey const& 
 struct tagPart
 {
     char const* szName;
-    bool (*pfnHas)(CCall&, tagStreamKey const&);
+    bool (*pfnExists)(CCall&, tagStreamKey const&); // the configuration itself
+    bool (*pfnHas)(CCall&, tagStreamKey const&);    // the profile has it
     void (*pfnWrite)(CCall&, char const* szElement, tagStreamKey const&);
 };
 
@@ -90,21 +91,26 @@ bool Sounds(CCall& tCall, tagStreamKey const& t)
     return HasAudio(tCall, t.dwChannel);
 }
 
-bool IsSounding(CCall& tCall, tagStreamKey const& t)
+template <bool bAudio>
+bool Encodes(CCall& tCall, tagStreamKey const& t)
 {
-    return tCall.Get<tagConfigAudioEncoder>(t.dwChannel, t.Kind()).bEnabled != 0;
+    return IsEncoding(tCall, t, bAudio);
+}
+
+bool Turns(CCall& tCall, tagStreamKey const& t)
+{
+    return Moves(tCall, t.dwChannel);
 }
 
 constexpr tagPart g_atParts[] = {
-    {"VideoSource", Always, OfChannel<WriteVideoSourceConfiguration>},
-    {"AudioSource", Sounds, OfChannel<WriteAudioSourceConfiguration>},
-    {"VideoEncoder", Always, WriteVideoEncoder},
-    {"AudioEncoder", IsSounding, WriteAudioEncoder},
-    {"PTZ", [](CCall& tCall, tagStreamKey const& t) { return Moves(tCall, t.dwChannel); },
-     OfChannel<WritePtzConfiguration>},
-    {"Metadata", Always, OfChannel<WriteMetadataConfiguration>},
-    {"AudioOutput", Always, OfDevice<WriteAudioOutputConfiguration>},
-    {"AudioDecoder", Always, OfDevice<WriteAudioDecoderConfiguration>},
+    {"VideoSource", Always, Always, OfChannel<WriteVideoSourceConfiguration>},
+    {"AudioSource", Sounds, Sounds, OfChannel<WriteAudioSourceConfiguration>},
+    {"VideoEncoder", Always, Encodes<false>, WriteVideoEncoder},
+    {"AudioEncoder", Sounds, Encodes<true>, WriteAudioEncoder},
+    {"PTZ", Turns, Turns, OfChannel<WritePtzConfiguration>},
+    {"Metadata", Always, Always, OfChannel<WriteMetadataConfiguration>},
+    {"AudioOutput", Always, Always, OfDevice<WriteAudioOutputConfiguration>},
+    {"AudioDecoder", Always, Always, OfDevice<WriteAudioDecoderConfiguration>},
 };
 
 bool IsTypeAsked(CCall& tCall, std::string_view strType)
@@ -175,7 +181,7 @@ void GetConfigurations(CCall& tCall)
     {
         const bool bOften =
             (t.dwStream != 0 && !bStreams && !bOne) || (bDevice && (t.dwChannel != 0 || t.dwStream != 0));
-        if (bOften || !tPart.pfnHas(tCall, t) ||
+        if (bOften || !tPart.pfnExists(tCall, t) ||
             (bOne && (t.dwChannel != tOne.dwChannel || t.dwStream != tOne.dwStream)))
         {
             continue;
@@ -287,6 +293,31 @@ void GetAudioDecoderConfigurationOptions(CCall& tCall)
     GetAudioEncoderConfigurationOptions(tCall);
 }
 
+// Adds encoders to a profile, or takes them from it.
+template <bool bOn>
+void ChangeConfigurations(CCall& tCall)
+{
+    const auto tLock = tCall.Lock();
+    const tagStreamKey tKey = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile");
+    for (const pugi::xml_node t : tCall.Request().children())
+    {
+        const std::string strKind = ChildText(t, "Type");
+        const std::string strToken = ChildText(t, "Token");
+        if (LocalName(t) != "Configuration")
+        {
+            continue;
+        }
+        if (!strToken.empty() && strToken != tKey.Of(strKind))
+        {
+            FailValue("ter:NoConfig", "the profile can't have this configuration");
+        }
+        if (!SetEncoding(tCall, tKey, strKind, bOn))
+        {
+            FailAction("ter:ConfigurationConflict", strKind + " belongs to the profile");
+        }
+    }
+}
+
 // --- streams ---------------------------------------------------------------------------------------------------------
 
 void GetStreamUri(CCall& tCall)
@@ -332,6 +363,10 @@ constexpr tagAction g_atActions[] = {
     {"GetVideoEncoderConfigurationOptions", eUserViewer, ONVIF_WHICH, GetVideoEncoderConfigurationOptions},
     {"GetAudioEncoderConfigurationOptions", eUserViewer, ONVIF_WHICH, GetAudioEncoderConfigurationOptions},
     {"GetAudioDecoderConfigurationOptions", eUserViewer, ONVIF_WHICH, GetAudioDecoderConfigurationOptions},
+    {"AddConfiguration", eUserAdministrator, "ProfileToken Name? Configuration{tr2:Type tr2:Token?}*",
+     ChangeConfigurations<true>},
+    {"RemoveConfiguration", eUserAdministrator, "ProfileToken Configuration{tr2:Type tr2:Token?}+",
+     ChangeConfigurations<false>},
     {"GetStreamUri", eUserViewer, "Protocol ProfileToken", GetStreamUri},
     {"GetSnapshotUri", eUserViewer, "ProfileToken", GetSnapshotUri},
     {"SetSynchronizationPoint", eUserViewer, "ProfileToken", SetSynchronizationPoint},

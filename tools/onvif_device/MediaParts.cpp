@@ -1,4 +1,5 @@
 #include "tools/onvif_device/MediaParts.h"
+#include "tools/onvif_device/PtzParts.h"
 
 #include "plugins/device/ClipSizes.h"
 
@@ -36,6 +37,31 @@ bool Moves(CCall& tCall, uint32_t dwChannel)
 bool HasAudio(CCall& tCall, uint32_t dwChannel)
 {
     return tCall.Device().Spec().atChannels[dwChannel].bAudio;
+}
+
+bool IsEncoding(CCall& tCall, tagStreamKey const& tKey, bool bAudio)
+{
+    return bAudio ? tCall.Get<tagConfigAudioEncoder>(tKey.dwChannel, tKey.Kind()).bEnabled != 0
+                  : tCall.Get<tagConfigVideoEncoder>(tKey.dwChannel, tKey.Kind()).bEnabled != 0;
+}
+
+bool SetEncoding(CCall& tCall, tagStreamKey const& tKey, std::string_view strKind, bool bOn)
+{
+    if (strKind == "AudioEncoder")
+    {
+        auto t = tCall.Get<tagConfigAudioEncoder>(tKey.dwChannel, tKey.Kind());
+        t.bEnabled = bOn ? 1 : 0;
+        tCall.Set(eConfigAudioEncoder, t, tKey.dwChannel, tKey.Kind());
+        return true;
+    }
+    if (strKind == "VideoEncoder")
+    {
+        auto t = tCall.Get<tagConfigVideoEncoder>(tKey.dwChannel, tKey.Kind());
+        t.bEnabled = bOn ? 1 : 0;
+        tCall.Set(eConfigVideoEncoder, t, tKey.dwChannel, tKey.Kind());
+        return true;
+    }
+    return false;
 }
 
 void WriteVideoSourceConfiguration(CCall& tCall, char const* szElement, uint32_t dwChannel)
@@ -106,7 +132,6 @@ void WriteAudioDecoderConfiguration(CCall& tCall, char const* szElement)
 void WritePtzConfiguration(CCall& tCall, char const* szElement, uint32_t dwChannel)
 {
     CXml& tXml = tCall.Xml();
-    const std::string strSpaces = "http://www.onvif.org/ver10/tptz/";
     const auto fnLimits = [&](char const* szName, char const* szSpace, bool bTilt)
     {
         tXml.In(szName,
@@ -115,7 +140,7 @@ void WritePtzConfiguration(CCall& tCall, char const* szElement, uint32_t dwChann
                     tXml.In("tt:Range",
                             [&]
                             {
-                                tXml.Put("tt:URI", strSpaces + szSpace);
+                                tXml.Put("tt:URI", GenericSpace(szSpace));
                                 tXml.Range("tt:XRange", bTilt ? -1.0 : 0.0, 1.0);
                                 if (bTilt)
                                 {
@@ -130,19 +155,21 @@ void WritePtzConfiguration(CCall& tCall, char const* szElement, uint32_t dwChann
         {
             tXml.Put("tt:Name", "Head " + std::to_string(dwChannel)).Put("tt:UseCount", 2);
             tXml.Put("tt:NodeToken", Token("PTZNode", {dwChannel}));
-            tXml.Put("tt:DefaultAbsolutePantTiltPositionSpace", strSpaces + "PanTiltSpaces/PositionGenericSpace");
-            tXml.Put("tt:DefaultAbsoluteZoomPositionSpace", strSpaces + "ZoomSpaces/PositionGenericSpace");
-            tXml.Put("tt:DefaultRelativePanTiltTranslationSpace", strSpaces + "PanTiltSpaces/TranslationGenericSpace");
-            tXml.Put("tt:DefaultRelativeZoomTranslationSpace", strSpaces + "ZoomSpaces/TranslationGenericSpace");
-            tXml.Put("tt:DefaultContinuousPanTiltVelocitySpace", strSpaces + "PanTiltSpaces/VelocityGenericSpace");
-            tXml.Put("tt:DefaultContinuousZoomVelocitySpace", strSpaces + "ZoomSpaces/VelocityGenericSpace");
+            tXml.Put("tt:DefaultAbsolutePantTiltPositionSpace", GenericSpace("PanTiltSpaces/PositionGenericSpace"));
+            tXml.Put("tt:DefaultAbsoluteZoomPositionSpace", GenericSpace("ZoomSpaces/PositionGenericSpace"));
+            tXml.Put("tt:DefaultRelativePanTiltTranslationSpace",
+                     GenericSpace("PanTiltSpaces/TranslationGenericSpace"));
+            tXml.Put("tt:DefaultRelativeZoomTranslationSpace", GenericSpace("ZoomSpaces/TranslationGenericSpace"));
+            tXml.Put("tt:DefaultContinuousPanTiltVelocitySpace", GenericSpace("PanTiltSpaces/VelocityGenericSpace"));
+            tXml.Put("tt:DefaultContinuousZoomVelocitySpace", GenericSpace("ZoomSpaces/VelocityGenericSpace"));
             tXml.In(
                 "tt:DefaultPTZSpeed",
                 [&]
                 {
-                    tXml.Empty("tt:PanTilt",
-                               {{"x", "1.0"}, {"y", "1.0"}, {"space", strSpaces + "PanTiltSpaces/GenericSpeedSpace"}});
-                    tXml.Empty("tt:Zoom", {{"x", "1.0"}, {"space", strSpaces + "ZoomSpaces/ZoomGenericSpeedSpace"}});
+                    tXml.Empty(
+                        "tt:PanTilt",
+                        {{"x", "1.0"}, {"y", "1.0"}, {"space", GenericSpace("PanTiltSpaces/GenericSpeedSpace")}});
+                    tXml.Empty("tt:Zoom", {{"x", "1.0"}, {"space", GenericSpace("ZoomSpaces/ZoomGenericSpeedSpace")}});
                 });
             tXml.Put("tt:DefaultPTZTimeout", "PT5S");
             fnLimits("tt:PanTiltLimits", "PanTiltSpaces/PositionGenericSpace", true);

@@ -36,6 +36,11 @@ void WriteAudioDecoderConfiguration(CCall& tCall, char const* szElement);
 void WriteMulticast(CXml& tXml);
 void WritePtzConfiguration(CCall& tCall, char const* szElement, uint32_t dwChannel);
 
+/// Whether a stream of this kind ("VideoEncoder", "AudioEncoder") is on, which is what having the configuration means;
+/// and turns it on or off. False: there is no such kind.
+bool IsEncoding(CCall& tCall, tagStreamKey const& tKey, bool bAudio);
+bool SetEncoding(CCall& tCall, tagStreamKey const& tKey, std::string_view strKind, bool bOn);
+
 /// A record with what the request's Configuration says of rate, bits, quality and so on, common to both.
 void ReadVideoEncoder(CCall& tCall, tagConfigVideoEncoder& tVideo);
 void ReadAudioEncoder(CCall& tCall, tagConfigAudioEncoder& tAudio);

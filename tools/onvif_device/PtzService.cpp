@@ -1,32 +1,14 @@
 // The PTZ service. Its generic spaces are the device's ten-thousandths, divided by as much.
 
 #include "tools/onvif_device/MediaParts.h"
+#include "tools/onvif_device/PtzParts.h"
 
 #include <cmath>
 
 namespace onvif_device
 {
-namespace
-{
 using device::CPTZ;
-using device::Text;
 
-constexpr double g_fWhole = 10000;
-constexpr char const* g_szSpaces = "http://www.onvif.org/ver10/tptz/";
-constexpr uint32_t g_dwLongestMoveMs = 60000;
-
-struct tagAuxiliaryName
-{
-    ePTZAuxiliaryKind eKind;
-    char const* szName;
-};
-constexpr tagAuxiliaryName g_atAuxiliaries[] = {{ePTZWiper, "Wiper"},
-                                                {ePTZWasher, "Washer"},
-                                                {ePTZLight, "WhiteLight"},
-                                                {ePTZInfrared, "IRLamp"},
-                                                {ePTZHeater, "Heater"}};
-
-// The channel of a profile that moves; throws.
 uint32_t HeadAt(CCall& tCall)
 {
     const uint32_t dwChannel = StreamAt(tCall, {"ProfileToken"}, "Profile", "ter:NoProfile").dwChannel;
@@ -37,13 +19,20 @@ uint32_t HeadAt(CCall& tCall)
     return dwChannel;
 }
 
-void Command(CCall& tCall, uint32_t dwChannel, ePTZControlCmdCode eCommand, std::array<int32_t, 4> const& anPara,
-             std::string const& strDetail = "ter:NoEntity")
+void CommandHead(CCall& tCall, uint32_t dwChannel, ePTZControlCmdCode eCommand, std::array<int32_t, 4> const& anPara,
+                 std::string const& strDetail)
 {
     const auto fnWord = [&](std::size_t i) { return static_cast<unsigned long>(static_cast<long>(anPara[i])); };
     Require(tCall.Part<CPTZ>().Command(tCall.Caller(), dwChannel, eCommand, fnWord(0), fnWord(1), fnWord(2), fnWord(3)),
             strDetail);
 }
+
+namespace
+{
+using device::Text;
+
+constexpr double g_fWhole = 10000;
+constexpr uint32_t g_dwLongestMoveMs = 60000;
 
 // A coordinate as the device has it. Throws when it is out of its range, or of a space that the device lacks.
 int32_t Coordinate(CCall& tCall, CCall::Path astrPath, char const* szName, double fLeast, double fMost, double fElse)
@@ -59,7 +48,8 @@ int32_t Coordinate(CCall& tCall, CCall::Path astrPath, char const* szName, doubl
         FailValue("ter:InvalidPosition", std::string(szName) + " is out of its range");
     }
     const std::string_view strSpace = tNode.attribute("space").value();
-    if (!strSpace.empty() && (!strSpace.starts_with(g_szSpaces) || strSpace.find("Generic") == std::string_view::npos))
+    if (!strSpace.empty() &&
+        (!strSpace.starts_with(GenericSpace({})) || strSpace.find("Generic") == std::string_view::npos))
     {
         FailValue("ter:SpaceNotSupported", "there are the generic spaces alone");
     }
@@ -93,11 +83,11 @@ void ContinuousMove(CCall& tCall)
                                            Coordinate(tCall, {"Velocity", "Zoom"}, "x", -1, 1, 0), std::max(nForMs, 1)};
     if (tCall.Has({"Velocity", "PanTilt"}))
     {
-        Command(tCall, dwChannel, ePTZMove, anPara);
+        CommandHead(tCall, dwChannel, ePTZMove, anPara);
     }
     else
     {
-        Command(tCall, dwChannel, ePTZZoom, {anPara[2], 0, 0, anPara[3]});
+        CommandHead(tCall, dwChannel, ePTZZoom, {anPara[2], 0, 0, anPara[3]});
     }
 }
 
@@ -106,19 +96,19 @@ void AbsoluteMove(CCall& tCall)
     const auto tLock = tCall.Lock();
     const uint32_t dwChannel = HeadAt(tCall);
     const tagPTZPosition tHere = tCall.Part<CPTZ>().Position(dwChannel);
-    Command(tCall, dwChannel, ePTZAbsolute,
-            {Coordinate(tCall, {"Position", "PanTilt"}, "x", -1, 1, tHere.nPan),
-             Coordinate(tCall, {"Position", "PanTilt"}, "y", -1, 1, tHere.nTilt),
-             Coordinate(tCall, {"Position", "Zoom"}, "x", 0, 1, tHere.nZoom), Speed(tCall)});
+    CommandHead(tCall, dwChannel, ePTZAbsolute,
+                {Coordinate(tCall, {"Position", "PanTilt"}, "x", -1, 1, tHere.nPan),
+                 Coordinate(tCall, {"Position", "PanTilt"}, "y", -1, 1, tHere.nTilt),
+                 Coordinate(tCall, {"Position", "Zoom"}, "x", 0, 1, tHere.nZoom), Speed(tCall)});
 }
 
 void RelativeMove(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZRelative,
-            {Coordinate(tCall, {"Translation", "PanTilt"}, "x", -2, 2, 0),
-             Coordinate(tCall, {"Translation", "PanTilt"}, "y", -2, 2, 0),
-             Coordinate(tCall, {"Translation", "Zoom"}, "x", -1, 1, 0), Speed(tCall)});
+    CommandHead(tCall, HeadAt(tCall), ePTZRelative,
+                {Coordinate(tCall, {"Translation", "PanTilt"}, "x", -2, 2, 0),
+                 Coordinate(tCall, {"Translation", "PanTilt"}, "y", -2, 2, 0),
+                 Coordinate(tCall, {"Translation", "Zoom"}, "x", -1, 1, 0), Speed(tCall)});
 }
 
 void Stop(CCall& tCall)
@@ -131,7 +121,7 @@ void Stop(CCall& tCall)
     const uint32_t dwChannel = HeadAt(tCall);
     if (nAxes != 0)
     {
-        Command(tCall, dwChannel, ePTZStop, {nAxes, 0, 0, 0});
+        CommandHead(tCall, dwChannel, ePTZStop, {nAxes, 0, 0, 0});
     }
 }
 
@@ -146,13 +136,11 @@ void GetStatus(CCall& tCall)
                 tXml.In("tt:Position",
                         [&]
                         {
-                            tXml.Empty("tt:PanTilt",
-                                       {{"x", CXml::Number(t.nPan / g_fWhole)},
-                                        {"y", CXml::Number(t.nTilt / g_fWhole)},
-                                        {"space", std::string(g_szSpaces) + "PanTiltSpaces/PositionGenericSpace"}});
-                            tXml.Empty("tt:Zoom",
-                                       {{"x", CXml::Number(t.nZoom / g_fWhole)},
-                                        {"space", std::string(g_szSpaces) + "ZoomSpaces/PositionGenericSpace"}});
+                            tXml.Empty("tt:PanTilt", {{"x", CXml::Number(t.nPan / g_fWhole)},
+                                                      {"y", CXml::Number(t.nTilt / g_fWhole)},
+                                                      {"space", GenericSpace("PanTiltSpaces/PositionGenericSpace")}});
+                            tXml.Empty("tt:Zoom", {{"x", CXml::Number(t.nZoom / g_fWhole)},
+                                                   {"space", GenericSpace("ZoomSpaces/PositionGenericSpace")}});
                         });
                 if (!tCall.Quirks().bSparse)
                 {
@@ -225,27 +213,27 @@ void SetPreset(CCall& tCall)
 void GotoPreset(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZPresetCall,
-            {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), Speed(tCall), 0, 0}, "ter:NoToken");
+    CommandHead(tCall, HeadAt(tCall), ePTZPresetCall,
+                {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), Speed(tCall), 0, 0}, "ter:NoToken");
 }
 
 void RemovePreset(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZPresetRemove, {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), 0, 0, 0},
-            "ter:NoToken");
+    CommandHead(tCall, HeadAt(tCall), ePTZPresetRemove,
+                {static_cast<int32_t>(PresetAt(tCall, {"PresetToken"})), 0, 0, 0}, "ter:NoToken");
 }
 
 void GotoHomePosition(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZHomeCall, {Speed(tCall), 0, 0, 0});
+    CommandHead(tCall, HeadAt(tCall), ePTZHomeCall, {Speed(tCall), 0, 0, 0});
 }
 
 void SetHomePosition(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    Command(tCall, HeadAt(tCall), ePTZHomeSet, {});
+    CommandHead(tCall, HeadAt(tCall), ePTZHomeSet, {});
 }
 
 // tt:Wiper|On
@@ -259,7 +247,7 @@ void SendAuxiliaryCommand(CCall& tCall)
         const std::string strBegin = std::string("tt:") + t.szName + '|';
         if (strData == strBegin + "On" || strData == strBegin + "Off")
         {
-            Command(tCall, dwChannel, ePTZAuxiliary, {t.eKind, strData.ends_with("On") ? 1 : 0, 0, 0});
+            CommandHead(tCall, dwChannel, ePTZAuxiliary, {t.eKind, strData.ends_with("On") ? 1 : 0, 0, 0});
             tCall.Xml().Put("tptz:AuxiliaryResponse", strData);
             return;
         }
@@ -267,136 +255,9 @@ void SendAuxiliaryCommand(CCall& tCall)
     FailValue("ter:InvalidAuxiliaryData", "there is no such command");
 }
 
-// --- nodes and configurations ----------------------------------------------------------------------------------------
-
-void WriteSpace(CXml& tXml, char const* szElement, char const* szSpace, bool bTwo, double fLeast)
-{
-    tXml.In(szElement,
-            [&]
-            {
-                tXml.Put("tt:URI", std::string(g_szSpaces) + szSpace);
-                tXml.Range("tt:XRange", fLeast, 1.0);
-                if (bTwo)
-                {
-                    tXml.Range("tt:YRange", fLeast, 1.0);
-                }
-            });
-}
-
-void WriteSpaces(CXml& tXml, char const* szElement)
-{
-    tXml.In(szElement,
-            [&]
-            {
-                WriteSpace(tXml, "tt:AbsolutePanTiltPositionSpace", "PanTiltSpaces/PositionGenericSpace", true, -1);
-                WriteSpace(tXml, "tt:AbsoluteZoomPositionSpace", "ZoomSpaces/PositionGenericSpace", false, 0);
-                WriteSpace(tXml, "tt:RelativePanTiltTranslationSpace", "PanTiltSpaces/TranslationGenericSpace", true,
-                           -1);
-                WriteSpace(tXml, "tt:RelativeZoomTranslationSpace", "ZoomSpaces/TranslationGenericSpace", false, -1);
-                WriteSpace(tXml, "tt:ContinuousPanTiltVelocitySpace", "PanTiltSpaces/VelocityGenericSpace", true, -1);
-                WriteSpace(tXml, "tt:ContinuousZoomVelocitySpace", "ZoomSpaces/VelocityGenericSpace", false, -1);
-                WriteSpace(tXml, "tt:PanTiltSpeedSpace", "PanTiltSpaces/GenericSpeedSpace", false, 0);
-                WriteSpace(tXml, "tt:ZoomSpeedSpace", "ZoomSpaces/ZoomGenericSpeedSpace", false, 0);
-            });
-}
-
-void WriteNode(CCall& tCall, uint32_t dwChannel)
-{
-    CXml& tXml = tCall.Xml();
-    const tagPTZAbility tAbility = tCall.Part<CPTZ>().Ability(dwChannel);
-    tXml.In("tptz:PTZNode", {{"token", Token("PTZNode", {dwChannel})}, {"FixedHomePosition", "false"}},
-            [&]
-            {
-                tXml.Put("tt:Name", "Head " + std::to_string(dwChannel));
-                WriteSpaces(tXml, "tt:SupportedPTZSpaces");
-                tXml.Put("tt:MaximumNumberOfPresets", tAbility.dwPresets).Put("tt:HomeSupported", true);
-                for (tagAuxiliaryName const& t : g_atAuxiliaries)
-                {
-                    tXml.Put("tt:AuxiliaryCommands", std::string("tt:") + t.szName + "|On");
-                    tXml.Put("tt:AuxiliaryCommands", std::string("tt:") + t.szName + "|Off");
-                }
-                tXml.In("tt:Extension",
-                        [&]
-                        {
-                            tXml.In("tt:SupportedPresetTour",
-                                    [&]
-                                    {
-                                        tXml.Put("tt:MaximumNumberOfPresetTours", tAbility.dwTours);
-                                        tXml.Put("tt:PTZPresetTourOperation", "Start");
-                                        tXml.Put("tt:PTZPresetTourOperation", "Stop");
-                                    });
-                        });
-            });
-}
-
-void GetNodes(CCall& tCall)
-{
-    const auto tLock = tCall.Lock();
-    for (uint32_t i = 0; i < tCall.Device().Channels(); ++i)
-    {
-        if (Moves(tCall, i))
-        {
-            WriteNode(tCall, i);
-        }
-    }
-}
-
-// The channel of a token; throws when it doesn't move.
-uint32_t MovingAt(CCall& tCall, char const* szElement, char const* szKind)
-{
-    const uint32_t dwChannel = tCall.Index({szElement}, szKind, tCall.Device().Channels());
-    if (!Moves(tCall, dwChannel))
-    {
-        FailValue("ter:NoEntity", "there is nothing of this token");
-    }
-    return dwChannel;
-}
-
-void GetNode(CCall& tCall)
-{
-    const auto tLock = tCall.Lock();
-    WriteNode(tCall, MovingAt(tCall, "NodeToken", "PTZNode"));
-}
-
-void GetConfigurations(CCall& tCall)
-{
-    const auto tLock = tCall.Lock();
-    for (uint32_t i = 0; i < tCall.Device().Channels(); ++i)
-    {
-        if (Moves(tCall, i))
-        {
-            WritePtzConfiguration(tCall, "tptz:PTZConfiguration", i);
-        }
-    }
-}
-
-void GetConfiguration(CCall& tCall)
-{
-    const auto tLock = tCall.Lock();
-    WritePtzConfiguration(tCall, "tptz:PTZConfiguration", MovingAt(tCall, "PTZConfigurationToken", "PTZConfig"));
-}
-
-void GetConfigurationOptions(CCall& tCall)
-{
-    const auto tLock = tCall.Lock();
-    MovingAt(tCall, "ConfigurationToken", "PTZConfig");
-    CXml& tXml = tCall.Xml();
-    tXml.In("tptz:PTZConfigurationOptions",
-            [&]
-            {
-                WriteSpaces(tXml, "tt:Spaces");
-                tXml.In("tt:PTZTimeout", [&] { tXml.Put("tt:Min", "PT0.001S").Put("tt:Max", "PT60S"); });
-            });
-}
-
 #define ONVIF_SPEED "Speed{PanTilt[x y]? Zoom[x]?}?"
 constexpr tagAction g_atActions[] = {
     {"GetServiceCapabilities", 0, "", ServeCapabilities<eService::Ptz>},
-    {"GetNodes", eUserViewer, "", GetNodes},
-    {"GetNode", eUserViewer, "NodeToken", GetNode},
-    {"GetConfigurations", eUserViewer, "", GetConfigurations},
-    {"GetConfiguration", eUserViewer, "PTZConfigurationToken", GetConfiguration},
-    {"GetConfigurationOptions", eUserViewer, "ConfigurationToken", GetConfigurationOptions},
     {"ContinuousMove", eUserOperator, "ProfileToken Velocity{PanTilt[x y]? Zoom[x]?} Timeout?", ContinuousMove},
     {"AbsoluteMove", eUserOperator, "ProfileToken Position{PanTilt[x y]? Zoom[x]?} " ONVIF_SPEED, AbsoluteMove},
     {"RelativeMove", eUserOperator, "ProfileToken Translation{PanTilt[x y]? Zoom[x]?} " ONVIF_SPEED, RelativeMove},
@@ -408,6 +269,12 @@ constexpr tagAction g_atActions[] = {
     {"RemovePreset", eUserOperator, "ProfileToken PresetToken", RemovePreset},
     {"GotoHomePosition", eUserOperator, "ProfileToken " ONVIF_SPEED, GotoHomePosition},
     {"SetHomePosition", eUserOperator, "ProfileToken", SetHomePosition},
+    {"GetPresetTours", eUserViewer, "ProfileToken", GetPresetTours},
+    {"GetPresetTour", eUserViewer, "ProfileToken PresetTourToken", GetPresetTour},
+    {"CreatePresetTour", eUserOperator, "ProfileToken", CreatePresetTour},
+    {"ModifyPresetTour", eUserOperator, "ProfileToken " ONVIF_TOUR, ModifyPresetTour},
+    {"OperatePresetTour", eUserOperator, "ProfileToken PresetTourToken Operation", OperatePresetTour},
+    {"RemovePresetTour", eUserOperator, "ProfileToken PresetTourToken", RemovePresetTour},
     {"SendAuxiliaryCommand", eUserOperator, "ProfileToken AuxiliaryData", SendAuxiliaryCommand},
 };
 } // namespace

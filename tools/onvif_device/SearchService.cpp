@@ -257,12 +257,77 @@ void GetRecordingInformation(CCall& tCall)
     WriteRecordingInformation(tCall, "tse:RecordingInformation", RecordingAt(tCall, {"RecordingToken"}));
 }
 
+// How the stretch that holds a time was coded.
+void WriteMediaAttributes(CXml& tXml, device::tagRecording const& t)
+{
+    const auto fnTrack = [&](char const* szType, char const* szElement, auto fnInside)
+    {
+        tXml.In("tt:TrackAttributes",
+                [&]
+                {
+                    tXml.In("tt:TrackInformation",
+                            [&]
+                            {
+                                tXml.Put("tt:TrackToken", szType).Put("tt:TrackType", szType);
+                                tXml.Put("tt:Description", "").Put("tt:DataFrom", DateTime(t.llStartUs));
+                                tXml.Put("tt:DataTo", DateTime(t.llEndUs));
+                            });
+                    tXml.In(szElement, fnInside);
+                });
+    };
+    tXml.In("tse:MediaAttributes",
+            [&]
+            {
+                tXml.Put("tt:RecordingToken", Token("Recording", {t.dwChannel}));
+                fnTrack("Video", "tt:VideoAttributes",
+                        [&]
+                        {
+                            tXml.Put("tt:Bitrate", t.tVideo.dwBitRate).Put("tt:Width", t.tVideo.dwWidth);
+                            tXml.Put("tt:Height", t.tVideo.dwHeight);
+                            tXml.Put("tt:Encoding", t.tVideo.dwCodec == eCodecH265 ? "H265" : "H264");
+                            tXml.Put("tt:Framerate", t.tVideo.dwFrameRate / 1000.0);
+                        });
+                if (t.tAudio.bEnabled)
+                {
+                    fnTrack("Audio", "tt:AudioAttributes",
+                            [&] { tXml.Put("tt:Bitrate", 64).Put("tt:Encoding", "G711").Put("tt:Samplerate", 8); });
+                }
+                tXml.Put("tt:From", DateTime(t.llStartUs)).Put("tt:Until", DateTime(t.llEndUs));
+            });
+}
+
+void GetMediaAttributes(CCall& tCall)
+{
+    const int64_t llTimeUs = tCall.TimeUs({"Time"}, 0);
+    for (const pugi::xml_node tNode : tCall.Request().children())
+    {
+        uint32_t dwChannel = 0;
+        if (LocalName(tNode) != "RecordingTokens")
+        {
+            continue;
+        }
+        if (!ParseToken(TextOf(tNode), "Recording", {&dwChannel}) || dwChannel >= tCall.Device().Channels())
+        {
+            FailValue("ter:NoRecording", "there is no recording " + TextOf(tNode));
+        }
+        for (device::tagRecording const& t : StretchesOf(tCall, dwChannel))
+        {
+            if (t.llStartUs <= llTimeUs && (llTimeUs < t.llEndUs || t.bRecording))
+            {
+                WriteMediaAttributes(tCall.Xml(), t);
+                break;
+            }
+        }
+    }
+}
+
 #define ONVIF_SCOPE                                                                                                    \
     "Scope{IncludedSources{Type? Token}* IncludedRecordings* RecordingInformationFilter? Extension{...}?}"
 constexpr tagAction g_atActions[] = {
     {"GetServiceCapabilities", 0, "", ServeCapabilities<eService::Search>},
     {"GetRecordingSummary", eUserViewer, "", GetRecordingSummary},
     {"GetRecordingInformation", eUserViewer, "RecordingToken", GetRecordingInformation},
+    {"GetMediaAttributes", eUserViewer, "RecordingTokens* Time", GetMediaAttributes},
     {"FindRecordings", eUserViewer, ONVIF_SCOPE " MaxMatches? KeepAliveTime", FindRecordings},
     {"GetRecordingSearchResults", eUserViewer, "SearchToken MinResults? MaxResults? WaitTime?",
      GetRecordingSearchResults},

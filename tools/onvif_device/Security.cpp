@@ -56,10 +56,12 @@ void CheckUser(CFace& tFace, tagExchange& tExchange, std::string const& strUser,
     uint32_t dwLevel = 0;
     device::CUsers& tUsers = tDevice.Part<device::CUsers>();
     tExchange.tCaller.strUser = strUser;
-    if (tUsers.Check(strUser, fnIsRight, dwLevel) != eResultOk)
+    const int nResult = tUsers.Check(strUser, fnIsRight, dwLevel);
+    if (nResult != eResultOk)
     {
         tDevice.Raise(eEventUserLogin, tUsers.Level(strUser), 2, &tExchange.tCaller);
-        FailNotAuthorized("the sender is not authorized");
+        throw CFault(eBlame::Sender, "ter:NotAuthorized", nResult == eResultLocked ? "ter:AccountLocked" : "",
+                     nResult == eResultLocked ? "the account is locked" : "the sender is not authorized");
     }
     tExchange.tCaller.dwLevel = dwLevel;
 }

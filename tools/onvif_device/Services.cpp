@@ -67,8 +67,10 @@ std::map<std::string, tagEntry, std::less<>> MakeIndex()
     fnAdd(eService::Device, DeviceNetworkActions());
     fnAdd(eService::Device, DeviceSystemActions());
     fnAdd(eService::Media, MediaActions());
+    fnAdd(eService::Media, MediaEncoderActions());
     fnAdd(eService::Media2, Media2Actions());
     fnAdd(eService::Ptz, PtzActions());
+    fnAdd(eService::Ptz, PtzNodeActions());
     fnAdd(eService::Imaging, ImagingActions());
     fnAdd(eService::Events, EventActions());
     fnAdd(eService::DeviceIo, DeviceIoActions());

@@ -167,6 +167,23 @@ void SetSystemFactoryDefault(CCall& tCall)
     Control(tCall, tCall.Word({"FactoryDefault"}, {"Soft", "Hard"}) ? eDeviceFactoryReset : eDeviceFactoryDefault);
 }
 
+// --- disks -----------------------------------------------------------------------------------------------------------
+
+void GetStorageConfigurations(CCall& tCall)
+{
+    const auto tLock = tCall.Lock();
+    const tagConfigStorage tStorage = tCall.Part<device::CStorage>().Disks();
+    for (uint32_t i = 0; i < tStorage.dwCount; ++i)
+    {
+        tCall.Xml().In("tds:StorageConfigurations", {{"token", Token("Disk", {i})}},
+                       [&]
+                       {
+                           tCall.Xml().In("tds:Data", {{"type", "LocalStorage"}},
+                                          [&] { tCall.Xml().Put("tds:LocalPath", Text(tStorage.atDisks[i].szName)); });
+                       });
+    }
+}
+
 // --- files -----------------------------------------------------------------------------------------------------------
 
 std::string FileText(CCall& tCall, uint32_t dwKind)
@@ -214,6 +231,7 @@ constexpr tagAction g_atActions[] = {
     {"CreateUsers", eUserAdministrator, "User{Username Password? UserLevel ...}+", CreateUsers},
     {"SetUser", eUserAdministrator, "User{Username Password? UserLevel ...}+", SetUser},
     {"DeleteUsers", eUserAdministrator, "Username+", DeleteUsers},
+    {"GetStorageConfigurations", eUserAdministrator, "", GetStorageConfigurations},
     {"SystemReboot", eUserAdministrator, "", SystemReboot},
     {"SetSystemFactoryDefault", eUserAdministrator, "FactoryDefault", SetSystemFactoryDefault},
     {"GetSystemLog", eUserAdministrator, "LogType", GetSystemLog},
