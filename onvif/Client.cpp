@@ -108,6 +108,11 @@ CClient::CClient(CHttp& tHttp, tagClientOptions tOptions)
 {
 }
 
+CClient::~CClient()
+{
+    m_tHttp.End(m_pGroup, eResultBadHandle); // and its connections
+}
+
 // --- doors for any thread --------------------------------------------------------------------------------------------
 
 int CClient::Login()

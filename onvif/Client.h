@@ -58,6 +58,7 @@ class CClient : public std::enable_shared_from_this<CClient>
 {
 public:
     CClient(CHttp& tHttp, tagClientOptions tOptions);
+    ~CClient();
     CClient(CClient const&) = delete;
     CClient& operator=(CClient const&) = delete;
 

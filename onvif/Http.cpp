@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <csignal>
 #include <curl/curl.h>
 #include <deque>
 #include <map>
@@ -17,7 +17,6 @@
 #include <system_error>
 #include <thread>
 #include <unistd.h>
-#include <unordered_map>
 #include <utility>
 
 namespace onvif
@@ -205,6 +204,7 @@ private:
         {
             curl_easy_cleanup(pHandle);
         }
+        CloseConnections([](CHttpGroup const*) { return true; });
         if (m_pMulti)
         {
             curl_multi_cleanup(m_pMulti);
@@ -224,9 +224,15 @@ private:
         (void)!write(m_nWake, &ullOne, sizeof ullOne);
     }
 
+    // After Stop every group that is met is ended, so that its coroutines see it.
     int EndedResult(CHttpGroup& tGroup) const
     {
-        return tGroup.IsEnded() ? tGroup.Result() : m_bAllEnded ? int{eResultNotStarted} : int{eResultOk};
+        int nNotYet = 0;
+        if (m_bAllEnded)
+        {
+            tGroup.m_nEnded.compare_exchange_strong(nNotYet, eResultNotStarted);
+        }
+        return tGroup.Result();
     }
 
     tagDetached Detach(rtsp::CTask<> tTask)
@@ -243,6 +249,10 @@ private:
     void Run()
     {
         m_tThreadId = std::this_thread::get_id();
+        sigset_t tSignals;
+        sigemptyset(&tSignals);
+        sigaddset(&tSignals, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &tSignals, nullptr); // a device may close its connection while we write
         while (TakePosted())
         {
             OnTime();
@@ -291,7 +301,8 @@ private:
         }
         for (auto const& pGroup : apEnded)
         {
-            FinishIf([&](CHttpGroup const& tGroup) { return &tGroup == pGroup.get(); });
+            FinishIf([&](CHttpGroup& tGroup) { return &tGroup == pGroup.get(); });
+            CloseConnections([&](CHttpGroup const* ptGroup) { return ptGroup == pGroup.get(); });
         }
         for (rtsp::CTask<>& tTask : atNew)
         {
@@ -300,7 +311,8 @@ private:
         if (bStopping)
         {
             m_bAllEnded = true;
-            FinishIf([](CHttpGroup const&) { return true; });
+            FinishIf([this](CHttpGroup& tGroup) { return EndedResult(tGroup) != 0; });
+            CloseConnections([](CHttpGroup const*) { return true; });
         }
         return !bStopping || m_nRunning != 0;
     }
@@ -329,17 +341,6 @@ private:
             FinishWatch(tEvent.data.fd, true);
             return;
         }
-        const auto itSocket = m_tSockets.find(tEvent.data.fd);
-        if (itSocket == m_tSockets.end())
-        {
-            return;
-        }
-        if (!itSocket->second.bWanted) // the device closes it, or says something unasked
-        {
-            epoll_ctl(m_nEpoll, EPOLL_CTL_DEL, tEvent.data.fd, nullptr);
-            m_tSockets.erase(itSocket);
-            return;
-        }
         const int nWhat = (tEvent.events & EPOLLIN ? CURL_CSELECT_IN : 0) |
                           (tEvent.events & EPOLLOUT ? CURL_CSELECT_OUT : 0) |
                           (tEvent.events & (EPOLLERR | EPOLLHUP) ? CURL_CSELECT_ERR : 0);
@@ -358,12 +359,41 @@ private:
         }
         tagTransfer& tTransfer = m_tTransfers.emplace(pHandle, tagTransfer{&tSend, nullptr}).first->second;
         SetUp(pHandle, tTransfer);
+        curl_easy_setopt(pHandle, CURLOPT_SHARE, ConnectionsOf(tSend.m_pGroup.get()));
         if (curl_multi_add_handle(m_pMulti, pHandle) != CURLM_OK)
         {
             Release(pHandle);
             return eResultNoResources;
         }
         return eResultOk;
+    }
+
+    // A group has connections of its own, which are closed with it. Null: they stay until the device closes them.
+    CURLSH* ConnectionsOf(CHttpGroup const* ptGroup)
+    {
+        CURLSH*& pConnections = m_apConnections[ptGroup];
+        if (!pConnections)
+        {
+            pConnections = curl_share_init();
+            curl_share_setopt(pConnections, CURLSHOPT_SHARE, CURL_LOCK_DATA_CONNECT);
+        }
+        return pConnections;
+    }
+
+    // Of those that have no transfers.
+    template <class F>
+    void CloseConnections(F fnOf)
+    {
+        std::erase_if(m_apConnections,
+                      [&](auto const& tEntry)
+                      {
+                          const bool bCloses = fnOf(tEntry.first);
+                          if (bCloses && tEntry.second)
+                          {
+                              curl_share_cleanup(tEntry.second);
+                          }
+                          return bCloses;
+                      });
     }
 
     CURL* TakeHandle()
@@ -387,8 +417,6 @@ private:
             curl_easy_setopt(pHandle, CURLOPT_TCP_KEEPALIVE, 1L);
             curl_easy_setopt(pHandle, CURLOPT_WRITEFUNCTION, &OnBody);
             curl_easy_setopt(pHandle, CURLOPT_HEADERFUNCTION, &OnHeader);
-            curl_easy_setopt(pHandle, CURLOPT_CLOSESOCKETFUNCTION, &OnClose);
-            curl_easy_setopt(pHandle, CURLOPT_CLOSESOCKETDATA, this);
         }
         return pHandle;
     }
@@ -507,31 +535,16 @@ private:
         return 0;
     }
 
-    // A socket stays known to epoll between two requests: that saves two calls of the system each.
-    static int OnSocket(CURL*, curl_socket_t nFile, int nWhat, void* pThis, void*)
+    static int OnSocket(CURL*, curl_socket_t nFile, int nWhat, void* pThis, void* pKnown)
     {
         auto& tThis = *static_cast<CImpl*>(pThis);
-        const std::uint32_t dwEvents = nWhat == CURL_POLL_REMOVE
-                                           ? EPOLLIN
-                                           : (nWhat & CURL_POLL_IN ? std::uint32_t{EPOLLIN} : 0U) |
-                                                 (nWhat & CURL_POLL_OUT ? std::uint32_t{EPOLLOUT} : 0U);
-        const auto [it, bNew] = tThis.m_tSockets.try_emplace(nFile);
-        const bool bChanged = bNew || it->second.dwEvents != dwEvents;
-        it->second = {dwEvents, nWhat != CURL_POLL_REMOVE};
-        if (bChanged)
-        {
-            epoll_event tEvent{};
-            tEvent.data.fd = nFile;
-            tEvent.events = dwEvents;
-            epoll_ctl(tThis.m_nEpoll, bNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, nFile, &tEvent);
-        }
+        epoll_event tEvent{};
+        tEvent.data.fd = nFile;
+        tEvent.events = (nWhat & CURL_POLL_IN ? EPOLLIN : 0U) | (nWhat & CURL_POLL_OUT ? EPOLLOUT : 0U);
+        const int nAction = nWhat == CURL_POLL_REMOVE ? EPOLL_CTL_DEL : pKnown ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+        epoll_ctl(tThis.m_nEpoll, nAction, nFile, &tEvent);
+        curl_multi_assign(tThis.m_pMulti, nFile, nAction == EPOLL_CTL_DEL ? nullptr : pThis);
         return 0;
-    }
-
-    static int OnClose(void* pThis, curl_socket_t nFile)
-    {
-        static_cast<CImpl*>(pThis)->m_tSockets.erase(nFile); // epoll forgets it by itself
-        return close(nFile);
     }
 
     static int OnTimer(CURLM*, long nMilliseconds, void* pThis)
@@ -547,6 +560,7 @@ private:
     {
         const auto it = m_tTransfers.find(pHandle);
         CSend* const pSend = it->second.pSend;
+        curl_easy_setopt(pHandle, CURLOPT_SHARE, nullptr);
         curl_slist_free_all(it->second.ptHeaders);
         m_tTransfers.erase(it);
         if (m_apSpare.size() < g_nSpareHandles)
@@ -666,12 +680,7 @@ private:
     std::atomic<std::thread::id> m_tThreadId{};
 
     // --- the thread's ---
-    struct tagSocket
-    {
-        std::uint32_t dwEvents = 0; ///< that epoll watches
-        bool bWanted = false;       ///< by libcurl; false: it is kept for later
-    };
-    std::unordered_map<int, tagSocket> m_tSockets;
+    std::map<CHttpGroup const*, CURLSH*> m_apConnections;
     std::map<CURL*, tagTransfer> m_tTransfers;
     std::multimap<Clock::time_point, CPause*> m_tPauses;
     std::map<int, CReadable*> m_tWatched;

@@ -10,8 +10,8 @@ namespace onvifclient
 namespace
 {
 constexpr std::size_t g_nBlock = 64 << 10;
-constexpr std::size_t g_nHigh = std::size_t{4} << 20; // so much waits for the application: the device is told to pause
-constexpr std::size_t g_nLow = std::size_t{1} << 20;  // and so much: to go on
+constexpr std::size_t g_nHigh = std::size_t{4} << 20; // so much waits for the application: the session is closed
+constexpr std::size_t g_nLow = std::size_t{1} << 20;  // and so much: it goes on
 constexpr int64_t g_llFirstUs = 2000000;              // of the recording, until it is known whether there is sound
 constexpr int64_t g_llGapUs = 1000000;                // more between two pictures is a gap
 constexpr int64_t g_llPictureUs = 40000;              // the last picture's duration
@@ -73,14 +73,14 @@ int CFetch::Control(eFileTransferControl eControl)
     {
     case eTransferStart:
         m_eState = eState::Running;
-        if (!m_pStream && !m_nEnd)
+        if (!m_pStream && !m_nEnd && !m_bFull)
         {
             OpenStretch();
         }
         WantGiving();
         break;
     case eTransferPause:
-        m_eState = eState::Waiting; // what the device still sends fills the room there is, then it pauses
+        m_eState = eState::Waiting; // what the device still sends fills the room there is
         break;
     case eTransferStop:
         m_eState = eState::Over;
@@ -101,9 +101,9 @@ void CFetch::OpenStretch()
     tOptions.tPlayback->bAsFastAsPossible = true;
     tOptions.tPlayback->tRange.emplace();
     tOptions.tPlayback->tRange->bClock = true;
-    tOptions.tPlayback->tRange->llBeginUs = t.llStartUs;
+    tOptions.tPlayback->tRange->llBeginUs = std::max(t.llStartUs, m_allHaveUs[0]);
     tOptions.tPlayback->tRange->llEndUs = t.llEndUs;
-    m_bPausedDevice = false;
+    m_bFull = false;
     ++m_dwRun;
     m_pStream = m_pEngine->Open(m_hDownload.load(), std::move(tOptions));
     m_pStream->SetListener(rtsp::eListener::EventCB, &CFetch::OnEvent, m_dwRun);
@@ -160,10 +160,19 @@ void CFetch::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
         }
         return;
     }
-    Pack(tFrame);
-    if (Waiting() > g_nHigh && !std::exchange(m_bPausedDevice, true))
+    // A session that begins again does so with the key frame before.
+    int64_t& llHaveUs = m_allHaveUs[tFrame.dwMediaType == eMediaVideo ? 0 : 1];
+    if (tFrame.llWallClockUs <= llHaveUs)
     {
-        m_pStream->SetPaused(true);
+        return;
+    }
+    llHaveUs = tFrame.llWallClockUs;
+    Pack(tFrame);
+    if (Waiting() > g_nHigh && m_pStream)
+    {
+        m_bFull = true;
+        ++m_dwRun;
+        m_pStream.reset();
     }
     WantGiving();
 }
@@ -372,10 +381,9 @@ void CFetch::Give()
             }
             tBlock = {nullptr, static_cast<uint32_t>(*m_nEnd)};
         }
-        if (m_bPausedDevice && m_pStream && Waiting() < g_nLow)
+        if (m_bFull && !m_nEnd && Waiting() < g_nLow)
         {
-            m_bPausedDevice = false;
-            m_pStream->SetPaused(false);
+            OpenStretch();
         }
         tLock.unlock();
         m_tCallback.Call(m_hDownload.load(), tBlock);

@@ -7,6 +7,7 @@
 
 #include "protocol/interface/Transfer.h"
 
+#include <array>
 #include <cstdio>
 #include <deque>
 #include <memory>
@@ -17,8 +18,8 @@
 namespace onvifclient
 {
 /// Recordings on their way into a file: replayed as fast as they come, and packed here. Where the application is slower
-/// than the device, the device is told to pause. What is coded in another way than the first picture is left out:
-/// players take one codec a file.
+/// than the device, the session is closed and goes on later. What is coded in another way than the first picture is
+/// left out: players take one codec a file.
 class CFetch final : public CDownload, public std::enable_shared_from_this<CFetch>
 {
 public:
@@ -80,8 +81,9 @@ private:
     std::unique_ptr<rtsp::CStream> m_pStream; ///< null: not open
     unsigned long m_dwRun = 0;
     std::size_t m_iStretch = 0;
-    bool m_bPausedDevice = false;
-    std::optional<int> m_nEnd; ///< all is packed: the result
+    bool m_bFull = false;                 ///< no more is fetched until the application has taken some
+    std::array<int64_t, 2> m_allHaveUs{}; ///< up to when pictures and sound have come
+    std::optional<int> m_nEnd;            ///< all is packed: the result
 
     // The file.
     std::unique_ptr<plugin::CFileWriter> m_pWriter; ///< null: it hasn't begun

@@ -8,6 +8,7 @@
 #include "plugins/onvif/Operations.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace onvifclient
@@ -29,7 +30,7 @@ std::shared_ptr<rtsp::CEngine> TakeEngine()
 }
 
 // A process that ends without a stop: no callback runs any more.
-[[gnu::destructor]] void OnExit()
+void OnExit()
 {
     if (Face().bStarted.exchange(false))
     {
@@ -96,6 +97,8 @@ int Serve(tagCall<&CClientProtocolBase::Start>)
 {
     const std::lock_guard tLock(g_tStartMutex);
     Http().Start();
+    static const bool s_bOnce = std::atexit(&OnExit) == 0; // behind OpenSSL's own, so that we are before it
+    static_cast<void>(s_bOnce);
     Face().bStarted = true;
     return eResultOk;
 }

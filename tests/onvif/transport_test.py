@@ -81,6 +81,7 @@ class Device(http.server.BaseHTTPRequestHandler):
     calls, attempts, connections, nonces, clock = [], [], 0, {}, datetime.timedelta()
     release = threading.Event()  # ends answers that hang
     hangs = threading.Event()  # one of these has begun
+    closed = threading.Condition()
     right = False  # the digest, if not its nonce
 
     def log_message(self, *_):
@@ -89,6 +90,12 @@ class Device(http.server.BaseHTTPRequestHandler):
     def setup(self):
         super().setup()
         Device.connections += 1
+
+    def finish(self):
+        super().finish()
+        with Device.closed:
+            Device.connections -= 1
+            Device.closed.notify_all()
 
     def do_POST(self):
         body = self.rfile.read(int(self.headers["Content-Length"])).decode()
@@ -295,8 +302,8 @@ class Transport(unittest.TestCase):
         self.server.shutdown()
         self.server.server_close()
 
-    def login(self, how, password=PASSWORD, limit=PATIENCE * 1000):
-        address = f"{self.scheme}://127.0.0.1:{self.server.server_port}/{how}/device"
+    def login(self, how, password=PASSWORD, limit=PATIENCE * 1000, host="127.0.0.1"):
+        address = f"{self.scheme}://{host}:{self.server.server_port}/{how}/device"
         result, self.id = map(int, self.probe("login", address, USER, password, limit).split())
         return result
 
@@ -318,7 +325,7 @@ class Transport(unittest.TestCase):
     def test_clocks(self):
         for days in (-12 * 365, 0, 365 * 12, 1 / 24):
             Device.clock = datetime.timedelta(days=days)
-            self.assertEqual(self.login("plain"), OK, days)
+            self.assertEqual(self.login("plain", host="localhost"), OK, days)
         Device.clock += datetime.timedelta(hours=3)  # under a login
         self.assertEqual(self.probe("mac", self.id), "0 02005e100001")
 
@@ -340,6 +347,9 @@ class Transport(unittest.TestCase):
             self.assertEqual(self.probe("mac", self.id)[0], "3")  # the library's: a login query that failed
         self.assertEqual(Device.calls, CALLS + ["GetNetworkInterfaces"])
         self.assertEqual(Device.connections, 1)
+        self.assertEqual(self.probe("logout", self.id), "0")
+        with Device.closed:
+            self.assertTrue(Device.closed.wait_for(lambda: Device.connections == 0, PATIENCE))
 
     def test_calls_end_with_the_login_and_the_service(self):
         for end in "logout", "stop":
