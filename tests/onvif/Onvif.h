@@ -82,7 +82,7 @@ private:
 class COnvifTest : public testing::Test
 {
 protected:
-    COnvifTest() { API(Start)(16); }
+    COnvifTest() { API(Start)(64); }
     ~COnvifTest() override
     {
         if (m_nLogin != -1)
