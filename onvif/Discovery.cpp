@@ -57,7 +57,7 @@ private:
         while (co_await m_tHttp.Readable(m_pGroup, tSocket.File()))
         {
             tagPeer tFrom;
-            while (const auto strMessage = tSocket.Receive(tFrom))
+            while (const auto strMessage = tSocket.Receive(tFrom, m_acRoom))
             {
                 for (tagAnnouncement const& tSaid : ParseAnnouncements(*strMessage))
                 {
@@ -202,8 +202,9 @@ private:
     const std::function<void(tagFound const&)> m_fnFound;
     const std::shared_ptr<CHttpGroup> m_pGroup = std::make_shared<CHttpGroup>();
     std::vector<CProbeSocket> m_atSockets;
-    std::map<std::string, tagKnown> m_tKnown; ///< by endpoint
-    unsigned m_nTurn = 0;                     ///< a later question ends an earlier one
+    std::vector<char> m_acRoom = std::vector<char>(65536); ///< of one datagram at a time
+    std::map<std::string, tagKnown> m_tKnown;              ///< by endpoint
+    unsigned m_nTurn = 0;                                  ///< a later question ends an earlier one
 };
 
 CDiscovery::CDiscovery(CHttp& tHttp, std::function<void(tagFound const&)> fnFound)

@@ -146,9 +146,8 @@ void CProbeSocket::SendTo(std::string_view strMessage, tagPeer const& tPeer) con
            reinterpret_cast<sockaddr const*>(&tPeer.tAddress), tPeer.nSize);
 }
 
-std::optional<std::string_view> CProbeSocket::Receive(tagPeer& tFrom) const
+std::optional<std::string_view> CProbeSocket::Receive(tagPeer& tFrom, std::span<char> acRoom) const
 {
-    thread_local std::array<char, 65536> acRoom;
     tFrom.nSize = sizeof tFrom.tAddress;
     const ssize_t nLength =
         recvfrom(m_nFile, acRoom.data(), acRoom.size(), 0, reinterpret_cast<sockaddr*>(&tFrom.tAddress), &tFrom.nSize);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
@@ -33,8 +34,8 @@ public:
     bool Asks() const { return m_tTo.nSize != 0; }
     void Send(std::string_view strMessage) const { SendTo(strMessage, m_tTo); }
     void SendTo(std::string_view strMessage, tagPeer const& tPeer) const;
-    /// The next datagram that has come, in room that the next call uses again; nothing: there is none.
-    std::optional<std::string_view> Receive(tagPeer& tFrom) const;
+    /// The next datagram that has come, in acRoom; nothing: there is none.
+    std::optional<std::string_view> Receive(tagPeer& tFrom, std::span<char> acRoom) const;
 
 private:
     int m_nFile;

@@ -1,4 +1,6 @@
 #include "rtsp/Loop.h"
+#include "rtsp/ThreadUse.h"
+#include "rtsp/Watchdog.h"
 
 #define ASIO_STANDALONE
 #define ASIO_NO_DEPRECATED
@@ -20,10 +22,8 @@
 #include <list>
 #include <mutex>
 #include <new>
-#include <pthread.h>
 #include <system_error>
 #include <thread>
-#include <time.h>
 #include <unistd.h>
 #include <utility>
 
@@ -37,9 +37,11 @@ using Timer = asio::basic_waitable_timer<Clock, asio::wait_traits<Clock>, Execut
 
 constexpr unsigned g_nFree = 2;        // runners outside callbacks, while callbacks are slow
 constexpr unsigned g_nQuickGrowth = 2; // runners beyond the cores that quick callbacks may bring about
-constexpr auto g_tSlow = 5ms;          // a callback that runs for longer
+constexpr auto g_tSlow = 5ms;          // a callback that sleeps or computes for longer
 constexpr auto g_tLookTime = 10ms;     // between looks at what callbacks do
-constexpr unsigned g_nIdleLooks = 100; // without a callback, until it is left
+constexpr unsigned g_nLooks = 100;     // until they are counted
+constexpr unsigned g_nFew = 1000;      // callbacks in that time
+constexpr unsigned g_nMany = 2000;     // callbacks, until it is worth counting them again
 constexpr auto g_tLate = 20ms;         // a loop that needs longer to come to something is busy
 constexpr unsigned g_nLate = 3;        // so many times in a row: too busy
 constexpr auto g_tProbeTime = 100ms;   // between tries how long that takes
@@ -49,8 +51,11 @@ constexpr double g_dBusy = 0.6;        // of one core
 struct tagThread
 {
     std::thread tThread;
-    std::atomic<Clock::rep> nCallbackBegan{0}; // 0: outside
-    std::chrono::nanoseconds tCpuTime{0};      // when it was last looked at
+    std::atomic<pid_t> nId{0};
+    std::atomic<Clock::rep> nCallbackBegan{0};  // 0: outside
+    Clock::rep nSeen = 0;                       // the beginning of a callback that was looked at before
+    std::chrono::nanoseconds tCpuTimeSeen{0};   // of that time
+    std::chrono::nanoseconds tCpuTimeBefore{0}; // when runners were last trimmed
     bool bGuard = false;
     bool bEnded = false;
 };
@@ -67,9 +72,11 @@ struct tagLeave
 // --- the pool --------------------------------------------------------------------------------------------------------
 
 // One thread, the runner, does everything as long as callbacks are quick: each further one that waits for work beside
-// it would be woken for every packet, which costs more than the packet. Another thread, the guard, looks every few
-// milliseconds whether a callback keeps the runner. From then on two runners are kept free of callbacks, until all has
-// been quick for a while. The guard also adds runners when one alone can't keep up, as many as there are cores.
+// it would be woken for every packet, which costs more than the packet. Another thread, the guard, sees to it that no
+// callback keeps the runner. In quiet times it sleeps, and the runner winds a watchdog up for each callback; when there
+// are many, it looks every few milliseconds instead. Once a callback was slow, two runners are kept free of callbacks,
+// until all has been quick for a while. The guard also adds runners when one alone can't keep up, as many as there are
+// cores.
 class CLoop::CImpl : public std::enable_shared_from_this<CImpl>
 {
 public:
@@ -89,18 +96,26 @@ public:
         {
             g_ptThread->nCallbackBegan.store(Clock::now().time_since_epoch().count(), std::memory_order_relaxed);
         }
-        m_dwCallbacks.fetch_add(1, std::memory_order_relaxed);
+        const std::uint32_t dwCallbacks = m_dwCallbacks.fetch_add(1, std::memory_order_relaxed);
         if (m_bSlowTimes.load(std::memory_order_relaxed) && nInside + g_nFree > m_nRunners) [[unlikely]]
         {
             Grow();
         }
-        if (m_bGuardSleeps) [[unlikely]]
+        if (m_bQuiet)
         {
-            WakeGuard();
+            m_tWatchdog.Set(g_tLookTime);
+            if (dwCallbacks % g_nMany == 0)
+            {
+                m_tWatchdog.Ring();
+            }
         }
     }
     void EndCallback()
     {
+        if (m_bQuiet)
+        {
+            m_tWatchdog.Clear();
+        }
         if (g_ptThread)
         {
             g_ptThread->nCallbackBegan.store(0, std::memory_order_relaxed);
@@ -110,7 +125,6 @@ public:
 
     void Stop(Clock::time_point tUntil)
     {
-        m_tContext.stop();
         std::list<tagThread> atEnded;
         {
             std::unique_lock tLock(m_tMutex);
@@ -145,7 +159,9 @@ private:
     void AwaitThreads(std::unique_lock<std::mutex>& tLock, Clock::time_point tUntil, F const& fnIsDone)
     {
         m_bStopping = true;
+        m_tContext.stop();
         m_tChanged.notify_all();
+        m_tWatchdog.Ring();
         m_tChanged.wait_until(tLock, tUntil,
                               [&] { return std::all_of(m_atThreads.begin(), m_atThreads.end(), fnIsDone); });
     }
@@ -190,15 +206,25 @@ private:
         }
     }
 
-    bool IsAnySlow() const
+    // A callback that merely waits for a core isn't slow.
+    static bool IsSlow(tagThread& tThread, Clock::time_point tNow)
     {
-        const Clock::rep nBefore = (Clock::now() - g_tSlow).time_since_epoch().count();
-        return std::any_of(m_atThreads.begin(), m_atThreads.end(),
-                           [=](tagThread const& t)
-                           {
-                               const Clock::rep nBegan = t.nCallbackBegan.load(std::memory_order_relaxed);
-                               return nBegan != 0 && nBegan < nBefore;
-                           });
+        const Clock::rep nBegan = tThread.nCallbackBegan.load(std::memory_order_relaxed);
+        if (nBegan == 0 || tNow - Clock::time_point(Clock::duration(nBegan)) < g_tSlow)
+        {
+            return false;
+        }
+        const std::chrono::nanoseconds tUsed = CpuTime(tThread.tThread.native_handle());
+        if (std::exchange(tThread.nSeen, nBegan) != nBegan)
+        {
+            tThread.tCpuTimeSeen = tUsed;
+        }
+        return tUsed - tThread.tCpuTimeSeen >= g_tSlow || IsAsleep(tThread.nId.load(std::memory_order_relaxed));
+    }
+    bool IsAnySlow()
+    {
+        const Clock::time_point tNow = Clock::now();
+        return std::any_of(m_atThreads.begin(), m_atThreads.end(), [=](tagThread& t) { return IsSlow(t, tNow); });
     }
 
     // --- outside the mutex ---
@@ -215,6 +241,7 @@ private:
     void Run(tagThread& tThread)
     {
         g_ptThread = &tThread;
+        tThread.nId.store(gettid(), std::memory_order_relaxed);
         struct tagScope // a callback may end its thread
         {
             ~tagScope() { tImpl.OnThreadEnds(tThread, bLeft); }
@@ -267,45 +294,59 @@ private:
 
     // --- the guard ---
 
-    [[gnu::cold, gnu::noinline]] void WakeGuard()
-    {
-        if (m_bGuardSleeps.exchange(false))
-        {
-            const std::lock_guard tLock(m_tMutex);
-            m_tChanged.notify_all();
-        }
-    }
-
     void Guard()
     {
         std::list<tagThread> atEnded;
         std::unique_lock tLock(m_tMutex);
-        for (unsigned nIdle = 0; !m_bStopping;)
+        while (!m_bStopping)
         {
-            if (nIdle >= g_nIdleLooks)
+            Look(Clock::now());
+            Reap(atEnded);
+            tLock.unlock();
+            Join(atEnded);
+            tLock.lock();
+            if (BecomesQuiet())
             {
-                SleepUntilCallback(tLock);
-                nIdle = 0;
+                SleepQuietly(tLock);
             }
-            const std::uint32_t dwCallbacks = m_dwCallbacks;
-            m_tChanged.wait_for(tLock, g_tLookTime, [this] { return m_bStopping; });
-            nIdle = m_nInside != 0 || m_nRunners > 1 || m_dwCallbacks != dwCallbacks ? 0 : nIdle + 1;
-            if (!m_bStopping)
+            else
             {
-                Look(Clock::now());
-                Reap(atEnded);
-                tLock.unlock();
-                Join(atEnded);
-                tLock.lock();
+                m_tChanged.wait_for(tLock, g_tLookTime, [this] { return m_bStopping; });
+                ++m_nLooks;
             }
         }
     }
 
-    void SleepUntilCallback(std::unique_lock<std::mutex>& tLock)
+    // Callbacks were few and quick since they were last counted.
+    bool BecomesQuiet()
     {
-        m_bGuardSleeps = true;
-        m_tChanged.wait(tLock, [this] { return m_bStopping || m_nInside != 0 || !m_bGuardSleeps; });
-        m_bGuardSleeps = false;
+        if (m_bStopping || m_nLooks < g_nLooks)
+        {
+            return false;
+        }
+        if (m_nRunners > 1 || m_bSlowTimes || m_nLate > 0 || m_dwCallbacks - m_dwCounted > g_nFew)
+        {
+            Count();
+            return false;
+        }
+        m_tWatchdog.Clear();
+        m_bQuiet = true;
+        m_bQuiet = m_nInside == 0; // one that has begun hasn't wound the watchdog up
+        return m_bQuiet;
+    }
+    void SleepQuietly(std::unique_lock<std::mutex>& tLock)
+    {
+        tLock.unlock();
+        m_tWatchdog.Await();
+        tLock.lock();
+        m_bQuiet = false;
+        m_tProbed = Clock::now();
+        Count();
+    }
+    void Count()
+    {
+        m_nLooks = 0;
+        m_dwCounted = m_dwCallbacks;
     }
 
     void Look(Clock::time_point tNow)
@@ -353,7 +394,8 @@ private:
     // Runners that weren't needed lately leave.
     void Trim(Clock::time_point tNow)
     {
-        const double dCores = std::chrono::duration<double>(CpuTime()) / (tNow - std::exchange(m_tTrimmed, tNow));
+        const double dCores =
+            std::chrono::duration<double>(RunnersCpuTime()) / (tNow - std::exchange(m_tTrimmed, tNow));
         m_nBase -= m_nBase > 1 && dCores < g_dBusy * (m_nBase - 1) ? 1 : 0;
         m_bSlowTimes = tNow - m_tLastSlow < g_tCalmTime;
         const unsigned nNeeded = m_bSlowTimes ? std::max(m_nBase, m_nMostInside + g_nFree) : m_nBase;
@@ -365,19 +407,15 @@ private:
     }
 
     // Of the runners, since it was last asked for.
-    std::chrono::nanoseconds CpuTime()
+    std::chrono::nanoseconds RunnersCpuTime()
     {
         std::chrono::nanoseconds tAll{0};
         for (tagThread& tThread : m_atThreads)
         {
-            clockid_t nClock;
-            timespec tUsed{};
-            if (!tThread.bGuard && !tThread.bEnded &&
-                pthread_getcpuclockid(tThread.tThread.native_handle(), &nClock) == 0 &&
-                clock_gettime(nClock, &tUsed) == 0)
+            if (!tThread.bGuard && !tThread.bEnded)
             {
-                const auto tNow = std::chrono::seconds(tUsed.tv_sec) + std::chrono::nanoseconds(tUsed.tv_nsec);
-                tAll += tNow - std::exchange(tThread.tCpuTime, tNow);
+                const std::chrono::nanoseconds tUsed = CpuTime(tThread.tThread.native_handle());
+                tAll += tUsed - std::exchange(tThread.tCpuTimeBefore, tUsed);
             }
         }
         return tAll;
@@ -390,13 +428,16 @@ private:
     std::atomic<unsigned> m_nInside{0};          ///< callbacks
     std::atomic<std::uint32_t> m_dwCallbacks{0}; ///< that have begun
     std::atomic<bool> m_bSlowTimes{false};
-    std::atomic<bool> m_bGuardSleeps{false};
+    std::atomic<bool> m_bQuiet{false}; ///< the guard sleeps until the watchdog wakes it
     std::atomic<bool> m_bProbing{false};
     std::mutex m_tMutex;
     std::condition_variable m_tChanged;
+    CWatchdog m_tWatchdog;
     std::list<tagThread> m_atThreads;
-    unsigned m_nBase = 1;       ///< runners that are needed when callbacks are quick
-    unsigned m_nMostInside = 0; ///< since they were trimmed
+    unsigned m_nLooks = g_nLooks;  ///< since callbacks were counted
+    std::uint32_t m_dwCounted = 0; ///< so many they were then
+    unsigned m_nBase = 1;          ///< runners that are needed when callbacks are quick
+    unsigned m_nMostInside = 0;    ///< since they were trimmed
     Clock::time_point m_tTrimmed;
     Clock::time_point m_tLastSlow;
     Clock::time_point m_tProbed;

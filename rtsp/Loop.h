@@ -26,8 +26,9 @@ protected:
 
 /// Waits for sockets and times on a few threads, on which callbacks of the application run too; these may take any
 /// time. As long as they are quick, one thread does everything, or as many as it takes, at most one a core. When one of
-/// them has taken longer than 5 ms, two threads are kept free of callbacks, however many are slow at once; some seconds
-/// after the last slow one there are few threads again.
+/// them has slept or computed for longer than 5 ms, two threads are kept free of callbacks, however many are slow at
+/// once; some seconds after the last slow one there are few threads again. A callback that only waits for a core isn't
+/// slow.
 class CLoop
 {
 public:

@@ -1,40 +1,13 @@
 // All entry points of a plug-in, by the names that a binding looks up. For one source file, which defines PLUGIN_PREFIX
-// (in front of the names) and PLUGIN_NAMESPACE before. In that namespace stand IsStarted() and Serve(), once for each
-// operation.
+// (in front of the names) before, and PLUGIN_NAMESPACE: see plugins/common/Enter.h.
 
 #ifndef PLUGIN_PREFIX
-#error define PLUGIN_PREFIX and PLUGIN_NAMESPACE before including plugins/common/EntryPoints.h
+#error define PLUGIN_PREFIX before including plugins/common/EntryPoints.h
 #endif
 
-#include "protocol/CClientProtocolBase.h"
-#include "protocol/PluginInterface.h"
-#include "system/Call.h"
+#include "plugins/common/Enter.h"
+
 #include "system/Export.h"
-
-#include <type_traits>
-
-namespace PLUGIN_NAMESPACE
-{
-// Nothing is thrown across an entry point, and only Start works before Start.
-template <auto Op, class... A>
-int Enter(tagCall<Op> tCall, A... tArguments)
-try
-{
-    using Adapter_ProtocolSet::CClientProtocolBase;
-    if constexpr (!std::is_same_v<tagCall<Op>, tagCall<&CClientProtocolBase::Start>>)
-    {
-        if (!IsStarted())
-        {
-            return eResultNotStarted;
-        }
-    }
-    return Serve(tCall, tArguments...);
-}
-catch (...)
-{
-    return eResultNoResources;
-}
-} // namespace PLUGIN_NAMESPACE
 
 #define JOINED(prefix, name) JOIN(prefix, name)
 #define JOIN(prefix, name)   prefix##name

@@ -22,6 +22,13 @@ int States(uint32_t dwContacts, uint32_t& dwCount, unsigned long* pdwState,
     dwCount = dwContacts;
     return eResultOk;
 }
+
+// Whether any cell of the picture is watched.
+bool Watches(tagConfigMotion const& tMotion)
+{
+    return std::any_of(tMotion.abyCells, tMotion.abyCells + (tMotion.dwColumns * tMotion.dwRows + 7) / 8,
+                       [](unsigned char by) { return by != 0; });
+}
 } // namespace
 
 CAlarms::CAlarms(CDevice& tDevice) : CPart(tDevice), m_allOutputEndUs(tDevice.Spec().dwOutputs, g_llNever) {}
@@ -48,7 +55,7 @@ void CAlarms::Set(eDeviceEvent eEvent, uint32_t dwWhere, uint32_t dwState, tagCa
     {
         const auto tMotion = tConfiguration.Get<tagConfigMotion>(dwWhere);
         tAction = tMotion.tAction;
-        dwState = tMotion.bEnabled ? dwState : 0;
+        dwState = tMotion.bEnabled && Watches(tMotion) ? dwState : 0;
     }
     if (eEvent == eEventAlarmInput)
     {
@@ -75,6 +82,30 @@ void CAlarms::Set(eDeviceEvent eEvent, uint32_t dwWhere, uint32_t dwState, tagCa
     {
         m_tDevice.Part<CStorage>().CheckSchedules();
         Act(tAction, !bOff, eEvent);
+    }
+}
+
+int64_t CAlarms::HoldUs(eDeviceEvent eEvent, uint32_t dwWhere, bool bOn) const
+{
+    CConfiguration const& tConfiguration = m_tDevice.Part<CConfiguration>();
+    if (eEvent == eEventMotion && !bOn)
+    {
+        return int64_t{tConfiguration.Get<tagConfigMotion>(dwWhere).dwHoldSeconds} * 1000000;
+    }
+    return eEvent == eEventAlarmInput ? int64_t{tConfiguration.Get<tagConfigAlarmInput>(dwWhere).dwHoldMs} * 1000 : 0;
+}
+
+void CAlarms::Sense(eDeviceEvent eEvent, uint32_t dwWhere, bool bOn)
+{
+    const int64_t llHoldUs = HoldUs(eEvent, dwWhere, bOn);
+    m_tSensed.erase({eEvent, dwWhere});
+    if (llHoldUs == 0)
+    {
+        Set(eEvent, dwWhere, bOn ? 1 : 0);
+    }
+    else if (IsOn(eEvent, dwWhere) != bOn)
+    {
+        m_tSensed[{eEvent, dwWhere}] = {bOn, m_tDevice.SteadyNow() + llHoldUs};
     }
 }
 
@@ -126,6 +157,7 @@ int CAlarms::Clear(tagCaller const& tCaller, uint32_t dwType, uint32_t dwChannel
                                         : static_cast<uint32_t>(tKey.first) == dwType;
         if (bAsked && (dwChannel == TESSARO_ALL || dwChannel == tKey.second))
         {
+            m_tSensed.erase(tKey);
             Set(tKey.first, tKey.second, 0, &tCaller);
         }
     }
@@ -163,6 +195,16 @@ int CAlarms::OutputStates(uint32_t& dwCount, unsigned long* pdwState) const
 
 void CAlarms::Advance()
 {
+    for (auto it = m_tSensed.begin(); it != m_tSensed.end();)
+    {
+        const auto [tKey, tSensed] = *it;
+        const bool bCounts = tSensed.llCountsUs <= m_tDevice.SteadyNow();
+        it = bCounts ? m_tSensed.erase(it) : std::next(it);
+        if (bCounts)
+        {
+            Set(tKey.first, tKey.second, tSensed.bOn ? 1 : 0);
+        }
+    }
     for (uint32_t i = 0; i < m_allOutputEndUs.size(); ++i)
     {
         if (m_allOutputEndUs[i] <= m_tDevice.SteadyNow())
@@ -174,8 +216,16 @@ void CAlarms::Advance()
 
 int64_t CAlarms::NextDue() const
 {
-    const auto it = std::ranges::min_element(m_allOutputEndUs);
-    return it == m_allOutputEndUs.end() ? g_llNever : *it;
+    int64_t llDueUs = g_llNever;
+    for (const int64_t llEndUs : m_allOutputEndUs)
+    {
+        llDueUs = std::min(llDueUs, llEndUs);
+    }
+    for (auto const& [tKey, tSensed] : m_tSensed)
+    {
+        llDueUs = std::min(llDueUs, tSensed.llCountsUs);
+    }
+    return llDueUs;
 }
 
 void CAlarms::Halt()

@@ -28,6 +28,8 @@ public:
 
     /// Something begins or ends; reported when it changed. What the configuration asks for beside happens too.
     void Set(eDeviceEvent eEvent, uint32_t dwWhere, uint32_t dwState, tagCaller const* ptCaller = nullptr);
+    /// What a camera sees or an input feels. It counts when it has lasted as long as the configuration says.
+    void Sense(eDeviceEvent eEvent, uint32_t dwWhere, bool bOn);
     bool IsOn(eDeviceEvent eEvent, uint32_t dwWhere) const;
     /// All states that aren't 0.
     void ForEach(std::function<void(eDeviceEvent, uint32_t dwWhere, uint32_t dwState)> const& fnState) const;
@@ -37,10 +39,18 @@ public:
     void Halt();
 
 private:
+    using Key = std::pair<eDeviceEvent, uint32_t>;
+    struct tagSensed
+    {
+        bool bOn;
+        int64_t llCountsUs; // steady
+    };
+    int64_t HoldUs(eDeviceEvent eEvent, uint32_t dwWhere, bool bOn) const;
     void Act(tagConfigAction const& tAction, bool bOn, eDeviceEvent eEvent);
     void Switch(uint32_t dwOutput, bool bOn, uint32_t dwMilliseconds, tagCaller const* ptCaller);
 
-    std::map<std::pair<eDeviceEvent, uint32_t>, uint32_t> m_tStates;
+    std::map<Key, uint32_t> m_tStates;
+    std::map<Key, tagSensed> m_tSensed;    // what doesn't count yet
     std::vector<int64_t> m_allOutputEndUs; // when each output falls off by itself
 };
 } // namespace device

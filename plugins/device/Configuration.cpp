@@ -596,6 +596,7 @@ void CConfiguration::Reset(bool bAll)
     }
     m_tDevice.Part<CWall>().Reset();
     m_tDevice.Part<CPTZ>().Reset();
+    m_tDevice.Part<CStorage>().Reset();
     m_tDevice.Touch();
 }
 

@@ -38,4 +38,8 @@ public:
     std::string Mac() const;
     std::string SerialNumber() const;
 };
+
+/// The clock goes on beside what is kept.
+template <>
+tagConfigClock CConfiguration::Get(uint32_t dwIndex, uint32_t dwStreamKind) const;
 } // namespace device

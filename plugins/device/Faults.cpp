@@ -135,6 +135,7 @@ void CFaults::Apply(tagDeviceFault const& tFault, bool bOn)
         case eFaultClockJump:
             m_tDevice.Clock().Jump(tFault.llOffsetUs);
             m_tDevice.Raise(eEventClockChanged, static_cast<uint32_t>(tFault.llOffsetUs / 1000));
+            m_tDevice.Part<CStorage>().CheckSchedules();
             break;
         case eFaultDiskFull:
         case eFaultDiskError:
@@ -149,7 +150,7 @@ void CFaults::Apply(tagDeviceFault const& tFault, bool bOn)
         default:
             if (tKind.eEvent != eDeviceEvent{})
             {
-                m_tDevice.Part<CAlarms>().Set(tKind.eEvent, i, bOn ? 1 : 0);
+                m_tDevice.Part<CAlarms>().Sense(tKind.eEvent, i, bOn);
             }
         }
     }
@@ -206,6 +207,26 @@ tagDeviceFault const* CFaults::On(eFaultKind eKind, uint32_t dwChannel) const
         }
     }
     return nullptr;
+}
+
+int CFaults::Get(tagDeviceFault& tFault) const
+{
+    const auto it =
+        std::ranges::find_if(m_atActive,
+                             [&](tagActive const& t) {
+                                 return tFault.dwFault == eFaultNone ||
+                                        (t.tFault.dwFault == tFault.dwFault && Covers(t.tFault, tFault.dwChannel));
+                             });
+    if (it == m_atActive.end())
+    {
+        return eResultNotFound;
+    }
+    tFault = it->tFault;
+    if (it->llEndUs != g_llNever)
+    {
+        tFault.dwMilliseconds = static_cast<uint32_t>((it->llEndUs - m_tDevice.SteadyNow()) / 1000 + 1);
+    }
+    return eResultOk;
 }
 
 bool CFaults::TakeHang()

@@ -19,6 +19,9 @@ public:
 
     /// Begins what tFault says, or ends all with eFaultNone. eResultBadArgument; eResultNoChannel.
     int Set(tagDeviceFault const& tFault);
+    /// The fault that is on: tFault says of which kind (eFaultNone: any), and of which channel, disk or input; becomes
+    /// what was set, with the time and the count that are left. eResultNotFound.
+    int Get(tagDeviceFault& tFault) const;
     /// Ends those whose time is over.
     void Advance();
     int64_t NextDue() const;

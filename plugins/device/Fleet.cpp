@@ -57,6 +57,7 @@ void CFleet::Load(std::string const& strPath)
     {
         const std::lock_guard tLock(m_tMutex);
         m_bDefault = tFile.bDefault;
+        m_strFile = strPath;
         for (auto const& [strKey, pDevice] : tNew)
         {
             auto& pSlot = m_tDevices[strKey];
@@ -77,6 +78,12 @@ void CFleet::Load(std::string const& strPath)
     {
         pDevice->Tick();
     }
+}
+
+std::string CFleet::File() const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return m_strFile;
 }
 
 std::shared_ptr<CDevice> CFleet::Find(std::string const& strAddress, uint32_t dwPort)

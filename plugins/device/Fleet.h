@@ -19,6 +19,8 @@ public:
     /// Reads a fleet file. Devices at the addresses that it names take the place of those that were there; all others
     /// stay. Throws std::runtime_error that says where and why; nothing is changed then.
     void Load(std::string const& strPath);
+    /// The file that was read last; empty: none.
+    std::string File() const;
     /// The device at an address, which comes into being with the first question. Null: nobody answers there. Names
     /// that end in ".invalid" are nobody's.
     std::shared_ptr<CDevice> Find(std::string const& strAddress, uint32_t dwPort = 0);
@@ -34,6 +36,7 @@ private:
     mutable std::mutex m_tMutex;
     std::map<std::string, std::shared_ptr<CDevice>> m_tDevices; // by address, or address:port
     bool m_bDefault = true;                                     // there is one at every other address
+    std::string m_strFile;
 };
 
 CFleet& Fleet();

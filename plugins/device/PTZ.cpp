@@ -22,7 +22,7 @@ struct tagAxisKind
     double fMost;
     double fFullSpeed;
 };
-constexpr tagAxisKind g_atKinds[] = {
+constexpr tagAxisKind g_atAxisKinds[] = {
     {-10000, 10000, 5556}, {-10000, 10000, 5556}, {0, 10000, 4000}, {0, 10000, 5000}, {0, 10000, 5000}};
 
 bool Within(int32_t n, int32_t nLeast, int32_t nMost)
@@ -135,12 +135,12 @@ int CPTZ::Execute(tagHead& tHead, ePTZControlCmdCode eCommand, Para const& anPar
                 return eResultBadArgument;
             }
             const double fTo = std::round(tHead.atAxes[i].fValue) + anPara[i];
-            anTo[i] = static_cast<int32_t>(std::clamp(fTo, g_atKinds[i].fLeast, g_atKinds[i].fMost));
+            anTo[i] = static_cast<int32_t>(std::clamp(fTo, g_atAxisKinds[i].fLeast, g_atAxisKinds[i].fMost));
         }
         return Approach(tHead, anTo);
     }
     case ePTZFocusOnce:
-        tHead.atAxes[eAxisFocus].fSpeed = g_atKinds[eAxisFocus].fFullSpeed;
+        tHead.atAxes[eAxisFocus].fSpeed = g_atAxisKinds[eAxisFocus].fFullSpeed;
         tHead.atAxes[eAxisFocus].fTarget = 5000;
         return eResultOk;
     case ePTZPresetCall:
@@ -177,7 +177,7 @@ int CPTZ::Turn(tagHead& tHead, std::initializer_list<eAxis> aeAxes, Para const& 
     for (const eAxis e : aeAxes)
     {
         tagAxis& tAxis = tHead.atAxes[e];
-        tAxis.fSpeed = anPara[n++] * g_atKinds[e].fFullSpeed / g_nFull;
+        tAxis.fSpeed = anPara[n++] * g_atAxisKinds[e].fFullSpeed / g_nFull;
         tAxis.fTarget.reset();
         tAxis.llEndUs = m_tDevice.SteadyNow() + int64_t{dwMilliseconds} * 1000;
     }
@@ -194,7 +194,7 @@ int CPTZ::Approach(tagHead& tHead, Para const& anTo)
     }
     for (unsigned i = 0; i < 3; ++i)
     {
-        if (anTo[i] < g_atKinds[i].fLeast || anTo[i] > g_atKinds[i].fMost)
+        if (anTo[i] < g_atAxisKinds[i].fLeast || anTo[i] > g_atAxisKinds[i].fMost)
         {
             return eResultBadArgument;
         }
@@ -202,7 +202,7 @@ int CPTZ::Approach(tagHead& tHead, Para const& anTo)
     for (unsigned i = 0; i < 3; ++i)
     {
         tagAxis& tAxis = tHead.atAxes[i];
-        const double fSpeed = g_atKinds[i].fFullSpeed * (anTo[3] ? anTo[3] : g_nFull) / g_nFull;
+        const double fSpeed = g_atAxisKinds[i].fFullSpeed * (anTo[3] ? anTo[3] : g_nFull) / g_nFull;
         tAxis.fTarget = anTo[i];
         tAxis.fSpeed = anTo[i] > tAxis.fValue ? fSpeed : anTo[i] < tAxis.fValue ? -fSpeed : 0;
     }
@@ -241,7 +241,7 @@ void CPTZ::StepAxes(tagHead& tHead)
         tagAxis& tAxis = tHead.atAxes[i];
         const int64_t llEndUs = tAxis.fTarget ? llNowUs : std::min(llNowUs, tAxis.llEndUs);
         tAxis.fValue += tAxis.fSpeed * static_cast<double>(std::max<int64_t>(llEndUs - llBeforeUs, 0)) / 1e6;
-        tAxis.fValue = std::clamp(tAxis.fValue, g_atKinds[i].fLeast, g_atKinds[i].fMost);
+        tAxis.fValue = std::clamp(tAxis.fValue, g_atAxisKinds[i].fLeast, g_atAxisKinds[i].fMost);
         const bool bThere =
             tAxis.fTarget && (tAxis.fSpeed > 0 ? tAxis.fValue >= *tAxis.fTarget : tAxis.fValue <= *tAxis.fTarget);
         if (tAxis.fSpeed != 0 && bThere)

@@ -11,6 +11,9 @@ namespace device
 {
 namespace
 {
+// Between two looks at what has become too old or too much.
+constexpr int64_t g_llLookUs = 10000000;
+
 constexpr uint32_t g_dwTypes = eHistoryContinuous | eHistoryMotion | eHistoryAlarm | eHistoryManual;
 
 char const* TypeName(uint32_t dwType)
@@ -38,6 +41,12 @@ bool Overlaps(tagRecording const& t, int64_t llStartUs, int64_t llEndUs)
     return (llStartUs == 0 || t.llEndUs > llStartUs) && (llEndUs == 0 || t.llStartUs < llEndUs);
 }
 
+// Whether such a recording has a while before and after its reason.
+bool HasEdges(uint32_t dwType)
+{
+    return dwType == eHistoryMotion || dwType == eHistoryAlarm;
+}
+
 // The texts that a size is asked with; null or empty: 0.
 bool ReadTime(char const* szTime, int64_t& llTimeUs)
 {
@@ -59,17 +68,24 @@ CStorage::CStorage(CDevice& tDevice)
     : CPart(tDevice), m_abFull(tDevice.Spec().dwDisks), m_abFaulty(tDevice.Spec().dwDisks),
       m_adwGroupOf(tDevice.Channels()), m_adwScheduled(tDevice.Channels())
 {
-    CStore const& tStore = tDevice.Store();
+    Reset();
+    MakeOld();
+}
+
+void CStorage::Reset()
+{
+    CStore const& tStore = m_tDevice.Store();
     m_atDisks = tStore.GetList<tagDisk>("disks");
-    for (auto i = static_cast<uint32_t>(m_atDisks.size()); i < tDevice.Spec().dwDisks; ++i)
+    for (auto i = static_cast<uint32_t>(m_atDisks.size()); i < m_tDevice.Spec().dwDisks; ++i)
     {
         m_atDisks.push_back({i == 0 ? 0U : 1U, i == 0 ? static_cast<uint32_t>(eDiskGroupMain)
                                                       : static_cast<uint32_t>(eDiskGroupRedundant)});
     }
-    m_atDisks.resize(tDevice.Spec().dwDisks);
+    m_atDisks.resize(m_tDevice.Spec().dwDisks);
+    m_atQuotas = tStore.GetList<tagQuota>("quotas");
     const auto adwGroupOf = tStore.GetList<uint32_t>("groups");
+    std::ranges::fill(m_adwGroupOf, 0);
     std::copy_n(adwGroupOf.begin(), std::min(adwGroupOf.size(), m_adwGroupOf.size()), m_adwGroupOf.begin());
-    MakeOld();
 }
 
 // What was recorded before the device began to exist, on a grid of absolute times: the same in every process. What is
@@ -83,6 +99,9 @@ void CStorage::MakeOld()
     const int64_t llLengthUs = std::min(int64_t{tSpec.dwSeconds} * 1000000, llEveryUs);
     const int64_t llSlot = m_tDevice.Clock().NowUs() / llEveryUs;
     std::vector<tagRecording> atKept = m_tDevice.Store().GetList<tagRecording>("recordings");
+    // The device may have become smaller since.
+    std::erase_if(atKept, [&](tagRecording const& t)
+                  { return t.dwDisk >= m_atDisks.size() || t.dwChannel >= m_tDevice.Channels(); });
     for (uint32_t n = m_atDisks.empty() ? 0 : tSpec.dwCount; n > 0; --n)
     {
         for (uint32_t i = 0; i < m_tDevice.Channels(); ++i)
@@ -328,8 +347,18 @@ int CStorage::DiskFor(uint32_t dwChannel, uint32_t& dwDisk) const
 int CStorage::Record(uint32_t dwChannel, uint32_t dwType, bool bOn)
 {
     tagRecording* const ptRunning = Running(dwChannel, dwType);
+    const uint32_t dwAfter = m_tDevice.Part<CConfiguration>().Get<tagConfigSchedule>(dwChannel).dwAfterSeconds;
+    if (bOn)
+    {
+        m_tEnding.erase({dwChannel, dwType});
+    }
     if (bOn == (ptRunning != nullptr))
     {
+        return eResultOk;
+    }
+    if (!bOn && HasEdges(dwType) && dwAfter != 0)
+    {
+        m_tEnding.emplace(std::pair{dwChannel, dwType}, m_tDevice.SteadyNow() + int64_t{dwAfter} * 1000000);
         return eResultOk;
     }
     if (!bOn)
@@ -343,21 +372,41 @@ int CStorage::Record(uint32_t dwChannel, uint32_t dwType, bool bOn)
     {
         return nResult;
     }
-    CConfiguration const& tConfiguration = m_tDevice.Part<CConfiguration>();
     t.dwChannel = dwChannel;
     t.dwType = dwType;
-    t.dwStreamKind = eStreamMain;
-    t.llStartUs = t.llEndUs = m_tDevice.Clock().NowUs();
-    t.bRecording = true;
-    t.tVideo = tConfiguration.Get<tagConfigVideoEncoder>(dwChannel, eStreamMain);
-    t.tAudio = tConfiguration.Get<tagConfigAudioEncoder>(dwChannel, eStreamMain);
+    Begin(t);
     m_atRecordings.insert(std::ranges::upper_bound(m_atRecordings, t.llStartUs, {}, &tagRecording::llStartUs), t);
     m_tDevice.Part<CAlarms>().Set(eEventRecording, dwChannel, dwType);
+    m_llCheckUs = std::min(m_llCheckUs, m_tDevice.SteadyNow() + g_llLookUs);
     return eResultOk;
+}
+
+// As the channel's schedule says: which stream of it, whether with sound, and from when on.
+void CStorage::Begin(tagRecording& t)
+{
+    CConfiguration const& tConfiguration = m_tDevice.Part<CConfiguration>();
+    const auto tSchedule = tConfiguration.Get<tagConfigSchedule>(t.dwChannel);
+    const bool bAsked = t.dwType == eHistoryManual;
+    t.dwStreamKind = bAsked ? static_cast<uint32_t>(eStreamMain) : tSchedule.dwStreamKind;
+    t.tVideo = tConfiguration.Get<tagConfigVideoEncoder>(t.dwChannel, t.dwStreamKind);
+    t.tAudio = tConfiguration.Get<tagConfigAudioEncoder>(t.dwChannel, t.dwStreamKind);
+    t.tAudio.bEnabled = bAsked || tSchedule.bAudio ? t.tAudio.bEnabled : 0;
+    t.bRecording = true;
+    t.llStartUs = t.llEndUs = m_tDevice.Clock().NowUs();
+    if (HasEdges(t.dwType))
+    {
+        t.llStartUs -= int64_t{tSchedule.dwBeforeSeconds} * 1000000;
+    }
+    for (tagRecording const& tOther : m_atRecordings)
+    {
+        const bool bBefore = tOther.dwChannel == t.dwChannel && tOther.dwType == t.dwType && tOther.llEndUs < t.llEndUs;
+        t.llStartUs = bBefore ? std::max(t.llStartUs, tOther.llEndUs) : t.llStartUs;
+    }
 }
 
 void CStorage::End(tagRecording& tRecording)
 {
+    m_tEnding.erase({tRecording.dwChannel, tRecording.dwType});
     tRecording = Now(tRecording);
     tRecording.bRecording = false;
     tagRecording const* const ptOther = Running(tRecording.dwChannel, 0);
@@ -409,11 +458,25 @@ uint32_t CStorage::Wanted(uint32_t dwChannel) const
 
 void CStorage::Advance()
 {
-    if (m_tDevice.SteadyNow() < m_llCheckUs)
+    const auto tEnding = m_tEnding;
+    for (auto const& [tKey, llEndUs] : tEnding)
     {
-        return;
+        tagRecording* const ptRunning = Running(tKey.first, tKey.second);
+        if (ptRunning && llEndUs <= m_tDevice.SteadyNow())
+        {
+            End(*ptRunning);
+            Keep();
+        }
     }
-    m_llCheckUs = g_llNever;
+    if (m_llCheckUs <= m_tDevice.SteadyNow())
+    {
+        CheckNow();
+    }
+}
+
+void CStorage::CheckNow()
+{
+    m_llCheckUs = IsRecording() ? m_tDevice.SteadyNow() + g_llLookUs : g_llNever;
     for (uint32_t i = 0; i < m_tDevice.Channels(); ++i)
     {
         const uint32_t dwWanted = Wanted(i);
@@ -425,16 +488,71 @@ void CStorage::Advance()
                 m_adwScheduled[i] ^= dwType;
             }
         }
-        if (m_tDevice.Part<CConfiguration>().Get<tagConfigSchedule>(i).bEnabled)
+        const auto tSchedule = m_tDevice.Part<CConfiguration>().Get<tagConfigSchedule>(i);
+        if (tSchedule.bEnabled || tSchedule.dwKeepDays)
         {
-            m_llCheckUs = m_tDevice.SteadyNow() + 1000000;
+            const int64_t llEveryUs = tSchedule.bEnabled ? 1000000 : g_llLookUs;
+            m_llCheckUs = std::min(m_llCheckUs, m_tDevice.SteadyNow() + llEveryUs);
         }
+    }
+    if (DeleteOld())
+    {
+        Keep();
     }
 }
 
 int64_t CStorage::NextDue() const
 {
-    return m_llCheckUs;
+    int64_t llDueUs = m_llCheckUs;
+    for (auto const& [tKey, llEndUs] : m_tEnding)
+    {
+        llDueUs = std::min(llDueUs, llEndUs);
+    }
+    return llDueUs;
+}
+
+// Deletes the oldest of these until they take at most so many bytes; not what is protected or still grows.
+bool CStorage::Delete(Which const& fnWhich, uint64_t ullMost)
+{
+    uint64_t ullBytes = 0;
+    for (tagRecording const& t : m_atRecordings)
+    {
+        ullBytes += fnWhich(t) ? Now(t).ullLength : 0;
+    }
+    return std::erase_if(m_atRecordings,
+                         [&](tagRecording const& t)
+                         {
+                             const bool bGoes = ullBytes > ullMost && !t.bLocked && !t.bRecording && fnWhich(t);
+                             ullBytes -= bGoes ? t.ullLength : 0;
+                             return bGoes;
+                         }) != 0;
+}
+
+// What is older than its channel keeps, more than its channel may have, or more than there is room for.
+bool CStorage::DeleteOld()
+{
+    bool bDeleted = false;
+    const int64_t llNowUs = m_tDevice.Clock().NowUs();
+    const uint64_t ullDisk = m_tDevice.Spec().ullDiskBytes;
+    for (uint32_t i = 0; i < m_tDevice.Channels(); ++i)
+    {
+        const uint32_t dwDays = m_tDevice.Part<CConfiguration>().Get<tagConfigSchedule>(i).dwKeepDays;
+        const int64_t llOldUs = llNowUs - int64_t{dwDays} * 86400 * 1000000;
+        bDeleted |=
+            dwDays != 0 && Delete([&](tagRecording const& t) { return t.dwChannel == i && t.llEndUs < llOldUs; }, 0);
+    }
+    for (tagQuota const& tQuota : m_atQuotas)
+    {
+        const auto nDisks = std::ranges::count(m_atDisks, tQuota.dwGroup, &tagDisk::dwGroup);
+        bDeleted |= Delete([&](tagRecording const& t)
+                           { return t.dwChannel == tQuota.dwChannel && m_atDisks[t.dwDisk].dwGroup == tQuota.dwGroup; },
+                           static_cast<uint64_t>(nDisks) * ullDisk / 100 * tQuota.dwPercent);
+    }
+    for (uint32_t i = 0; i < m_atDisks.size(); ++i)
+    {
+        bDeleted |= Delete([&](tagRecording const& t) { return t.dwDisk == i; }, ullDisk);
+    }
+    return bDeleted;
 }
 
 // --- disks -----------------------------------------------------------------------------------------------------------
@@ -476,6 +594,17 @@ void CStorage::SetDiskFault(uint32_t dwDisk, bool bFull, bool bOn)
     }
     CheckSchedules();
     Keep();
+}
+
+void CStorage::SetQuota(tagQuota const& tQuota)
+{
+    std::erase_if(m_atQuotas,
+                  [&](tagQuota const& t) { return t.dwGroup == tQuota.dwGroup && t.dwChannel == tQuota.dwChannel; });
+    if (tQuota.dwPercent != 0)
+    {
+        m_atQuotas.push_back(tQuota);
+    }
+    m_tDevice.Store().PutList("quotas", m_atQuotas);
 }
 
 int CStorage::Manage(tagCaller const& tCaller, eDiskGroupOperation eAction, uint32_t dwGroup, uint32_t dwDisk,
@@ -529,8 +658,12 @@ int CStorage::Manage(tagCaller const& tCaller, eDiskGroupOperation eAction, uint
         }
         if (eAction == eDiskGroupQuota)
         {
-            return dwValue > 100 ? int{eResultBadArgument}
-                                 : int{eResultOk}; // its disks are never so full that it counts
+            if (dwValue > 100)
+            {
+                return eResultBadArgument;
+            }
+            SetQuota({dwGroup, dwChannel, dwValue});
+            break;
         }
         for (uint32_t i = 0; i < m_adwGroupOf.size(); ++i)
         {

@@ -142,6 +142,7 @@ inline int OnBytes(void*, tagBuffer* ptBuffer, unsigned long dwUser)
 inline int OnBlock(void*, tagBuffer tBuffer, unsigned long dwUser)
 {
     EXPECT_TRUE(tBuffer.pData || tBuffer.dwLength == 0); // the end, or why it ended
+    std::this_thread::sleep_for(50ms);                   // so long that another thread goes on with what else there is
     return PutBytes(tBuffer.pData, tBuffer.dwLength, dwUser);
 }
 inline int OnVoice(void*, eVoiceStreamSource, tagStreamVoiceFrame const* ptFrame, unsigned long dwUser)
@@ -239,29 +240,39 @@ protected:
         strcpy(tPara.szPassword, szPassword);
         return API(UserLogin)(&nLogin, GetParam(), &tPara);
     }
+    tagDeviceFault FaultOf(eFaultKind eKind)
+    {
+        auto tFault = Sized<tagDeviceFault>();
+        tFault.dwFault = static_cast<uint32_t>(eKind);
+        m_strAddress.copy(tFault.szAddress, sizeof tFault.szAddress);
+        return tFault;
+    }
     /// The device misbehaves.
     int Fault(eFaultKind eKind, uint32_t dwChannel = 0, uint32_t dwMilliseconds = 0, uint32_t dwCount = 0,
               uint32_t dwValue = 0, int64_t llOffsetUs = 0)
     {
-        auto tFault = Sized<tagDeviceFault>();
-        tFault.dwFault = static_cast<uint32_t>(eKind);
+        tagDeviceFault tFault = FaultOf(eKind);
         tFault.dwChannel = dwChannel;
         tFault.dwMilliseconds = dwMilliseconds;
         tFault.dwCount = dwCount;
         tFault.dwValue = dwValue;
         tFault.llOffsetUs = llOffsetUs;
-        m_strAddress.copy(tFault.szAddress, sizeof tFault.szAddress);
         return API(RTSPSetIsProductTest)(eMiscFault, &tFault, sizeof tFault, GetParam());
     }
     bool IsVTQ() const { return GetParam() == eProtocolVTQ; }
 
-    template <class Record>
-    Record Read(eConfigType eType, uint32_t dwIndex = 0, uint32_t dwStream = 0)
+    static auto Block(eConfigType eType, uint32_t dwIndex, uint32_t dwStream)
     {
-        const auto ptBlock = std::make_unique<tagConfigInformation>();
+        auto ptBlock = std::make_unique<tagConfigInformation>();
         ptBlock->type = static_cast<uint32_t>(eType);
         ptBlock->index = dwIndex;
         ptBlock->extra[1] = dwStream;
+        return ptBlock;
+    }
+    template <class Record>
+    Record Read(eConfigType eType, uint32_t dwIndex = 0, uint32_t dwStream = 0)
+    {
+        const auto ptBlock = Block(eType, dwIndex, dwStream);
         WORKS(GetConfig, m_nLogin, ptBlock.get()) << eType;
         EXPECT_EQ(ptBlock->extra[0], sizeof(Record)) << eType;
         Record tRecord;
@@ -271,10 +282,7 @@ protected:
     template <class Record>
     int Write(eConfigType eType, Record const& tRecord, uint32_t dwIndex = 0, uint32_t dwStream = 0)
     {
-        const auto ptBlock = std::make_unique<tagConfigInformation>();
-        ptBlock->type = static_cast<uint32_t>(eType);
-        ptBlock->index = dwIndex;
-        ptBlock->extra[1] = dwStream;
+        const auto ptBlock = Block(eType, dwIndex, dwStream);
         std::memcpy(ptBlock->data, &tRecord, sizeof tRecord);
         return API(SetConfig)(m_nLogin, ptBlock.get());
     }

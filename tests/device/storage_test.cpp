@@ -3,6 +3,7 @@
 #include "tests/device/Device.h"
 
 #include <algorithm>
+#include <fstream>
 
 TEST_P(CDeviceTest, Alarms)
 {
@@ -30,10 +31,13 @@ TEST_P(CDeviceTest, Alarms)
     auto tInput = Read<tagConfigAlarmInput>(eConfigAlarmInput, 3);
     tInput.tAction.dwOutputs = 1;
     EXPECT_EQ(Write(eConfigAlarmInput, tInput, 3), 0);
+    tInput.dwHoldMs = 60000; // one that doesn't last long enough
+    EXPECT_EQ(Write(eConfigAlarmInput, tInput, 2), 0);
+    EXPECT_EQ(Fault(eFaultAlarmInput, 2), 0);
     EXPECT_EQ(Fault(eFaultAlarmInput, 3), 0);
     m_tEvents.Await([&](tagEvent const& t) { return Is(eEventAlarmOutput, 0, 1)(t); });
     WORKS(AlarminStateGet, m_nLogin, &dwCount, adwState);
-    EXPECT_EQ(adwState[3], 1);
+    EXPECT_TRUE(adwState[3] == 1 && adwState[2] == 0);
     WORKS(AlarmClear, m_nLogin, eEventAlarmInput, TESSARO_ALL);
     m_tEvents.Await(Is(eEventAlarmOutput, 0, 0));
     // Some events end, the others stay.
@@ -92,6 +96,69 @@ TEST_P(CDeviceTest, Recording)
     EXPECT_EQ(Fault(eFaultDiskFull, TESSARO_ALL), 0);
     m_tEvents.Await(Is(eEventDiskFull, 0, 1));
     ANSWERS(eResultDeviceFull, RecordControl, m_nLogin, 1, 1);
+}
+
+TEST_P(CDeviceTest, RecordedByMotion)
+{
+    // From five seconds before it to a second after it, and it lasts a second longer than it does.
+    auto tMotion = Read<tagConfigMotion>(eConfigMotion, 2);
+    auto tSchedule = Read<tagConfigSchedule>(eConfigSchedule, 1);
+    tMotion.tAction.ullRecord = 1 << 1;
+    tMotion.dwHoldSeconds = tSchedule.dwAfterSeconds = 1;
+    tSchedule.dwStreamKind = eStreamSub;
+    EXPECT_EQ(Write(eConfigMotion, tMotion, 2), 0);
+    EXPECT_EQ(Write(eConfigSchedule, tSchedule, 1), 0);
+    WORKS(SubscribeEvent, m_nLogin, 0, OnEvent, User(m_tEvents));
+    EXPECT_EQ(Fault(eFaultMotion, 2, 10), 0);
+    m_tEvents.Await(Is(eEventRecording, 1, eHistoryMotion));
+    m_tEvents.Await(Is(eEventMotion, 2, 0));
+    m_tEvents.Await(Is(eEventRecording, 1, 0));
+    auto tFactor = Sized<tagHistoryStreamQueryFactor>();
+    tFactor.dwChannel = 1;
+    tFactor.dwStreamKind = eStreamSub;
+    const auto atFound = Recordings(tFactor);
+    ASSERT_EQ(atFound.size(), 1);
+    EXPECT_GE(atFound[0].llEndUs - atFound[0].llStartUs, 7 * g_llSecond);
+}
+
+TEST_P(CDeviceTest, RecordingsGo)
+{
+    // A week later: those of a channel that keeps them for a week, but for one that is protected.
+    auto tSchedule = Read<tagConfigSchedule>(eConfigSchedule, 1);
+    auto tFactor = Sized<tagHistoryStreamQueryFactor>();
+    tSchedule.dwKeepDays = 7;
+    tFactor.dwChannel = 1;
+    EXPECT_EQ(Write(eConfigSchedule, tSchedule, 1), 0);
+    std::string strFile = Recordings(tFactor)[5].szFile;
+    WORKS(FileLock, m_nLogin, strFile.data(), eFileLock);
+    EXPECT_EQ(Fault(eFaultClockJump, 0, 0, 0, 0, 8 * 86400 * g_llSecond), 0);
+    ASSERT_EQ(Recordings(tFactor).size(), 1);
+    EXPECT_EQ(Recordings(tFactor)[0].szFile, strFile);
+    EXPECT_EQ(Recordings().size(), 144);
+    // Where there is no room for all: the oldest, on a disk that a fleet file makes so small, and by a quota.
+    std::string strPath = testing::TempDir() + m_strAddress + ".toml";
+    const auto fnLoad = [&](char const* szMore)
+    {
+        std::ofstream(strPath) << "[[device]]\naddress = \"" << m_strAddress << "\"\ndisks = 1\ndisk_gib = 1\n"
+                               << szMore;
+        return API(RTSPSetIsProductTest)(eMiscFleet, strPath.data(), strPath.size() + 1, GetParam());
+    };
+    EXPECT_EQ(fnLoad("channels = 65"), eResultBadArgument);
+    EXPECT_EQ(Read<tagConfigStorage>(eConfigStorage).dwCount, 2);
+    EXPECT_EQ(fnLoad("channels = 4"), 0);
+    API(UserLogout)(m_nLogin);
+    EXPECT_EQ(Login(m_nLogin), 0);
+    unsigned long dwMebibytes = 0;
+    WORKS(GetDataSize, m_nLogin, TESSARO_ALL, eDiskGroupAll, eHistoryAny, "", "", 0, &dwMebibytes);
+    EXPECT_TRUE(dwMebibytes > 1000 && dwMebibytes <= 1024);
+    EXPECT_GT(Recordings().back().llEndUs, time(nullptr) * g_llSecond - 1200 * g_llSecond);
+    WORKS(DiskGroupManage, m_nLogin, eDiskGroupQuota, 0, 0, 10);
+    WORKS(GetDataSize, m_nLogin, 0, eDiskGroupAll, eHistoryAny, "", "", 0, &dwMebibytes);
+    EXPECT_TRUE(dwMebibytes > 80 && dwMebibytes <= 102);
+    std::string strRead(strPath.size() + 1, '\0');
+    EXPECT_EQ(g_cProtocolSet.GetMiscPara(0, eMiscFleet, strRead.data(), strRead.size(), GetParam()), 0);
+    EXPECT_STREQ(strRead.c_str(), strPath.c_str());
+    std::remove(strPath.c_str());
 }
 
 TEST_P(CDeviceTest, Queries)

@@ -154,6 +154,22 @@ TEST_P(CDeviceTest, WallPicture)
     WORKS(SetScreenSplitMode, m_nLogin, 0, eSplit4, adwBound);
     fnChanged();
     EXPECT_FALSE(fnChanged()); // nothing moves
+    // A window's name beside a white picture, which would hide it.
+    auto tNamed = Sized<tagDecoderChannelConfig>();
+    auto tMasks = Sized<tagConfigPrivacy>();
+    tMasks.dwCount = 1;
+    tMasks.atMasks[0] = {1, 0, 0, 10000, 10000, 0xFFFFFF};
+    EXPECT_EQ(Write(eConfigPrivacy, tMasks), 0);
+    tNamed.tSource = Channel(0);
+    tNamed.bShowName = 1;
+    WORKS(SubscribeEvent, m_nLogin, TESSARO_EVENT(eEventWindow), OnEvent, User(m_tEvents));
+    WORKS(DecoderSetChannelConfig, m_nLogin, 2, &tNamed);
+    m_tEvents.Await(Is(eEventWindow, 2, eWindowShowing));
+    fnChanged();
+    strcpy(tNamed.szName, "Gate");
+    WORKS(DecoderSetChannelConfig, m_nLogin, 2, &tNamed);
+    EXPECT_TRUE(fnChanged());
+    EXPECT_FALSE(fnChanged());
     // A logo: uploaded, shown, hidden.
     std::vector<unsigned char> abyLogo(1 << 20);
     auto tInfo = Sized<tagImageFileInfo>();

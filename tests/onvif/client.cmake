@@ -12,7 +12,11 @@ add_executable(onvif_calls ${CMAKE_CURRENT_LIST_DIR}/calls.cpp)
 target_link_libraries(onvif_calls PRIVATE clientadapter)
 add_dependencies(onvif_calls onvifclient)
 list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
-add_test(NAME onvif_transport_test COMMAND ${Python3_EXECUTABLE} -B ${CMAKE_CURRENT_LIST_DIR}/transport_test.py)
+set(suites)
+if(CMAKE_CROSSCOMPILING)
+    set(suites Transport) # the emulator can't join a multicast group
+endif()
+add_test(NAME onvif_transport_test COMMAND ${Python3_EXECUTABLE} -B ${CMAKE_CURRENT_LIST_DIR}/transport_test.py ${suites})
 set_tests_properties(onvif_transport_test PROPERTIES TIMEOUT 400 COST 60 ENVIRONMENT
     "CALLS=${emulator} $<TARGET_FILE:onvif_calls>;LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/plugins")
 add_executable(onvif_events_test ${CMAKE_CURRENT_LIST_DIR}/events_test.cpp ${PROJECT_SOURCE_DIR}/plugins/onvif/Topics.cpp)

@@ -1,7 +1,7 @@
 """What the servers of server.py do badly, and what a client is to make of it.
 
-case(NAME, TOLD, how...). TOLD: how such a session ends ("live": not at all, nor is it without frames when it is "mute", "refused", "lost") and the second
-word of the event, then
+case(NAME, TOLD, how...). TOLD: how such a session ends ("live": not at all, "mute": not, but without frames, "refused",
+"lost") and the second word of the event, then
 
     pauses=MS,MS   after each session          sessions=N     bad ones, 1 if not said
     frames=...     what goes out first: K P A  lost=N         packets, in all
@@ -11,9 +11,9 @@ word of the event, then
     transport=N    as dwStreamPara[0]          host=HOST      instead of 127.0.0.1
     pause          it is paused and played     stalls         so it is told on the way
 
-How: at (OPTIONS, DESCRIBE, SDP, SETUP, PLAY, PAUSE, KEEP for keep-alives, STREAM if not said), find and put (what stands
-there instead of a part of the good answer, or of all of it), script (what is sent before the good stream) and then
-(close, reset, stall, flood); tracks; auth, user, password; ...-uri (what a request must name).
+How: at (OPTIONS, DESCRIBE, SDP, SETUP, PLAY, PAUSE, KEEP for keep-alives, STREAM if not said), find and put (what
+stands there instead of a part of the good answer, or of all of it), script (what is sent before the good stream) and
+then (close, reset, stall, flood); tracks; auth, user, password; ...-uri (what a request must name).
 """
 
 import os
@@ -28,9 +28,11 @@ LATE = 110  # ETIMEDOUT
 
 def case(name, told="live", **how):
     words = told.split()
-    how.update(end=words[0], **({"detail": words[1]} if words[1:] and words[1].isdigit() else {}))
+    how.update(end=words[0], detail=next((int(word) for word in words[1:] if word.isdigit()), None))
     how.update(word.partition("=")[::2] for word in words[1:] if not word.isdigit())
-    CASES.append(dict(how, name=name, number=len(CASES)))
+    numbers = {word: int(how[word]) for word in "sessions transport jump hears never lost".split() if word in how}
+    CASES.append({"sessions": 1, "transport": 0, "jump": 0, "frames": "", "user": "", "password": "", **how, **numbers,
+                  "name": name, "number": len(CASES)})
 
 
 def junk(length, seed=1):
@@ -42,13 +44,13 @@ def junk(length, seed=1):
 
 
 JUNK = junk(2000).decode("latin-1")
-LONG = "x" * 20000
 
 case("good", "live frames=KPPPP lost=0 steps=40000")
 
 # --- the same at each step ---
 for step in ("OPTIONS", "DESCRIBE", "SETUP", "PLAY"):
-    at = lambda name, told, put, find="", then="": case(f"{name} at {step}", told, at=step, find=find, put=put, then=then)
+    at = lambda name, told, put, find="", then="": case(f"{name} at {step}", told, at=step, find=find, put=put,
+                                                        then=then)
     for status in (400, 404, 454, 461, 500, 503):
         at(status, f"refused {status}", f"{status} No", "200 OK")
     at(403, "refused 403 pauses=10000", "403 Forbidden", "200 OK")
@@ -56,15 +58,13 @@ for step in ("OPTIONS", "DESCRIBE", "SETUP", "PLAY"):
     at("resets", "lost", "", then="reset")
     at("stalls", f"lost {LATE}", "", then="stall")
     at("stalls behind a status line", f"lost {LATE}", "RTSP/1.0 200 OK\r\n", then="stall")
-    at("closes in a header", "lost", "RTSP/1.0 200 OK\r\nCSeq: ", then="close")
     at("headers without end", "lost", "RTSP/1.0 200 OK\r\n" + "X-More: yes\r\n" * 3, then="flood")
     at("a line without end", "lost", "x" * 50, then="flood")
     at("packets instead of an answer", f"lost {LATE}", "$\0\0\x0c\x80\x60" + "\0" * 10, then="flood")
-    at("a header of 20 kB", "live", f"X-Long: {LONG}\r\nCSeq", "CSeq")
+    at("a header of 20 kB", "live", f"X-Long: {'x' * 20000}\r\nCSeq", "CSeq")
     at("junk", f"lost {LATE}", JUNK + "\r\n\r\n")
     at("another protocol", f"lost {LATE}", "HTTP/1.1", "RTSP/1.0")
     at("status 999999999999", f"lost {LATE}", "999999999999 What", "200 OK")
-    at("status -1", f"lost {LATE}", "-1 What", "200 OK")
     at("no CSeq", "live", "X-Nothing", "CSeq")
     at("wrong CSeq", "live", "CSeq: 77", "CSeq: ")
     at("NULs", f"lost {LATE}", "X-" + "\0" * 8 + ": x\r\nCSeq", "CSeq")
@@ -81,25 +81,14 @@ CHALLENGE = "RTSP/1.0 401 Unauthorized\r\nCSeq: {cseq}\r\nWWW-Authenticate: "
 MOVED = "RTSP/1.0 301 Moved\r\nCSeq: {cseq}\r\nLocation: "
 for name, told, step, find, put in (
         ("body's length negative", "lost", "DESCRIBE", LENGTH, LENGTH + "-5\r\nX: "),
-        ("body's length no number", "lost", "DESCRIBE", LENGTH, LENGTH + "many\r\nX: "),
         ("body's length zero", "lost", "DESCRIBE", LENGTH, LENGTH + "0\r\nX: "),
-        ("body's length beyond 64 bits", "lost", "DESCRIBE", LENGTH, LENGTH + "9" * 30 + "\r\nX: "),
         ("body too short by some", "lost", "DESCRIBE", LENGTH, LENGTH + "40\r\nX: "),
         ("no Session", "live sessionless", "SETUP", "Session", "X-Session"),
-        ("long Session", "live", "SETUP", "Session: 1", "Session: " + "s" * 5000),
-        ("Session for no time", "live", "SETUP", "timeout=60", "timeout=0"),
-        ("Session for a negative time", "live", "SETUP", "timeout=60", "timeout=-9999999999"),
         ("no Transport", "lost", "SETUP", "Transport", "X-Transport"),
-        ("empty Transport", "lost", "SETUP", "Transport: ", "Transport: \r\nX: "),
         ("Transport over UDP", "lost", "SETUP", "Transport: ", "Transport: RTP/AVP;server_port=1-1\r\nX: "),
         ("Transport on absurd channels", "live", "SETUP", "Transport: ",
          "Transport: RTP/AVP/TCP;interleaved=-9-99999999999\r\nX: "),
-        ("Transport junk", "lost", "SETUP", "Transport: ", "Transport: ;;=,,/;interleaved=;" + "a;" * 9000 + "\r\nX: "),
-        ("Range at the end of time", "live", "PLAY", "Session", "Range: npt=9223372036854.775-\r\nSession"),
-        ("absurd RTP-Info", "live", "PLAY", "Session", "RTP-Info: url=;seq=-1;rtptime=99999999999999\r\nSession"),
         ("moves to nowhere", "lost", "DESCRIBE", "", MOVED + "\r\n\r\n"),
-        ("moves to a file", "lost", "DESCRIBE", "", MOVED + "file:///etc/passwd\r\n\r\n"),
-        ("moves to a long address", "lost", "DESCRIBE", "", MOVED + "rtsp://" + "a" * 9000 + "/\r\n\r\n"),
         ("moves to a login", "lost", "DESCRIBE", "", MOVED + "rtsp://u:p@127.0.0.1/\r\n\r\n"),
         ("moves to another server", "live", "DESCRIBE", "", MOVED + "{other}\r\n\r\n")):
     case(name, told, at=step, find=find, put=put, **({"elsewhere": ""} if "another server" in name else {}))
@@ -110,9 +99,6 @@ for name, put in (
         ("stale for ever", 'Digest realm="r", nonce="{n}", stale=true'),
         ("401 without a word", "\r\nX: x"),
         ("a scheme nobody knows", "Bearer x"),
-        ("an algorithm nobody knows", 'Digest algorithm=ROT13, nonce=""'),
-        ("a realm of 20 kB", f'Basic realm="{LONG}"'),
-        ("a realm without end", 'Digest realm="a, nonce=,,=""=\\'),
         ("digests of bodies only", 'Digest realm="r", nonce="n", qop="auth-int"')):
     case(name, LOCKED, at="DESCRIBE", put=CHALLENGE + put + "\r\n\r\n", **VIEWER)
 case("credentials asked for late", LOCKED, at="PLAY", put=CHALLENGE + 'Digest realm="r", nonce="{n}"\r\n\r\n', **VIEWER)
@@ -124,16 +110,16 @@ for offers in ("none", "MD5", "MD5 auth", "MD5 auth-int,auth", "SHA-256", "SHA-2
     case("login by " + offers, "live frames=KPPPP", auth=offers, **VIEWER)
 for user, password in (("u /?#%@", 'p:@/?#% +&="\xc3\xa9'), ('quoted "\\', 'pass"\\word'), ("a:b", "with:colon"),
                        ("@" * 31, "%" * 31), ("\xff\xfe", "\x01\x7f\xff"), ("u", "")):
-    case(f"login of {len(user)} and {len(password)} bytes {ord(user[0])}", "live", auth="MD5 auth", user=user, password=password)
+    case(f"login of {len(user)} and {len(password)} bytes", "live", auth="MD5 auth", user=user, password=password)
 case("login by Basic with a colon in the password", auth="Basic", user="u", password="a:b@c")
 case("a wrong password", LOCKED, at="DESCRIBE", put=CHALLENGE + 'Digest realm="r", nonce="n"\r\n\r\n', **VIEWER)
 case("nonces for two requests", auth="MD5 auth", uses=2, at="KEEP", kept=2, timeout=2, **VIEWER)
 
 # --- elsewhere ---
 for offer in ("MD5 auth", "Basic"):
-    ELSEWHERE = {"elsewhere": "", "at": "DESCRIBE", "put": MOVED.replace("301", "302") + "{other}\r\n\r\n", "auth": offer, **VIEWER}
-    case(f"elsewhere after {offer}", "live", **ELSEWHERE)
-    case(f"elsewhere after {offer}, which asks too", "refused 401", **ELSEWHERE, **{"asks-too": ""})
+    ELSEWHERE = {"elsewhere": "", "at": "DESCRIBE", "put": MOVED.replace("301", "302") + "{other}\r\n\r\n", **VIEWER}
+    case(f"elsewhere after {offer}", "live", auth=offer, **ELSEWHERE)
+    case(f"elsewhere after {offer}, which asks too", "refused 401", auth=offer, **ELSEWHERE, **{"asks-too": ""})
 
 # --- descriptions ---
 MAP, NAMED, MEDIA = "a=rtpmap:96 H264/90000\r\n", "sprop-parameter-sets=", "m=video 0 RTP/AVP 96\r\n"
@@ -141,35 +127,15 @@ for name, told, find, put in (
         ("nothing described", "lost", "", ""),
         ("no media", "lost", "", "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=t\r\n"),
         ("a description of junk", "lost", "", junk(20000).decode("latin-1")),
-        ("a description of NULs", "lost", "", "\0" * 5000),
-        ("NULs in a description", "live", "s=t", "s=\0\0"),
-        ("lines of 100 kB", "live", "s=t", "s=" + LONG * 5 + "\r\na=" + LONG * 5),
         ("a hundred thousand lines", "live", "s=t\r\n", "a=x\r\n" * 100000),
         ("a description of 8 MB", "lost", "s=t\r\n", "a=x\r\n" * 1600000),
-        ("payload type 4294967296", "lost", "AVP 96", "AVP 4294967296"),
-        ("payload type -1", "lost", "AVP 96", "AVP -1"),
-        ("no payload type", "lost", "AVP 96", "AVP"),
         ("no rtpmap", "live frames=PPPP", MAP, ""),
-        ("clock rate 0", "live", "/90000", "/0"),
-        ("clock rate -90000", "live", "/90000", "/-90000"),
-        ("clock rate 1", "live", "/90000", "/1"),
-        ("clock rate 2147483647", "live", "/90000", "/2147483647"),
-        ("clock rate 99999999999", "live", "/90000", "/99999999999"),
-        ("clock rate no number", "live", "/90000", "/fast/2/3"),
         ("a codec nobody knows", "live frames=PPPP", "H264", "Q" * 300),
         ("another codec", "mute", "H264", "H265"),
         ("audio in a video's place", "mute", "H264/90000", "mpeg4-generic/48000/99"),
-        ("parameter sets no base64", "live", NAMED, NAMED + "!?%,,,=;x="),
-        ("parameter sets of 100 kB", "live", NAMED, NAMED + "A" * 100000 + ","),
-        ("many parameter sets", "live", NAMED, NAMED + "Z0IACvhBog==," * 3000),
-        ("a sequence parameter set of junk", "live", "Z0IACvhBog==", "Z////////////w=="),
-        ("parameters without values", "live", "packetization-mode=1;", ";;=;a;=b;packetization-mode;"),
         ("2000 media", "mute", MEDIA, "m=audio 0 RTP/AVP 0\r\na=control:x\r\n" * 2000 + MEDIA),
-        ("a control address of 100 kB", "live", "control:video", "control:" + LONG * 5),
         ("a control address of elsewhere", "live", "control:video", "control:http://192.0.2.1/x"),
-        ("a time range beyond time", "live", "t=0 0\r\n", "t=0 0\r\na=range:npt=9223372036854775807-\r\n"),
-        ("a connection to everyone", "live", "0.0.0.0", "239.255.255.255/999999/99999"),
-        ("bare line ends", "live", "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=t\r\n", "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=t\n")):
+        ("bare line ends", "live", "\r\ns=t\r\n", "\ns=t\n")):
     case(name, told, at="SDP", find=find, put=put)
 
 # --- addresses ---
@@ -178,10 +144,10 @@ for name, step, find, put, setup, play in (
         ("an absolute address", "SDP", "control:video", "control:{url}/x/video?y=1", "{base}/x/video?y=1", "{base}"),
         ("a base", "DESCRIBE", "CSeq", "Content-Base: {url}/base/\r\nCSeq", "{base}/base/video", "{base}/base/"),
         ("a base of its own for the session", "SDP", "control:*", "control:{url}/all/", "{base}/video", "{base}/all/"),
-        ("a base without a slash", "DESCRIBE", "CSeq", "Content-Base: {url}/base\r\nCSeq", "{base}/base/video", "{base}/base"),
-        ("a place", "DESCRIBE", "CSeq", "Content-Location: {url}/place/\r\nCSeq", "{base}/place/video", "{base}/place/")):
+        ("a base without slash", "DESCRIBE", "CSeq", "Content-Base: {url}/b\r\nCSeq", "{base}/b/video", "{base}/b"),
+        ("a place", "DESCRIBE", "CSeq", "Content-Location: {url}/p/\r\nCSeq", "{base}/p/video", "{base}/p/")):
     case(name, "live", at=step, find=find, put=put, **{"setup-uri": setup, "play-uri": play, "keep-uri": play})
-case("two tracks", "live frames=KA", tracks="va", script="KAPAPA", **{"setup-uri": "{base}/video", "play-uri": "{base}"})
+case("two tracks", "live frames=KA", tracks="va", **{"setup-uri": "{base}/video", "play-uri": "{base}"})
 case("over IPv6", "live frames=KPPPP host=[::1]")
 
 # --- the session is kept ---
@@ -224,35 +190,22 @@ case("reports without end", STALLS, script="K", then="flood", flood=interleaved(
 for name, told, what in (
         ("junk between packets", "live", junk(3000)),
         ("text between packets", "live frames=KK lost=0", b"hello\r\n\r\nRTSP/1.0 200 OK\r\nCSeq: 1\r\n\r\n"),
-        ("an empty packet", "live frames=KK lost=0", interleaved(0, b"")),
-        ("a packet of a byte", "live frames=KK lost=0", interleaved(0, b"\x80")),
         ("packets of each length", "live", b"".join(interleaved(0, junk(n)) for n in range(40))),
         ("a packet shorter than it says", "live", interleaved(0, b"\x80\x60\0\x65" + b"x" * 20, 500)),
         ("a packet longer than it says", "live", interleaved(0, b"\x80\x60\0\x65" + b"x" * 20, 5)),
         ("a packet of 64 kB", "live", interleaved(0, b"\x80" * 65535)),
         ("a request of the server's", "live frames=KK lost=0", b"GET_PARAMETER rtsp://x/ RTSP/1.0\r\nCSeq: 5\r\n\r\n"),
-        ("an answer with a body", "live frames=KK lost=0", b"RTSP/1.0 200 OK\r\nCSeq: 9\r\nContent-Length: 5\r\n\r\n$$$$$"),
-        ("an ANNOUNCE", "live frames=KK lost=0", b"ANNOUNCE rtsp://x/ RTSP/1.0\r\nCSeq: 6\r\nContent-Length: 4\r\n\r\n$\0\0\1"),
+        ("an answer with a body", "live frames=KK lost=0", b"RTSP/1.0 200 OK\r\nContent-Length: 5\r\n\r\n$$$$$"),
+        ("an ANNOUNCE", "live frames=KK lost=0", b"ANNOUNCE * RTSP/1.0\r\nContent-Length: 4\r\n\r\n$\0\0\1"),
         ("a report cut short", "live frames=KK lost=0", interleaved(1, rtcp(200, b"\0\0\x12\x34ab", 6))),
-        ("a report of nothing", "live frames=KK lost=0", interleaved(1, rtcp(200, b""))),
         ("a report that says it is long", "live frames=KK lost=0", interleaved(1, rtcp(200, b"\0\0\x12\x34", 65535))),
         ("reports of each type", "live frames=KK lost=0", b"".join(
             interleaved(1, rtcp(kind, b"\0\0\x12\x34", words, first)) for kind in range(192, 256) if kind != 203
             for words, first in ((1, 0x80), (9, 0xFF))))):
     case(name, told, script=between(what))
-for first in (0x00, 0x40, 0xC0, 0x90, 0xA0, 0x8F, 0xBF):
-    case(f"first byte {first}", script=["K", *[bare(first=first), "K"] * 20])
-case("padding of 255", script=["K", bare(b"\x65" + SLICE + b"\xff", first=0xA0), "K"])
-case("an extension beyond the end", script=["K", bare(b"\xbe\xde\xff\xff" + SLICE, first=0x90), "K"])
-case("types of each number", script=["K", *(bare(kind=kind) for kind in range(256) if kind & 127 not in range(72, 80)
-                                            and kind & 127 != 96), "K"])
-case("units of each kind", script=["K", *(bare(bytes([kind]) + junk(length)) for kind in range(256)
-                                          for length in (0, kind)), "K"])
 case("an empty unit", script=["K", bare(b""), "K"])
-case("aggregates of wrong sizes", script=["K", *(bare(b"\x78" + struct.pack(">H", said) + rest) for said in (0, 1, 12, 65535)
-                                                 for rest in (b"\x65" + SLICE, b"")), bare(b"\x78\x01"), "K"])
-case("start codes only", script=["K", bare(b"\x65" + b"\0\0\1" * 3), "K"])
-case("pieces without a beginning", script="K" + "=" * 50)
+case("aggregates of wrong sizes", script=["K", *(
+    bare(b"\x78" + struct.pack(">H", said) + rest) for said in (0, 1, 12, 65535) for rest in (b"\x65" + SLICE, b""))])
 case("pieces without an end", script="K" + "<" * 50)
 case("a unit of 19 MB", script=["K", "<", *[bare(b"\x7c\x05" + b"z" * 65000, last=False)] * 300, "K"])
 case("parameter sets only", script=[bare(SETS[0], last=False)] * 2000)
@@ -274,26 +227,31 @@ for name, script, frames, told in (  # behind a few frames, when markers are kno
 case("first piece of all missing", "live frames=KKK", script="=>KKK")
 case("numbers that begin anew over UDP", "live transport=1", script=["K", "P", sets(sequence=65534), *"KPPPKPPP"])
 case("out of order over TCP", "live", script="KP(P)P!PKK")
-case("sequence numbers that jump", "live", script=[one for n in range(20) for one in (sets(sequence=n * 31421 & 65535), "K")])
+case("sequence numbers that jump", script=[one for n in range(20) for one in (sets(sequence=n * 31421 & 65535), "K")])
 
 # --- markers ---
-case("no markers", "live lost=0 steps=40000 frames=KPPPKPPPKPPP", script=[sets(marker="none"), *"K.P.P.P.K.P.P.P.K.P.P.P.", sets(marker="last")])
-case("no markers, in pieces", "live lost=0 frames=KKKKKK", script=[sets(marker="none"), *"K.<==>.<>.<=>.K.K."])
-case("markers at each packet", "live lost=0 frames=KKKKKKK", script=[sets(marker="each"), *"K.<==>.<==>.<==>.K.<==>.K."])
+NONE, EACH, LAST = (sets(marker=marker) for marker in ("none", "each", "last"))
+GOOD = sets(step=3600)
+case("no markers", "live lost=0 steps=40000 frames=KPPPKPPPKPPP", script=[NONE, *"K.P.P.P.K.P.P.P.K.P.P.P.", LAST])
+case("no markers, in pieces", "live lost=0 frames=KKKKKK", script=[NONE, *"K.<==>.<>.<=>.K.K."])
+case("markers at each slice", "live lost=0 frames=KKKKKK steps=40000", script=[EACH, *"K.[].[].[].[].", LAST])
+case("markers at each packet", "live lost=0 frames=KKKKKKK", script=[EACH, *"K.<==>.<==>.<==>.K.<==>.K."])
 
 # --- time ---
 for name, step, told in (
         ("time stamps that stand still", 0, "frames=KPPPK lost=0 never=7"),
         ("time stamps that run back", -900000, f"frames=K!P!P!P!K lost=0 hears={JUMP} jump=9000"),
         ("time stamps that leap", 0x7FFFFFF1, f"lost=0 hears={JUMP}")):
-    case(name, "live " + told, script=[sets(step=step), *"KPPPK", sets(step=3600)])
-case("the time stamp that means none", "live frames=KPPP lost=0", script=[adds(stamp=0xFFFFFFFF - 1000), sets(step=0), *"KPPP", sets(step=3600)])
-case("many small steps ahead", f"live hears={JUMP}", script=[*"K.", sets(step=int(2.9 * 90000)), *"P.P.P.P.P.P.P.P.", sets(step=3600)])
-case("an hour's leap", f"live frames=KP!PPK hears={JUMP} jump=3500000", script=[*"KP", adds(stamp=3600 * 90000), *"PPK"])
-case("time stamps that pass their end", "live frames=KPPPPP never=7 steps=40000", script=[adds(stamp=0xFFFFFFFF - 9000), *"K.P.P.P.P.P."])
+    case(name, "live " + told, script=[sets(step=step), *"KPPPK", GOOD])
+case("the time stamp that means none", "live frames=KPPP lost=0",
+     script=[adds(stamp=0xFFFFFFFF - 1000), sets(step=0), *"KPPP", GOOD])
+case("many small steps ahead", f"live hears={JUMP}", script=[*"K.", sets(step=261000), *"P.P.P.P.P.P.P.P.", GOOD])
+case("an hour's leap", "live frames=KP!PPK jump=3500000", script=[*"KP", adds(stamp=3600 * 90000), *"PPK"])
+case("time stamps that pass their end", "live frames=KPPPPP never=7 steps=40000",
+     script=[adds(stamp=0xFFFFFFFF - 9000), *"K.P.P.P.P.P."])
 case("reports between the pieces", "live frames=KKKKKK lost=0 never=7 steps=40000", tracks="va",
      script="K.<R=R>.<=SR=>.<RR>.<R==>.KRS.")
-case("a first report that comes late", "live never=7 steps=40000 frames=KPPPKPPP", tracks="v", script="K.P.P.RP.K.P.RP.P.")
+case("a first report that comes late", "live never=7 steps=40000 frames=KPPPKPPP", script="K.P.P.RP.K.P.RP.P.")
 case("reports at both ends of time", "live lost=0", script=["K", (-2208988800, 0), "K", (2085978495, 0xFFFFFFFF), "K",
                                                            (-2208988800, 0xFFFFFFFF), "K", (2085978495, 0), "K"])
 case("a clock that is set by an hour", f"live lost=0 frames=KPPPKP hears={JUMP} jump=3590000 steps=40000",
@@ -303,9 +261,9 @@ case("a clock that is set by sixty years", f"live lost=0 hears={JUMP} jump=20000
 
 # --- the end ---
 case("good-bye", "lost 0", script="KKB")
-case("good-bye of another", "live", script=["K", interleaved(1, rtcp(201, b"\0\0\0\1") + rtcp(203, b"\0\0\0\1", 1, 0x81)), "K"])
+case("good-bye of another", script=between(interleaved(1, rtcp(201, b"\0\0\0\1") + rtcp(203, b"\0\0\0\1", 1, 0x81))))
 case("good-bye over UDP", "lost 0 transport=1", script="KKB")
-case("other tracks after a reconnect", "lost 0 sessions=1", tracks="va", script="KAPAPA", then="close",
+case("other tracks after a reconnect", "lost 0 sessions=1", tracks="va", script="KAPPPPA", then="close",
      **{"then-tracks": "av", "then-script": "KAPAPA"})
 case("refuses to pause", "live pause", at="PAUSE", find="200 OK", put="501 Not Implemented")
 case("pauses", "live pause")
@@ -313,10 +271,16 @@ case("closes when asked to pause", "live pause", at="PAUSE", put="", then="close
 case("lives shortly", "lost pauses=1000,2000,4000 sessions=3", script=["K", 0.3], then="reset")
 case("lives long", "lost pauses=1000,1000 sessions=2", script=["K", *["K", 1.0] * 11], then="reset")
 
+# A gap before the third frame, and the recording's end with the last.
+RECORDING = len(CASES)
+case("a recording", "lost 0", script=[
+    lambda rtp, n=n: rtp.recorded(1709208000 + n, {2: 0x20, 4: 0x10}.get(n, 0), n == 0) for n in range(5)])
+case("a loudspeaker", tracks="vb")
+
 # --- transports ---
 case("automatic", "live transport=3 frames=KPPPP never=8", script="KPPPP")
 case("automatic where UDP brings nothing", f"live transport=3 hears={TRANSPORT}", **{"no-udp": "nothing"})
 case("automatic where UDP is refused", f"live transport=3 hears={TRANSPORT}", **{"no-udp": "461"})
 case("UDP that brings nothing", "lost transport=1", **{"no-udp": "nothing"})
-if "qemu" not in os.environ["PROBE"]:  # the emulator can't join a group
+if "qemu" not in os.environ["PROBE"]:  # which can't join a group
     case("multicast", "live transport=2 frames=KPPP lost=0", script="KPPPKPPP")

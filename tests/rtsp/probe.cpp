@@ -4,18 +4,22 @@
 //   open ID plugin|api URL USER PASSWORD TRANSPORT CERTIFICATE ACTION FILE CODEC     a stream with a listener; ACTION:
 //        what the first frame's callback does, FILE: where the bytes of all frames of CODEC go; both may be empty
 //   frames ID 0|1    control ID CODE    late ID    info ID    close ID    release    self    stop
+//   record ID URL SECONDS SCALE    a recording from so many seconds since 1970 on, with a back channel
+//   again ID SECONDS SCALE    talk ID BYTES    end ID
 //
-//   opened ID RESULT HANDLE    closed ID RESULT MILLISECONDS    did ID RESULT
+//   opened ID RESULT HANDLE    closed ID RESULT MILLISECONDS    did ID RESULT    talked ID RESULT CODEC
 //   event ID WORD WORD WORD WORD    late ID (the same, to the other registration)
 //   frame ID HANDLE TYPE CODEC FLAGS SEQUENCE LOST LENGTH TIME WALL WIDTH HEIGHT RATE CHANNELS CONFIG SUM NAME
 //   info ID STATE RECONNECTS STATUS DROPPED PACKETS FRAMES BYTES LOST    self THREADS FILES BYTES
 
 #include "adapter/ClientAdapter.h"
 #include "plugins/rtsp/EntryPoints.h"
+#include "rtsp/Stream.h"
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -23,24 +27,28 @@
 #include <latch>
 #include <malloc.h>
 #include <map>
+#include <memory>
 #include <numeric>
 #include <pthread.h>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
 
 namespace
 {
+using namespace std::chrono_literals;
+
 struct tagStream
 {
     int nID = 0;
     bool bApi = false;
     int nLogin = -1, nMedia = -1;
     void* hStream = nullptr;
+    std::unique_ptr<rtsp::CEngine> pEngine{};
+    std::unique_ptr<rtsp::CStream> pStream{};
     std::string strAction{};
     FILE* pFile = nullptr;
     std::uint32_t dwCodec = 0; ///< of what goes there
@@ -111,6 +119,14 @@ int Act(tagStream& tStream)
     const std::map<std::string, std::function<int()>> afnWays{
         {"", [] { return 0; }},
         {"hang", [] { return g_tReleased.wait(), 0; }},
+        {"compute",
+         []
+         {
+             while (g_tReleased.wait_for(0s) != std::future_status::ready)
+             {
+             }
+             return 0;
+         }},
         {"throw", []() -> int { throw std::runtime_error("the application's own"); }},
         {"exit", []() -> int { pthread_exit(nullptr); }},
         {"cancel", [] { return pthread_cancel(pthread_self()), pthread_testcancel(), 0; }},
@@ -185,6 +201,27 @@ int Open(tagStream& t, Words const& astrWords)
     return RTSPClient_Create(&t.hStream, &tPara, 0) || RTSPClient_EventCB(t.hStream, &OnEvent<g_szEvent>, t.User());
 }
 
+rtsp::tagPlayback Playback(std::string const& strSeconds, std::string const& strScale)
+{
+    rtsp::tagRange tRange;
+    tRange.bClock = true;
+    tRange.llBeginUs = 1000000 * std::stoll(strSeconds);
+    return {tRange, std::stod(strScale), true};
+}
+
+void Record(tagStream& t, Words const& astrWords)
+{
+    rtsp::tagStreamOptions tOptions;
+    tOptions.tUrl = *rtsp::ParseUrl(astrWords[2]);
+    tOptions.tPlayback = Playback(astrWords[3], astrWords[4]);
+    tOptions.bBackChannel = true;
+    t.nID = std::stoi(astrWords[1]);
+    t.pEngine = std::make_unique<rtsp::CEngine>();
+    t.pStream = t.pEngine->Open(nullptr, std::move(tOptions));
+    t.pStream->SetListener(rtsp::eListener::EventCB, &OnEvent<g_szEvent>, t.User());
+    t.pStream->SetFrameCallback(&OnFrame, t.User());
+}
+
 std::ptrdiff_t Entries(char const* szFolder)
 {
     return std::distance(std::filesystem::directory_iterator(szFolder), {});
@@ -219,6 +256,16 @@ const std::map<std::string, void (*)(tagStream&, Words const&)> g_apfnCommands{
          Print("info", t.nID, tInfo.dwState, tInfo.dwReconnects, tInfo.dwLastStatus, tInfo.dwDropped, tInfo.ullPackets,
                tInfo.ullFrames, tInfo.ullBytes, tInfo.ullLost);
      }},
+    {"record", &Record},
+    {"again", [](tagStream& t, Words const& astrWords) { t.pStream->Play(Playback(astrWords[2], astrWords[3])); }},
+    {"talk",
+     [](tagStream& t, Words const& astrWords)
+     {
+         const std::vector<unsigned char> abyFrame(std::stoul(astrWords[2]), 0xD5);
+         const auto tFormat = t.pStream->BackFormat();
+         Print("talked", t.nID, t.pStream->SendAudio(abyFrame, 160, true), tFormat ? tFormat->eCodec : -1);
+     }},
+    {"end", [](tagStream& t, Words const&) { t.pStream.reset(), t.pEngine->Stop(rtsp::Clock::now() + 5s); }},
     {"close", [](tagStream& t, Words const&) { Close(t); }},
     {"release", [](tagStream&, Words const&) { g_tRelease.set_value(); }},
     {"self", [](tagStream&, Words const&)
@@ -229,11 +276,8 @@ const std::map<std::string, void (*)(tagStream&, Words const&)> g_apfnCommands{
 
 int main()
 {
-    rlimit tFiles{};
-    getrlimit(RLIMIT_NOFILE, &tFiles);
-    tFiles.rlim_cur = tFiles.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &tFiles);
-    g_atStreams[0]; // for commands that name none
+    g_atStreams[0];                              // for commands that name none
+    fcntl(STDOUT_FILENO, F_SETPIPE_SZ, 1 << 20); // callbacks mustn't wait for who reads
     ClientAdapter_Start(2000);
     for (std::string strLine; std::getline(std::cin, strLine);)
     {

@@ -8,6 +8,7 @@ import collections
 import errno
 import os
 import re
+import resource
 import shlex
 import shutil
 import socket
@@ -16,11 +17,11 @@ import tempfile
 import time
 import unittest
 
-from cases import CASES
+from cases import CASES, RECORDING
 from server import Server
 
 CLIPS = os.environ["CLIPS"]
-PATIENCE = 45  # seconds, for what is bound to come
+PATIENCE = 120  # seconds, for what is bound to come, on a busy machine too
 CLOSING = 5000  # milliseconds: 2 s, and what a busy machine adds
 TCP, UDP, MULTICAST, AUTOMATIC = range(4)
 CONNECTING, LIVE, STALLED, REFUSED, LOST, PAUSED, JUMP, TRANSPORT = range(1, 9)
@@ -28,8 +29,8 @@ VIDEO, AUDIO = 0, 1
 KEY, BREAK, DAMAGED = 1, 2, 4
 PLAY, PAUSE = 0, 1
 STILL_RUNNING = 219
-Frame = collections.namedtuple("Frame", "handle type codec flags sequence lost length time wall width height rate channels "
-                                        "config sum name")
+Frame = collections.namedtuple(
+    "Frame", "handle type codec flags sequence lost length time wall width height rate channels config sum name")
 Info = collections.namedtuple("Info", "state reconnects status dropped packets frames bytes lost")
 
 
@@ -39,7 +40,7 @@ class Stream:
     def __init__(self, probe, number, name):
         self.probe, self.number, self.name, self.faults = probe, number, name, []
         self.frames, self.events, self.late, self.last, self.broken = [], [], [], {}, False
-        self.opened = self.did = self.info = None
+        self.opened, self.did, self.talked, self.info = (0, 0), None, None, None
         self.closed = (None, 0)
 
     def take(self, kind, words):
@@ -56,8 +57,8 @@ class Stream:
                 self.faults.append("not opened")
 
     def check(self, frame):
-        """Every stream begins with a key frame, and goes on with one after a failure; numbers grow, time doesn't run back;
-        what needs the frame before comes right behind it."""
+        """Every stream begins with a key frame, and goes on with one after a failure; numbers grow, time doesn't run
+        back; what needs the frame before comes right behind it."""
         last = self.last.get((frame.type, frame.name))
         step = frame.sequence - last.sequence if last else 1
         first = frame.type == VIDEO and (self.broken or not last)
@@ -105,11 +106,8 @@ class Stream:
 
     def letters(self):
         """K a key frame, P another, A audio; small ones are damaged, ! stands before what doesn't continue."""
-        text = ""
-        for frame in self.frames:
-            letter = "A" if frame.type == AUDIO else "K" if frame.flags & KEY else "P"
-            text += "!" * bool(frame.flags & BREAK) + (letter.lower() if frame.flags & DAMAGED else letter)
-        return text
+        pair = lambda frame: "aA" if frame.type == AUDIO else "kK" if frame.flags & KEY else "pP"
+        return "".join("!" * bool(frame.flags & BREAK) + pair(frame)[not frame.flags & DAMAGED] for frame in self.frames)
 
     def failures(self):
         return [event for event in self.events if event[0] in (LOST, REFUSED)]
@@ -143,11 +141,15 @@ class Probe:
     def tell(self, *words):
         self.process.stdin.write(("\t".join(map(str, words)) + "\n").encode("latin-1"))
 
+    def add(self, name):
+        number = len(self.streams) + 1
+        self.streams[str(number)] = Stream(self, number, name)
+        return self.streams[str(number)]
+
     def open(self, url, user="", password="", transport=TCP, certificate=0, action="", file="", only=0, door="plugin",
              frames=True):
-        number = len(self.streams) + 1
-        stream = self.streams[str(number)] = Stream(self, number, url)
-        self.tell("open", number, door, url, user, password, transport, certificate, action, file, only)
+        stream = self.add(url)
+        self.tell("open", stream.number, door, url, user, password, transport, certificate, action, file, only)
         if frames:
             stream.tell("frames", 1)
         return stream
@@ -213,24 +215,26 @@ class Base(unittest.IsolatedAsyncioTestCase):
 class Hostile(Base):
     """The cases of cases.py, all at once."""
 
+    def left(self):
+        """Seconds to wait: all run at once, so the time is that of all."""
+        return max(1, self.end - time.monotonic())
+
     async def shown(self, case):
-        """Until a case has been shown as often as it should; all run at once, so the time is that of all."""
-        times = int(case.get("sessions", 1))
-        await self.until(lambda: self.server.did[case["number"]] >= times, max(1, self.end - time.monotonic()))
+        """Until a case has been shown as often as it should."""
+        await self.until(lambda: self.server.did[case["number"]] >= case["sessions"], self.left())
 
     def open_case(self, case, sessions):
         url = self.server.url.replace("127.0.0.1", case.get("host", "127.0.0.1"))
-        return self.probe.open("%s/%d/%d" % (url, case["number"], sessions), case.get("user", ""), case.get("password", ""),
-                               case.get("transport", TCP))
+        return self.probe.open(f"{url}/{case['number']}/{sessions}", case["user"], case["password"], case["transport"])
 
     def healed(self, case):
-        fails = int(case.get("sessions", 1)) if case["end"] in ("lost", "refused") else 0
+        fails = case["sessions"] if case["end"] in ("lost", "refused") else 0
 
         def is_so(stream):
             events = [event[0] for event in stream.events]
             live = LIVE in events[max((n for n, event in enumerate(events) if event in (LOST, REFUSED)), default=0):]
-            return live and len(stream.failures()) >= fails and (case["end"] == "mute" or (
-                stream.frames and not stream.frames[-1].flags & DAMAGED and len(stream.letters()) >= len(case.get("frames", ""))))
+            return live and len(stream.failures()) >= fails and (case["end"] == "mute" or stream.frames and (
+                not stream.frames[-1].flags & DAMAGED and len(stream.letters()) >= len(case["frames"])))
         return is_so
 
     async def check(self, case, stream):
@@ -242,30 +246,30 @@ class Hostile(Base):
             stream.tell("control", PLAY)
         else:
             await self.shown(case)
-        await stream.until(self.healed(case), max(1, self.end - time.monotonic()))
+        await stream.until(self.healed(case), self.left())
         letters, events, failures = stream.letters(), [event[0] for event in stream.events], stream.failures()
-        self.assertTrue(letters.startswith(case.get("frames", "")), letters[:60])
+        self.assertTrue(letters.startswith(case["frames"]), letters[:60])
         self.assertTrue("stalls" not in case or STALLED in events)
-        self.assertTrue("hears" not in case or int(case["hears"]) in events)
-        self.assertTrue("never" not in case or int(case["never"]) not in events)
-        self.assertGreaterEqual(max((event[1] for event in stream.events if event[0] == JUMP), default=0), int(case.get("jump", 0)))
-        if case["end"] in ("live", "lost", "refused"):
-            kind = {"live": [], "lost": [LOST], "refused": [REFUSED]}[case["end"]]
-            self.assertEqual([event[0] for event in failures], kind * int(case.get("sessions", 1)))
+        self.assertTrue("hears" not in case or case["hears"] in events)
+        self.assertTrue("never" not in case or case["never"] not in events)
+        jumps = [event[1] for event in stream.events if event[0] == JUMP]
+        self.assertGreaterEqual(max(jumps, default=0), case["jump"])
+        kind = {"lost": [LOST], "refused": [REFUSED]}.get(case["end"], [])
+        self.assertEqual([event[0] for event in failures], kind * case["sessions"])
         for event in failures:
             self.assertTrue(400 <= event[1] <= 999 if event[0] == REFUSED else event[1] < 4096)
-            self.assertEqual(event[1], int(case.get("detail", event[1])))
+            self.assertIn(case["detail"], (event[1], None))
         if "pauses" in case:
             self.assertEqual([event[2] for event in failures], list(map(int, case["pauses"].split(","))))
         if "steps" in case:
-            self.assert_even([frame for frame in stream.frames if frame.type == VIDEO][:len(case.get("frames", ""))])
+            self.assert_even([frame for frame in stream.frames if frame.type == VIDEO][:len(case["frames"])])
         info = await stream.ask_info()
         self.assertIn(info.state, (LIVE, STALLED))
-        self.assertEqual(info.lost, int(case.get("lost", info.lost)))
+        self.assertEqual(info.lost, case.get("lost", info.lost))
 
     async def test_what_each_is_told_and_that_it_heals(self):
         self.end = time.monotonic() + PATIENCE
-        streams = [self.open_case(case, int(case.get("sessions", 1))) for case in CASES]
+        streams = [self.open_case(case, case["sessions"]) for case in CASES]
         for case, stream in zip(CASES, streams):
             with self.subTest(case["name"], told=stream.events):
                 await self.check(case, stream)
@@ -368,9 +372,9 @@ class Life(Base):
         hang = 17_000_000  # longer than silence makes a stream lost
         other = self.open()
         await other.count(10)
-        before = await self.probe.ask_self()
+        quick = os.cpu_count() + 5  # threads at most, the main one included, when no callback is slow
         # The first has more to take than any buffer should hold.
-        hanging = [self.open("/0/0?fps=25" + ("&size=60000&gop=10" if n == 0 else ""), action="hang") for n in range(10)]
+        hanging = [self.open("/0/0?fps=25" + "&size=60000&gop=10" * (n == 0), action="hang") for n in range(quick + 3)]
         closed = [self.open(action="hang", door=door) for door in ("plugin", "api")]
         for stream in closed:
             await stream.count(1)
@@ -379,6 +383,7 @@ class Life(Base):
             self.assertLess(took, CLOSING)
         await other.until(lambda s: s.frames[-1].time > hang)
         self.assert_even(other.frames)
+        await self.ask_until(lambda now: now[0] > quick)
         self.probe.tell("release")
         for stream in hanging:
             await stream.until(lambda s: s.frames[-1].time > hang)
@@ -389,13 +394,44 @@ class Life(Base):
         self.assertEqual(hanging[0].frames[-1].sequence + 1 - len(hanging[0].frames), info.dropped)
         self.assertGreater(info.dropped, 0)
         self.assertEqual([len(stream.frames) for stream in closed], [1, 1])
-        await self.ask_until(lambda now: now[0] <= before[0])  # the pool shrinks again
+        await self.ask_until(lambda now: now[0] <= quick)
 
-    async def test_callbacks_that_throw_or_end_their_thread_are_survived(self):
-        streams = [self.open(action=action) for action in ("throw", "exit", "cancel", "")]
-        for stream in streams:
+    async def test_callbacks_that_compute_throw_or_end_their_thread_hold_up_none_of_the_others(self):
+        computing = self.open(action="compute")
+        await computing.count(1)
+        for stream in [self.open(action=action) for action in ("throw", "exit", "cancel", "")]:
             await stream.count(20)
             self.assertEqual((await stream.close())[0], 0)
+        self.probe.tell("release")
+        await computing.count(20)
+
+
+class Recording(Base):
+    async def test_a_recording_is_played_as_asked(self):
+        stream = self.probe.add("recording")
+        begin = 1709208000  # 2024-02-29 12:00 UTC
+        stream.tell("record", f"{self.server.url}/{RECORDING}/100", begin, 1)
+        for text, scale in (("20240229T120000.000Z-", "1"), ("20240229T120001.000Z-", "-2")):
+            lost = await stream.event(LOST)
+            self.assertEqual(lost[1:3], (0, 0), "it ended, and isn't tried again")
+            self.assertEqual([frame.wall for frame in stream.frames[:5]], [(begin + n) * 1000000 for n in range(5)])
+            self.assertEqual([bool(frame.flags & BREAK) for frame in stream.frames[1:5]], [False, True, False, False])
+            for line in ("Require: onvif-replay", "Rate-Control: no", f"Scale: {scale}", "Range: clock=" + text):
+                self.assertIn(line, self.server.asked[-1])
+            stream.clear()
+            stream.tell("again", begin + 1, "-2")
+        stream.tell("end")
+
+    async def test_a_device_is_talked_to(self):
+        stream = self.probe.add("loudspeaker")
+        stream.tell("record", f"{self.server.url}/{RECORDING + 1}/0", 1, 1)
+        await stream.event(LIVE)
+        stream.tell("talk", 160)
+        self.assertEqual(await stream.until(lambda s: s.talked), (0, 5))
+        await self.until(lambda: self.server.heard)
+        self.assertEqual((self.server.heard[0][1], self.server.heard[0][12:]), ("\x80", "\xd5" * 160))
+        self.assertIn("Require: www.onvif.org/ver20/backchannel", self.server.asked[-1])
+        stream.tell("end")
 
 
 class Fleet(Base):
@@ -409,18 +445,12 @@ class Fleet(Base):
             self.assertEqual([frame.sequence for frame in stream.frames], list(range(len(stream.frames))))
         print("tried: %d streams at once, %d frames" % (len(streams), sum(len(stream.frames) for stream in streams)))
         await self.ask_until(lambda now: now[0] < 20)  # while the pipe was full, callbacks were slow
-        took = 0
-        for stream in streams[:500]:
-            stream.tell("close")
-        for stream in streams[:500]:
-            await stream.until(lambda s: s.closed[0] is not None)
-            result, milliseconds = stream.closed
-            took += milliseconds
-            self.assertEqual(result, 0)
-        self.assertLess(took, CLOSING)
+        closed = [await stream.close() for stream in streams[:500]]
+        self.assertEqual({result for result, _ in closed}, {0})
+        self.assertLess(sum(took for _, took in closed), CLOSING)
         self.probe.tell("stop")
         await self.until(lambda: not self.server.sessions)
-        self.assertEqual(self.server.ends[0], len(streams))
+        self.assertGreaterEqual(self.server.ends[0], len(streams))  # on a busy machine some needed two tries
         await self.ask_until(lambda now: now[1] <= before[1])
 
     async def reboots(self, servers, times):
@@ -469,20 +499,20 @@ def gstreamer_mounts():
         "/mulaw": tone(8000) + "mulawenc ! rtppcmupay name=pay0",
         "/opus": tone(48000) + "opusenc ! rtpopuspay name=pay0",
         "/g726": f"filesrc location={CLIPS}/g726.mkv ! matroskademux ! rtpg726pay name=pay0",
-        "/mjpeg": "videotestsrc ! video/x-raw,format=I420,width=160,height=120,framerate=10/1 ! jpegenc ! rtpjpegpay name=pay0",
+        "/mjpeg": "videotestsrc ! video/x-raw,format=I420,width=160,height=120,framerate=10/1 ! jpegenc ! "
+                  "rtpjpegpay name=pay0",
     }
 
 
 def free_port():
-    with socket.socket() as one:
-        one.bind(("127.0.0.1", 0))
+    with socket.create_server(("127.0.0.1", 0)) as one:
         return one.getsockname()[1]
 
 
 async def start_gstreamer(port=0, *options):
     words = [word for mount, line in gstreamer_mounts().items() for word in (mount, f"( {line} )")]
     process = await asyncio.create_subprocess_exec(
-        os.environ["SERVER"], "--port", str(port), "--seconds", "200", *options, *words, stdin=subprocess.PIPE,
+        os.environ["SERVER"], "--port", str(port), "--seconds", "600", *options, *words, stdin=subprocess.PIPE,
         stdout=subprocess.PIPE, env=os.environ | {"TESSARO_PASSWORD": "secret"})
     return process, "rtsp://127.0.0.1:" + (await process.stdout.readline()).decode().split()[-1]
 
@@ -490,15 +520,16 @@ async def start_gstreamer(port=0, *options):
 async def start_vlc(port):
     """As another user: it won't run as root."""
     user = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"] if os.getuid() == 0 else []
-    line = f"#rtp{{sdp=rtsp://127.0.0.1:{port}/live}}"
-    process = await asyncio.create_subprocess_exec(*user, "vlc", "-I", "dummy", "-q", "--loop", CLIPS + "/h264.mp4", "--sout", line,
-                                                   stderr=subprocess.DEVNULL, env=os.environ | {"HOME": "/tmp"})
+    words = f"vlc -I dummy -q --loop {CLIPS}/h264.mp4 --sout #rtp{{sdp=rtsp://127.0.0.1:{port}/live}}".split()
+    process = await asyncio.create_subprocess_exec(*user, *words, stderr=subprocess.DEVNULL,
+                                                   env=os.environ | {"HOME": "/tmp"})
     return process, f"rtsp://127.0.0.1:{port}"
 
 
 async def end(process):
-    process.kill()
-    await process.wait()
+    if process.returncode is None:
+        process.kill()
+        await process.wait()
 
 
 def units(data, h265=False):
@@ -534,10 +565,9 @@ class Witness(Base):
         ("/opus", TCP, 7, "opus", 20000, 48000, None))
 
     async def ffmpeg(self, url, codec, data=None):
-        track = "0:a" if 3 <= codec <= 7 else "0:v"
-        process = await asyncio.create_subprocess_exec(
-            "ffmpeg", "-v", "fatal", *(["-rtsp_transport", "tcp"] if data is None else []), "-i", url, "-map", track, "-c", "copy",
-            "-t", "4", "-f", "data", "-", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        words = f"-i {url} -map {'0:a' if 3 <= codec <= 7 else '0:v'} -c copy -t 4 -f data -".split()
+        words = ["ffmpeg", "-v", "fatal", *(["-rtsp_transport", "tcp"] if data is None else []), *words]
+        process = await asyncio.create_subprocess_exec(*words, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         return (await process.communicate(data))[0]
 
     def check_frames(self, frames, codec, name, rate):
@@ -556,6 +586,7 @@ class Witness(Base):
 
     async def test_frames_are_those_that_another_receiver_takes(self):
         process, url = await start_gstreamer()
+        self.addAsyncCleanup(end, process)
         with tempfile.TemporaryDirectory() as folder:
             theirs = [asyncio.ensure_future(self.ffmpeg(url + mount, codec)) for mount, _, codec, *_ in self.ROWS]
             streams = [self.probe.open(url + row[0], transport=row[1], file=f"{folder}/{number}", only=row[2])
@@ -576,32 +607,27 @@ class Witness(Base):
                     if name == "mpegts":
                         data = await self.ffmpeg("-", codec, data)
                     ours, expected = (split(data), split(expected)) if split else (data, expected)
-                    if split:
-                        begin = expected.index(ours[0])
-                    else:
-                        begin = expected.find(data[:sum(frame.length for frame in frames[:3])])
-                    self.assertGreaterEqual(begin, 0)
+                    begin = expected.index(ours[0] if split else data[:sum(frame.length for frame in frames[:3])])
                     length = min(len(ours), len(expected) - begin)
                     self.assertGreater(length, 20 if split else 4000)
                     self.assertTrue(ours[:length] == expected[begin:begin + length])
-        await end(process)
 
     async def test_certificates_are_checked_where_that_is_asked_for(self):
         os.environ["SSL_CERT_FILE"] = CLIPS + "/certificate.pem"
         process, url = await start_gstreamer(0, "--user", "u", "--tls", CLIPS + "/tls.pem")
+        self.addAsyncCleanup(end, process)
         url = url.replace("rtsp:", "rtsps:") + "/h264"
         trusting, strange = await Probe().start(), self.probe  # with this authority, and without
-        for probe, url, certificate, lives in ((strange, url, 0, True), (strange, url, 1, False), (trusting, url, 1, True),
-                                               (trusting, url.replace("127.0.0.1", "localhost"), 1, False)):
-            stream = probe.open(url, "u", "secret", certificate=certificate)
+        for probe, host, certificate, lives in ((strange, "127.0.0.1", 0, True), (strange, "127.0.0.1", 1, False),
+                                                (trusting, "127.0.0.1", 1, True), (trusting, "localhost", 1, False)):
+            stream = probe.open(url.replace("127.0.0.1", host), "u", "secret", certificate=certificate)
             self.assertEqual((await stream.until(lambda s: s.events[1:]))[0][0], LIVE if lives else LOST)
         await trusting.end()
-        await end(process)
 
     async def test_streams_come_back_after_their_servers(self):
         vlc = shutil.which("vlc")
-        for start, mount, transport in ((start_gstreamer, "/av", TCP), (start_gstreamer, "/av", UDP), (start_vlc, "/live", UDP),
-                                        (start_vlc, "/live", AUTOMATIC)):
+        for start, mount, transport in ((start_gstreamer, "/av", TCP), (start_gstreamer, "/av", UDP),
+                                        (start_vlc, "/live", UDP), (start_vlc, "/live", AUTOMATIC)):
             if start == start_vlc and not vlc:
                 print("skipped: VLC's server, which isn't installed")
                 continue
@@ -610,6 +636,7 @@ class Witness(Base):
                 stream = self.probe.open(f"rtsp://127.0.0.1:{port}{mount}", transport=transport)
                 for again in range(2):
                     process, _ = await start(port)
+                    self.addAsyncCleanup(end, process)
                     await stream.until(lambda s: sum(frame.type == VIDEO for frame in s.frames) >= 60)
                     # VLC has sender reports in the middle of pictures.
                     self.assert_even([frame for frame in stream.frames if frame.type == VIDEO])
@@ -617,24 +644,26 @@ class Witness(Base):
                     stream.clear()
                     await end(process)
                     await stream.event(LOST)
+                    stream.frames = []  # what it sent until its end
                 await stream.close()
         if vlc:
             process, url = await start_vlc(port)
+            self.addAsyncCleanup(end, process)
             refused = self.probe.open(url + "/live")
             self.assertEqual((await refused.event(REFUSED))[1], 461)
-            await end(process)
 
 
 class Exit(unittest.IsolatedAsyncioTestCase):
     async def test_a_process_may_end_in_any_way_with_live_streams(self):
         plain, url = await start_gstreamer()
+        self.addAsyncCleanup(end, plain)
         tls, tls_url = await start_gstreamer(0, "--user", "u", "--tls", CLIPS + "/tls.pem")
+        self.addAsyncCleanup(end, tls)
         process = await asyncio.create_subprocess_exec(*shlex.split(os.environ["EXIT"]), url + "/h264",
                                                        tls_url.replace("rtsp:", "rtsps:") + "/h264")
         self.assertEqual(await process.wait(), 0)
-        await end(plain)
-        await end(tls)
 
 
 if __name__ == "__main__":
+    resource.setrlimit(resource.RLIMIT_NOFILE, (resource.getrlimit(resource.RLIMIT_NOFILE)[1],) * 2)
     unittest.main(verbosity=0)

@@ -16,9 +16,11 @@ STEP = 3600  # time stamps in 40 ms of 90 kHz
 SETS = bytes.fromhex("6742000af841a2"), bytes.fromhex("68ce3880")
 SLICE = bytes.fromhex("888421a0")
 SDP = {
+    "*": "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=t\r\nc=IN IP4 0.0.0.0\r\nt=0 0\r\na=control:*\r\n",
     "v": "m=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\na=fmtp:96 packetization-mode=1;sprop-parameter-sets="
          + ",".join(base64.b64encode(one).decode() for one in SETS) + "\r\na=control:video\r\n",
     "a": "m=audio 0 RTP/AVP 8\r\na=control:audio\r\n",
+    "b": "m=audio 0 RTP/AVP 0\r\na=control:back\r\na=sendonly\r\n",  # as ONVIF's back channel says it
 }
 
 
@@ -39,28 +41,40 @@ class Rtp:
         self.marker = "last"  # or "none", "each"
         self.clock = time.time()  # the device's own, at stamp 1000
 
+    def recorded(self, clock, flags, key):
+        """A frame with ONVIF's replay extension."""
+        extension = struct.pack(">HHQBBH", 0xABAC, 3, (clock + 2208988800) << 32, flags, 0, 0)
+        return self.frame(key, first=0x90, front=extension)
+
     def packet(self, payload, last=True, kind=None, first=0x80):
         mark = {"last": last, "none": False, "each": True}[self.marker] << 7
         kind = {"v": 96, "a": 8}[self.kind] if kind is None else kind
-        head = struct.pack(">BBHII", first, kind & 127 | mark, self.sequence & 65535, self.stamp & 0xFFFFFFFF, self.source)
         self.sequence += 1
-        return head + payload
+        return struct.pack(">BBHII", first, kind & 127 | mark, self.sequence - 1 & 65535, self.stamp & 0xFFFFFFFF,
+                           self.source) + payload
 
-    def frame(self, key=True, size=40, kind=None, first=0x80):
+    def frame(self, key=True, size=40, kind=None, first=0x80, front=b""):
         if self.kind == "a":
             packet = self.packet(b"\xd5" * 320, False)
         elif key:
             units = SETS + (b"\x65" + SLICE + b"x" * size,)
             body = b"\x78" + b"".join(struct.pack(">H", len(unit)) + unit for unit in units)
-            packet = self.packet(body, True, kind, first)
+            packet = self.packet(front + body, True, kind, first)
         else:
-            packet = self.packet(b"\x41" + SLICE + b"x" * size, True, kind, first)
+            packet = self.packet(front + b"\x41" + SLICE + b"x" * size, True, kind, first)
         self.stamp += self.step
         return packet
 
     def piece(self, begins, ends):
-        packet = self.packet(bytes([0x7C, begins << 7 | ends << 6 | 5]) + (SLICE if begins else b"yyyy") + b"y" * 40, ends)
+        body = (SLICE if begins else b"yyyy") + b"y" * 40
+        packet = self.packet(bytes([0x7C, begins << 7 | ends << 6 | 5]) + body, ends)
         self.stamp += self.step * ends
+        return packet
+
+    def slice(self, begins):
+        """One of the two of a key frame."""
+        packet = self.packet(b"\x65" + (SLICE if begins else b"\x42\x10" + SLICE), not begins)
+        self.stamp += self.step * (not begins)
         return packet
 
     def report(self, clock=None, stamp=None):
@@ -89,7 +103,7 @@ class Login:
             name, _, qop = offer.partition(" ")
             lines += "WWW-Authenticate: " + (
                 'Basic realm="r"' if name == "Basic" else
-                'Digest realm="a, \\"b\\"", nonce="n%d"' % self.number + ("" if name == "none" else ", algorithm=" + name)
+                'Digest realm="a, \\"b\\"", nonce="n%d"' % self.number + (", algorithm=" + name) * (name != "none")
                 + (', qop="%s"' % qop if qop else "") + (", stale=true" if stale else "")) + "\r\n"
         return lines
 
@@ -147,7 +161,9 @@ class Session(asyncio.Protocol):
             if whole < 4 or whole > len(self.rest):
                 return
             message, self.rest = self.rest[:whole].decode("latin-1"), self.rest[whole:]
-            if message[0] != "$" and not message.startswith("RTSP/"):
+            if message[0] == "$" and ord(message[1]) == self.targets.get("back"):
+                self.server.heard.append(message[4:])
+            elif message[0] != "$" and not message.startswith("RTSP/"):
                 self.request(message)
 
     # --- answers ---
@@ -171,12 +187,12 @@ class Session(asyncio.Protocol):
         if self.hostile and wanted and uri != wanted and not uri.endswith("/audio"):
             self.server.errors.append(f"{case['name']}: {method} {uri} instead of {wanted}")
         answer = "RTSP/1.0 200 OK\r\nCSeq: %s\r\n" % number
+        self.server.asked += [message] if method == "PLAY" else []
         if method == "OPTIONS":
             answer += "Public: OPTIONS, DESCRIBE, SETUP, PLAY, PAUSE, GET_PARAMETER, TEARDOWN\r\n\r\n"
         elif method == "DESCRIBE":
             order = case.get("tracks", "v") if self.hostile else case.get("then-tracks", case.get("tracks", "v"))
-            sdp = self.edited("SDP", "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=t\r\nc=IN IP4 0.0.0.0\r\nt=0 0\r\na=control:*\r\n"
-                              + "".join(SDP[kind] for kind in order), number)
+            sdp = self.edited("SDP", "".join(SDP[kind] for kind in "*" + order), number)
             answer += "Content-Type: application/sdp\r\nContent-Length: %d\r\n\r\n%s" % (len(sdp), sdp)
         elif method == "SETUP":
             answer += "Session: 1;timeout=%s\r\n" % case.get("timeout", 60)
@@ -210,11 +226,14 @@ class Session(asyncio.Protocol):
         self.hostile = shown <= int(sessions) and not ("elsewhere" in self.case and not self.server.others)
 
     def set_up(self, uri, wanted):
+        if "back" in uri:
+            self.targets["back"] = int(re.search(r"interleaved=(\d+)", wanted)[1])
+            return wanted
         kind = "a" if "audio" in uri else "v"
         rtp = self.tracks[kind] = Rtp(kind, 0x1234 if kind == "v" else 0x4321)
         if ports := re.search(r"client_port=(\d+)-(\d+)", wanted):
-            to = self.transport.get_extra_info("peername")[0]
-            self.targets[rtp] = [(to, int(port)) for port in ports.groups()] if not (self.hostile and "no-udp" in self.case) else None
+            to, dead = self.transport.get_extra_info("peername")[0], self.hostile and "no-udp" in self.case
+            self.targets[rtp] = None if dead else [(to, int(port)) for port in ports.groups()]
             return wanted + ";server_port=%d-%d" % tuple(one.getsockname()[1] for one in self.server.udp)
         if "multicast" in wanted:
             group = "239.255.%d.%d" % divmod(self.server.port, 256)  # of this server's own
@@ -227,15 +246,15 @@ class Session(asyncio.Protocol):
         return self.hostile and self.case.get("at", "STREAM") == step
 
     def edited(self, step, good, number):
-        """The good answer, or what the case makes of it: {cseq}, {n} (a number that changes), {url}, {other} filled in."""
+        """The good answer, or what the case makes of it."""
         if not self.is_turn(step) or "put" not in self.case:
             return good
         self.server.number += 1
         put = self.case["put"]
-        for name, value in (("cseq", number), ("n", str(self.server.number)), ("other", self.server.others[0].url + self.path if self.server.others else ""),
-                            ("url", self.server.url + self.path),
-                            ("loop", "%s/%d/%d" % (self.server.url, self.case["number"], 10**9))):
-            put = put.replace("{%s}" % name, value)
+        for name, value in (("cseq", number), ("n", self.server.number), ("url", self.server.url + self.path),
+                            ("other", "".join(other.url + self.path for other in self.server.others)),
+                            ("loop", f"{self.server.url}/{self.case['number']}/1000000000")):
+            put = put.replace("{%s}" % name, str(value))
         find = self.case.get("find", "")
         if find not in good:
             self.server.errors.append("nothing to replace in " + self.case["name"])
@@ -279,7 +298,7 @@ class Session(asyncio.Protocol):
 
     async def be_good(self):
         """Ten frames quickly, then few: many streams share a small machine. Or as the address says."""
-        fps, size, gop = (int(self.queries.get(name, default)) for name, default in (("fps", 0), ("size", 40), ("gop", 8)))
+        fps, size, gop = map(int, ({"fps": 0, "size": 40, "gop": 8} | self.queries).values())
         due = time.monotonic()
         number = 0
         while not self.stalled:
@@ -301,10 +320,10 @@ class Session(asyncio.Protocol):
             self.server.udp[channel].sendto(packet, target[channel])
 
     async def perform(self, script):
-        """Bytes go out as they are, numbers are seconds to wait, functions make a packet or change the track, tuples are
-        clock and stamp of a report. In letters: K P frames, < = > the pieces of one, A audio, - a packet that goes
-        missing, R S reports of video and audio, B good-bye, . 40 ms, 2 the last packet again, ( ) hold back what is
-        between, ! send it."""
+        """Bytes go out as they are, numbers are seconds to wait, functions make a packet or change the track, tuples
+        are clock and stamp of a report. In letters: K P frames, < = > the pieces of one, [ ] its slices, A audio, - a
+        packet that goes missing, R S reports of video and audio, B good-bye, . 40 ms, 2 the last packet again, ( )
+        hold back what is between, ! send it."""
         held, holding, last = [], False, b""
         for step in script:
             rtp = self.tracks.get("a" if step in ("A", "S") else "v") or next(iter(self.tracks.values()))
@@ -325,8 +344,9 @@ class Session(asyncio.Protocol):
                 report = rtcp(203, struct.pack(">I", rtp.source), 1, 0x81) if step == "B" else b""
                 self.packet(rtp, rtp.report() + report, 1)
             else:
-                last = (step(rtp) if callable(step) else last if step == "2" else rtp.frame(step == "K") if step in "KPA"
-                        else rtp.piece(step == "<", step == ">"))
+                last = (step(rtp) if callable(step) else last if step == "2" else
+                        rtp.frame(step == "K") if step in "KPA" else
+                        rtp.slice(step == "[") if step in "[]" else rtp.piece(step == "<", step == ">"))
                 if holding:
                     held.append(last)
                 elif last:
@@ -341,6 +361,7 @@ class Server:
         self.sessions, self.shown = set(), {}
         self.did, self.ends = Counter(), Counter()  # of each case: times it was shown, and that a client said TEARDOWN
         self.errors = []  # what clients did that they must not
+        self.asked, self.heard = [], []  # PLAY requests, and packets of the back channel
 
     async def start(self):
         loop = asyncio.get_running_loop()

@@ -3,6 +3,7 @@
 #include "plugins/device/Discovery.h"
 #include "plugins/device/Fleet.h"
 #include "plugins/device/Text.h"
+#include "plugins/device/face/Answers.h"
 #include "plugins/device/face/Operations.h"
 
 #include <cstdlib>
@@ -12,12 +13,6 @@ namespace device
 {
 namespace
 {
-#ifdef DEVICE_IS_VTQ
-constexpr eProtocolType g_eProtocol = eProtocolVTQ;
-#else
-constexpr eProtocolType g_eProtocol = eProtocolPrivate;
-#endif
-
 std::mutex g_tStartMutex;
 
 // The environment's fleet, once in a process: what its devices have become outlives a stop.

@@ -66,14 +66,20 @@ int ReadBlock(void* hLogin, Envelope* ptConfig)
                            });
 }
 
-int SetFault(void* pPara, unsigned long dwLength)
+int ReadFault(void const* pPara, unsigned long dwLength, tagDeviceFault& tFault)
+{
+    auto const* const ptFault = static_cast<tagDeviceFault const*>(pPara);
+    return dwLength < sizeof ptFault->dwSize || !ptFault || ptFault->dwSize > dwLength
+               ? int{eResultBadArgument}
+               : Adapter_ProtocolSet::ReadRecord(tFault, ptFault);
+}
+
+int SetFault(void const* pPara, unsigned long dwLength)
 {
     tagDeviceFault tFault{};
-    auto const* const ptFault = static_cast<tagDeviceFault const*>(pPara);
-    if (dwLength < sizeof ptFault->dwSize || !ptFault || ptFault->dwSize > dwLength ||
-        Adapter_ProtocolSet::ReadRecord(tFault, ptFault) != eResultOk)
+    if (const int nResult = ReadFault(pPara, dwLength, tFault))
     {
-        return eResultBadArgument;
+        return nResult;
     }
     const std::string strAddress = Text(tFault.szAddress);
     std::vector<std::shared_ptr<CDevice>> apDevices = Fleet().All();
@@ -95,7 +101,41 @@ int SetFault(void* pPara, unsigned long dwLength)
     return nResult;
 }
 
-int ReadFleet(void* pPara, unsigned long dwLength)
+int GetFault(void* pPara, unsigned long dwLength)
+{
+    tagDeviceFault tFault{};
+    if (const int nResult = ReadFault(pPara, dwLength, tFault))
+    {
+        return nResult;
+    }
+    const std::string strAddress = Text(tFault.szAddress);
+    const auto pDevice = Fleet().Find(strAddress);
+    if (!pDevice)
+    {
+        return eResultUnreachable;
+    }
+    const CDevice::CLock tLock(*pDevice);
+    const int nResult = pDevice->Part<CFaults>().Get(tFault);
+    CopyText(tFault.szAddress, strAddress);
+    return nResult ? nResult : Adapter_ProtocolSet::WriteRecord(static_cast<tagDeviceFault*>(pPara), tFault);
+}
+
+int GetFleet(void* pPara, unsigned long dwLength)
+{
+    const std::string strFile = Fleet().File();
+    if (!pPara || strFile.empty())
+    {
+        return pPara ? int{eResultNotFound} : int{eResultBadArgument};
+    }
+    if (strFile.size() >= dwLength)
+    {
+        return eResultNoResources;
+    }
+    std::memcpy(pPara, strFile.c_str(), strFile.size() + 1);
+    return eResultOk;
+}
+
+int ReadFleet(void const* pPara, unsigned long dwLength)
 {
     if (!pPara || dwLength == 0)
     {
@@ -160,6 +200,19 @@ int Serve(tagCall<&CClientProtocolBase::SetMiscPara>, int, unsigned long dwType,
         return SetFault(pPara, dwLength);
     case eMiscFleet:
         return ReadFleet(pPara, dwLength);
+    default:
+        return eResultNotSupported;
+    }
+}
+
+int Serve(tagCall<&CClientProtocolBase::GetMiscPara>, int, unsigned long dwType, void* pPara, unsigned long dwLength)
+{
+    switch (dwType)
+    {
+    case eMiscFault:
+        return GetFault(pPara, dwLength);
+    case eMiscFleet:
+        return GetFleet(pPara, dwLength);
     default:
         return eResultNotSupported;
     }

@@ -1,6 +1,7 @@
 #include "plugins/device/media/Download.h"
 
 #include "plugins/device/Device.h"
+#include "plugins/device/Text.h"
 #include "plugins/device/media/Muxer.h"
 
 #include "protocol/interface/Queries.h"
@@ -16,12 +17,6 @@ namespace
 {
 constexpr int64_t g_llBlockUs = 5000;                // between two blocks
 constexpr int64_t g_llMeasuredUs = 7200 * 1000000LL; // the length of a longer recording isn't known beforehand
-
-template <std::size_t N>
-std::string TextOf(char const (&szText)[N])
-{
-    return {szText, strnlen(szText, N)};
-}
 } // namespace
 
 int CDownload::Open(std::shared_ptr<CDevice> pDevice, tagFileDownloadPara& tPara, std::shared_ptr<IBlockSink> pSink,
@@ -37,7 +32,7 @@ int CDownload::Open(std::shared_ptr<CDevice> pDevice, tagFileDownloadPara& tPara
     {
         return eResultBadArgument;
     }
-    const std::string strPath = TextOf(tPara.szPath);
+    const std::string strPath = Text(tPara.szPath);
     if (!strPath.empty())
     {
         pNew->m_pOutput = std::fopen(strPath.c_str(), tPara.ullOffset ? "ab" : "wb");
@@ -66,7 +61,7 @@ CDownload::~CDownload()
 
 int CDownload::Find(tagFileDownloadPara const& tPara)
 {
-    const std::string strFile = TextOf(tPara.szFile);
+    const std::string strFile = Text(tPara.szFile);
     const bool bRecording = tPara.dwKind == eFileRecording || tPara.dwKind == eFileAny;
     if (tPara.dwKind > eFileAudio || (strFile.empty() && !bRecording))
     {

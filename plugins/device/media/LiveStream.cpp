@@ -12,7 +12,6 @@ namespace device
 {
 namespace
 {
-constexpr int64_t g_llPollUs = 50000;  // how soon it is seen that a stream goes on
 constexpr int64_t g_llLateUs = 500000; // frames that are later than so are left out
 constexpr int64_t g_llJumpUs = 500000; // a clock that changes by more has been set
 constexpr uint32_t g_dwThousand = 1000;
@@ -24,13 +23,6 @@ bool IsTurn(uint32_t& dwSum, uint32_t dwShare)
     const bool bTurn = dwSum >= g_dwThousand;
     dwSum -= bTurn ? g_dwThousand : 0;
     return bTurn;
-}
-
-// The streams that run on this thread share it.
-std::vector<unsigned char>& Room()
-{
-    static thread_local std::vector<unsigned char> s_abyRoom;
-    return s_abyRoom;
 }
 } // namespace
 
@@ -183,6 +175,8 @@ void CLiveStream::CheckClock(int64_t llNowUs, int64_t llDeviceUs)
         const int64_t llVideo = m_tVideo.llNext;
         const int64_t llAudio = m_tAudio.llNext;
         Anchor(llDeviceUs, false);
+        --m_tVideo.llNext; // the present ones, not the next: where all is late for long, each stream still gets some
+        --m_tAudio.llNext;
         m_tVideo.dwSequence += static_cast<uint32_t>(m_tVideo.llNext - llVideo);
         m_tAudio.dwSequence += static_cast<uint32_t>(m_tAudio.llNext - llAudio);
     }
@@ -198,7 +192,7 @@ int64_t CLiveStream::Run(int64_t llNowUs)
     if (!m_bStarted || m_bPaused || !bFlows)
     {
         m_bAnchored = false;
-        return m_bStarted && !m_bPaused ? llNowUs + g_llPollUs : g_llNotAgain;
+        return m_bStarted && !m_bPaused ? llNowUs + CPump::g_llPollUs : g_llNotAgain;
     }
     const int64_t llDeviceUs = m_pDevice->NowUs();
     CheckClock(llNowUs, llDeviceUs);
@@ -241,7 +235,7 @@ void CLiveStream::SendVideo()
     }
     tagStreamMediaFrame tFrame = VideoRecord(*m_pClip, bKey);
     tFrame.llWallClockUs = llTimeUs;
-    Send(m_tVideo, tFrame, m_pClip->Frame(static_cast<uint64_t>(llPicture), m_dwSinceKey, Room()));
+    Send(m_tVideo, tFrame, m_pClip->Frame(static_cast<uint64_t>(llPicture), m_dwSinceKey, CPump::Room()));
 }
 
 void CLiveStream::SendAudio()
@@ -265,7 +259,7 @@ void CLiveStream::Send(tagTrack& tTrack, tagStreamMediaFrame& tFrame, Bytes tDat
 {
     if (IsTurn(tTrack.dwDamage, m_tState.dwDamage))
     {
-        std::vector<unsigned char>& abyRoom = Room();
+        std::vector<unsigned char>& abyRoom = CPump::Room();
         if (tData.data() != abyRoom.data())
         {
             abyRoom.assign(tData.begin(), tData.end());

@@ -12,23 +12,16 @@ namespace device
 {
 namespace
 {
-constexpr int64_t g_llLateUs = 1000000; // frames that are later than so are left out
-constexpr int64_t g_llPollUs = 50000;   // how soon it is seen that a device or a recording goes on
+constexpr int64_t g_llLatePlaybackUs = 1000000; // frames that are later than so are left out
 constexpr uint32_t g_dwMinSpeed = eSpeedNormal / 8;
 constexpr uint32_t g_dwMaxSpeed = eSpeedNormal * 16;
-constexpr uint32_t g_dwFlags = eHistoryPaused | eHistoryNoAudio | eHistoryKeyFramesOnly;
-
-std::vector<unsigned char>& Room()
-{
-    static thread_local std::vector<unsigned char> s_abyRoom;
-    return s_abyRoom;
-}
+constexpr uint32_t g_dwHistoryFlags = eHistoryPaused | eHistoryNoAudio | eHistoryKeyFramesOnly;
 } // namespace
 
 int CPlayback::Open(std::shared_ptr<CDevice> pDevice, tagRecordingQuestion const& tQuestion, uint32_t dwFlags,
                     std::shared_ptr<IFrameSink> pSink, std::shared_ptr<CPlayback>& pPlayback)
 {
-    if ((dwFlags & ~g_dwFlags) != 0 || (tQuestion.llEndUs != 0 && tQuestion.llEndUs <= tQuestion.llStartUs))
+    if ((dwFlags & ~g_dwHistoryFlags) != 0 || (tQuestion.llEndUs != 0 && tQuestion.llEndUs <= tQuestion.llStartUs))
     {
         return eResultBadArgument;
     }
@@ -308,7 +301,7 @@ int64_t CPlayback::Run(int64_t llNowUs)
     }
     if (!IsDeviceUp())
     {
-        return llNowUs + g_llPollUs;
+        return llNowUs + CPump::g_llPollUs;
     }
     const auto pClock = Clock();
     std::unique_lock tLock(pClock->Mutex());
@@ -331,7 +324,7 @@ int64_t CPlayback::Run(int64_t llNowUs)
         tLock.unlock();
         if (GrowsOn())
         {
-            return llNowUs + g_llPollUs;
+            return llNowUs + CPump::g_llPollUs;
         }
         SendEnd();
         return g_llNotAgain;
@@ -347,7 +340,7 @@ int64_t CPlayback::Run(int64_t llNowUs)
     {
         return llDueUs;
     }
-    if (llNowUs - llDueUs > g_llLateUs && CatchUp(*pClock, llNowUs))
+    if (llNowUs - llDueUs > g_llLatePlaybackUs && CatchUp(*pClock, llNowUs))
     {
         return llNowUs;
     }
@@ -370,7 +363,7 @@ int64_t CPlayback::Run(int64_t llNowUs)
 void CPlayback::Deliver(tagRecordedFrame const& tFrame)
 {
     tagTrack& tTrack = tFrame.pClip ? m_tVideo : m_tAudio;
-    tagStreamMediaFrame tRecord = tFrame.Record(tFrame.Data(Room()));
+    tagStreamMediaFrame tRecord = tFrame.Record(tFrame.Data(CPump::Room()));
     const bool bNewTime = tTrack.bDiscontinuity || tFrame.bAfterGap;
     tRecord.dwFlags |= bNewTime ? eFrameDiscontinuity : 0;
     tRecord.dwSequence = tTrack.dwSequence++;

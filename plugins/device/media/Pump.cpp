@@ -14,18 +14,6 @@ namespace
 // Work that is due within so long is done together: the thread wakes up seldom, however many streams there are.
 constexpr int64_t g_llTogetherUs = 4000;
 
-struct tagEntry
-{
-    int64_t llDueUs;
-    std::shared_ptr<CPumped> pWho;
-};
-
-// The earliest on top of a heap.
-bool IsLater(tagEntry const& a, tagEntry const& b)
-{
-    return a.llDueUs > b.llDueUs;
-}
-
 std::chrono::steady_clock::time_point TimePoint(int64_t llUs)
 {
     return std::chrono::steady_clock::time_point(std::chrono::microseconds(llUs));
@@ -36,6 +24,14 @@ std::chrono::steady_clock::time_point TimePoint(int64_t llUs)
 // a callback. A thread that comes back and has lost the lead stands by in its turn, or ends when somebody does already.
 struct CPump::tagState
 {
+    struct tagEntry
+    {
+        int64_t llDueUs;
+        std::shared_ptr<CPumped> pWho;
+    };
+    // The earliest on top of a heap.
+    static bool IsLater(tagEntry const& a, tagEntry const& b) { return a.llDueUs > b.llDueUs; }
+
     std::mutex tMutex;
     std::condition_variable tChanged; // for the leader: work, or the end
     std::condition_variable tHelp;    // for who stands by
@@ -52,6 +48,12 @@ struct CPump::tagState
 CPump::~CPump()
 {
     Stop();
+}
+
+std::vector<unsigned char>& CPump::Room()
+{
+    static thread_local std::vector<unsigned char> s_abyRoom;
+    return s_abyRoom;
 }
 
 CPump& CPump::Instance()
@@ -80,7 +82,7 @@ void CPump::Wake(std::shared_ptr<CPumped> const& pWho, int64_t llAtUs)
         if (!pWho->m_bRunning)
         {
             m_pState->atHeap.push_back({llAtUs, pWho});
-            std::ranges::push_heap(m_pState->atHeap, IsLater);
+            std::ranges::push_heap(m_pState->atHeap, tagState::IsLater);
             m_pState->tChanged.notify_one();
         }
     }
@@ -110,11 +112,11 @@ void CPump::Stop()
     }
     bool bAll = false;
     std::vector<std::thread> atThreads;
-    std::vector<tagEntry> atForgotten; // goes without the lock: what is in it may have more to do
+    std::vector<tagState::tagEntry> atForgotten; // goes without the lock: what is in it may have more to do
     {
         std::unique_lock tLock(pState->tMutex);
         pState->bStop = true;
-        for (tagEntry const& tEntry : pState->atHeap)
+        for (tagState::tagEntry const& tEntry : pState->atHeap)
         {
             tEntry.pWho->m_llDueUs = CPumped::g_llNotAgain;
         }
@@ -152,8 +154,8 @@ void CPump::Lead(std::shared_ptr<tagState> const& pState, std::unique_lock<std::
                                         TimePoint((atHeap.front().llDueUs / g_llTogetherUs + 1) * g_llTogetherUs));
             continue;
         }
-        std::ranges::pop_heap(atHeap, IsLater);
-        tagEntry tEntry = std::move(atHeap.back());
+        std::ranges::pop_heap(atHeap, tagState::IsLater);
+        tagState::tagEntry tEntry = std::move(atHeap.back());
         atHeap.pop_back();
         CPumped& tWho = *tEntry.pWho;
         if (tWho.m_bRunning || tWho.m_llDueUs != tEntry.llDueUs)
@@ -185,7 +187,11 @@ void CPump::Lead(std::shared_ptr<tagState> const& pState, std::unique_lock<std::
         }
         tEntry.llDueUs = tWho.m_llDueUs;
         atHeap.push_back(std::move(tEntry));
-        std::ranges::push_heap(atHeap, IsLater);
+        std::ranges::push_heap(atHeap, tagState::IsLater);
+        if (pState->tLeader != std::this_thread::get_id())
+        {
+            pState->tChanged.notify_one(); // who leads now may wait for ever, having found nothing to do
+        }
     }
 }
 

@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace device
 {
@@ -38,6 +39,10 @@ class CPump
 public:
     static constexpr int64_t g_llPatienceUs = 20000;
     static constexpr int g_nMaxThreads = 8;
+    /// How soon what waits for something sees that it has happened.
+    static constexpr int64_t g_llPollUs = 50000;
+    /// Where what runs on this thread puts its frame together.
+    static std::vector<unsigned char>& Room();
 
     CPump() = default;
     ~CPump();

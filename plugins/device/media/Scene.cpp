@@ -1,6 +1,7 @@
 #include "plugins/device/media/Scene.h"
 
 #include "plugins/device/Device.h"
+#include "plugins/device/Text.h"
 #include "plugins/device/media/Font.h"
 #include "plugins/device/media/Grid.h"
 
@@ -15,14 +16,7 @@ namespace device
 {
 namespace
 {
-constexpr double g_fWhole = 10000; // places in a picture are in ten-thousandths
 constexpr double g_fUsualHeight = 400;
-
-template <std::size_t N>
-std::string TextOf(char const (&szText)[N])
-{
-    return {szText, strnlen(szText, N)};
-}
 
 void DrawTexts(CDevice& tDevice, tagConfigOverlay const& tOverlay, int64_t llTimeUs, tagImage& tImage)
 {
@@ -34,8 +28,8 @@ void DrawTexts(CDevice& tDevice, tagConfigOverlay const& tOverlay, int64_t llTim
         if (t.bEnabled != 0)
         {
             const std::string strText = t.dwKind == eOverlayTime
-                                            ? TimeText(llTimeUs, tDevice.UtcOffsetMinutes(llTimeUs), TextOf(t.szText))
-                                            : TextOf(t.szText);
+                                            ? TimeText(llTimeUs, tDevice.UtcOffsetMinutes(llTimeUs), Text(t.szText))
+                                            : Text(t.szText);
             DrawText(tImage, t.dwLeft * fWidth / g_fWhole, t.dwTop * fHeight / g_fWhole,
                      (t.dwHeight ? t.dwHeight : g_fUsualHeight) * fHeight / g_fWhole, t.dwColour, strText);
         }

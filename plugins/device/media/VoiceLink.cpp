@@ -15,7 +15,7 @@ namespace
 {
 constexpr uint32_t g_dwUsualPacketMs = 20;
 constexpr uint32_t g_dwMaxPacketMs = 200;
-constexpr uint32_t g_dwFlags = eVoiceListenOnly | eVoiceTalkOnly | eVoiceReportSent;
+constexpr uint32_t g_dwVoiceFlags = eVoiceListenOnly | eVoiceTalkOnly | eVoiceReportSent;
 constexpr std::size_t g_nMaxPackets = 256; // on their way; more than so are thrown away
 
 // Who talks to each device.
@@ -30,7 +30,7 @@ std::map<CDevice const*, std::weak_ptr<CVoiceLink>>& Talkers()
 int Agree(CDevice const& tDevice, tagVoiceStreamPara& tPara)
 {
     const bool bListen = (tPara.dwFlags & eVoiceListenOnly) != 0;
-    if ((tPara.dwFlags & ~g_dwFlags) != 0 || (bListen && (tPara.dwFlags & eVoiceTalkOnly) != 0) ||
+    if ((tPara.dwFlags & ~g_dwVoiceFlags) != 0 || (bListen && (tPara.dwFlags & eVoiceTalkOnly) != 0) ||
         tPara.dwPacketMs > g_dwMaxPacketMs)
     {
         return eResultBadArgument;

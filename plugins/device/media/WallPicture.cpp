@@ -1,13 +1,14 @@
 #include "plugins/device/media/WallPicture.h"
 
 #include "plugins/device/Device.h"
+#include "plugins/device/Text.h"
 #include "plugins/device/media/Font.h"
 #include "plugins/device/media/Scene.h"
 
 #include "protocol/interface/Results.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cmath>
 #include <optional>
 #include <stdexcept>
 
@@ -15,14 +16,7 @@ namespace device
 {
 namespace
 {
-constexpr double g_fWhole = 10000; // places are in ten-thousandths
 constexpr uint32_t g_dwNumber = 0xFFFF;
-
-template <std::size_t N>
-std::string TextOf(char const (&szText)[N])
-{
-    return {szText, strnlen(szText, N)};
-}
 
 // Paints a part of a wall.
 class CPainter
@@ -65,8 +59,16 @@ public:
         // Painted by itself first, so that nothing lies outside.
         tagImage tPane(std::max(1U, static_cast<uint32_t>(tWhere.fWidth + 0.5)),
                        std::max(1U, static_cast<uint32_t>(tWhere.fHeight + 0.5)), Background(tPlace));
-        PaintSource(tWindow, tPane);
-        PaintLogo(tWindow.tLogo, tPane);
+        // Its name stands above the picture and its time below, so that they hide nothing of what is written into that.
+        const double fLine = LineOf(tPane);
+        const double fAbove = tWindow.tConfig.bShowName != 0 ? fLine : 0;
+        const double fBelow = ShowsTime(tWindow) ? fLine : 0;
+        tagImage tPicture(tPane.dwWidth, std::max(1U, static_cast<uint32_t>(tPane.dwHeight - fAbove - fBelow)),
+                          Background(tPlace));
+        PaintSource(tWindow, tPicture);
+        PaintLogo(tWindow.tLogo, tPicture);
+        const tagRectangle tWhole = WholeOf(tPicture);
+        Draw(tPane, {0, fAbove, tWhole.fWidth, tWhole.fHeight}, tPicture, tWhole);
         PaintTexts(tWindow, tPane);
         PaintBorder(tWindow.tConfig, tPane);
         Draw(m_tImage, tWhere, tPane, WholeOf(tPane));
@@ -210,14 +212,22 @@ private:
         // It is no picture.
     }
 
+    // How high a line of a window's own text is, with the room around it.
+    static double LineOf(tagImage const& tPane) { return std::floor(std::max(tPane.dwHeight * 0.09, 15.0)); }
+
+    static bool ShowsTime(tagWindowView const& tWindow)
+    {
+        return tWindow.tConfig.bShowTime != 0 && tWindow.llTimeUs != 0;
+    }
+
     void PaintTexts(tagWindowView const& tWindow, tagImage& tPane) const
     {
-        const double fHeight = std::max(tPane.dwHeight * 0.06, 10.0);
+        const double fHeight = LineOf(tPane) * 2 / 3;
         if (tWindow.tConfig.bShowName != 0)
         {
-            DrawText(tPane, fHeight / 2, fHeight / 4, fHeight, 0xFFFFFF, TextOf(tWindow.tConfig.szName));
+            DrawText(tPane, fHeight / 2, fHeight / 4, fHeight, 0xFFFFFF, Text(tWindow.tConfig.szName));
         }
-        if (tWindow.tConfig.bShowTime != 0 && tWindow.llTimeUs != 0)
+        if (ShowsTime(tWindow))
         {
             const int32_t nOffset =
                 tWindow.pSource ? tWindow.pSource->UtcOffsetMinutes(tWindow.llTimeUs) : m_tView.nUtcOffsetMinutes;

@@ -36,13 +36,24 @@ function(picture_graph result width height number)
     set(${result} "${graph},format=yuv420p" PARENT_SCOPE)
 endfunction()
 
-# One file: name, and ffmpeg's arguments.
+# One file: name, and ffmpeg's arguments. With TESSARO_CLIPS a copy stays there for other builds, under a name that stands
+# for the arguments; it is renamed into place, so that builds at the same time don't disturb each other.
 function(add_clip_file name)
+    set(make ${FFMPEG_PROGRAM} -v error -nostdin -y -bitexact -filter_complex_threads 1 ${ARGN} -map_metadata -1
+        ${clip_folder}/${name})
+    set(keep)
+    if(TESSARO_CLIPS)
+        string(MD5 arguments "${ARGN}")
+        set(kept ${TESSARO_CLIPS}/${arguments}-${name})
+        set(make test -e ${kept} && cp ${kept} ${clip_folder}/${name} || ${make})
+        set(keep COMMAND cp ${clip_folder}/${name} ${clip_folder}/${name}.copy
+                 COMMAND mv ${clip_folder}/${name}.copy ${kept})
+    endif()
     add_custom_command(
         OUTPUT ${clip_folder}/${name}
-        COMMAND ${CMAKE_COMMAND} -E make_directory ${clip_folder}
-        COMMAND ${FFMPEG_PROGRAM} -v error -nostdin -y -bitexact -filter_complex_threads 1 ${ARGN} -map_metadata -1
-                ${clip_folder}/${name}
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${clip_folder} ${TESSARO_CLIPS}
+        COMMAND ${make}
+        ${keep}
         DEPENDS ${CMAKE_CURRENT_FUNCTION_LIST_FILE}
         COMMENT "Making ${name}"
         VERBATIM)
