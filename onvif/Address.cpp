@@ -68,6 +68,12 @@ std::optional<tagAddress> AddressOf(CURLU* pUrl)
     }
     tAddress.wPort = PortOf(pUrl, tAddress.bTls ? 443 : 80);
     tAddress.strPath = PathOf(pUrl);
+    // Only IPv6 has zones; a name with a percent sign would be another one when it is read again.
+    const bool bName = tAddress.strHost.find(':') == std::string::npos;
+    if (bName && tAddress.strHost.find('%') != std::string::npos)
+    {
+        return std::nullopt;
+    }
     const bool bLogin = !Part(pUrl, CURLUPART_USER).empty() || !Part(pUrl, CURLUPART_PASSWORD).empty();
     return (strScheme == "http" || tAddress.bTls) && !tAddress.strHost.empty() && !bLogin ? std::optional(tAddress)
                                                                                           : std::nullopt;

@@ -461,15 +461,13 @@ private:
             fnHeader("Content-Type: " + tRequest.strType);
             fnHeader("Expect:");
         }
-        if (tRequest.fnSent)
-        {
-            // A long way is no reason to give up, a device that has stopped to take anything is.
-            curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_LIMIT, 1L);
-            curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_TIME, 300L);
-            curl_easy_setopt(pHandle, CURLOPT_NOPROGRESS, 0L);
-            curl_easy_setopt(pHandle, CURLOPT_XFERINFOFUNCTION, &OnProgress);
-            curl_easy_setopt(pHandle, CURLOPT_XFERINFODATA, &tTransfer);
-        }
+        // A long way is no reason to give up, a device that has stopped to take anything is.
+        const bool bTells = tRequest.fnSent != nullptr;
+        curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_LIMIT, bTells ? 1L : 0L);
+        curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_TIME, bTells ? 300L : 0L);
+        curl_easy_setopt(pHandle, CURLOPT_NOPROGRESS, bTells ? 0L : 1L);
+        curl_easy_setopt(pHandle, CURLOPT_XFERINFOFUNCTION, &OnProgress);
+        curl_easy_setopt(pHandle, CURLOPT_XFERINFODATA, &tTransfer);
         if (!tRequest.strAuthorization.empty())
         {
             fnHeader("Authorization: " + tRequest.strAuthorization);

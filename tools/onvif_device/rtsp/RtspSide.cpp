@@ -40,6 +40,10 @@ public:
     {
         gst_rtsp_server_set_address(m_pServer, tOptions.strListen.c_str());
         gst_rtsp_server_set_service(m_pServer, "0");
+        // Clients live on the loop's thread too: one that is closed from another one may never notice.
+        GstRTSPThreadPool* const pPool = gst_rtsp_server_get_thread_pool(m_pServer);
+        gst_rtsp_thread_pool_set_max_threads(pPool, 0);
+        g_object_unref(pPool);
         if (tOptions.bLogin)
         {
             m_pAuth = gst_rtsp_auth_new();
