@@ -19,7 +19,14 @@ protected:
 TEST_F(Foreign, DeviceIsFound)
 {
     auto tWhere = Sized<tagDeviceProbeParameter>();
-    WORKS(DeviceProbeStart, &tWhere, [](tagDeviceProbeConfig* ptFound) { g_tFound.Put(*ptFound); });
+    WORKS(DeviceProbeStart, &tWhere,
+          [](tagDeviceProbeConfig* ptFound)
+          {
+              if (ptFound->dwProtocol == eProtocolOnvif) // other protocols' plug-ins may look too
+              {
+                  g_tFound.Put(*ptFound);
+              }
+          });
     const auto tFound = g_tFound.Next();
     EXPECT_EQ(tFound.dwPort, Plain());
     EXPECT_STREQ(tFound.szName, "PREDATOR");
