@@ -31,7 +31,7 @@ bool Watches(tagConfigMotion const& tMotion)
 }
 } // namespace
 
-CAlarms::CAlarms(CDevice& tDevice) : CPart(tDevice), m_allOutputEndUs(tDevice.Spec().dwOutputs, g_llNever) {}
+CAlarms::CAlarms(CDevice& tDevice) : CPart(tDevice), m_allOutputEndUs(tDevice.Blueprint().dwOutputs, g_llNever) {}
 
 bool CAlarms::IsOn(eDeviceEvent eEvent, uint32_t dwWhere) const
 {
@@ -119,7 +119,7 @@ void CAlarms::Act(tagConfigAction const& tAction, bool bOn, eDeviceEvent eEvent)
             m_tDevice.Part<CStorage>().Record(i, eEvent == eEventMotion ? eHistoryMotion : eHistoryAlarm, bOn);
         }
     }
-    for (uint32_t i = 0; i < m_tDevice.Spec().dwOutputs; ++i)
+    for (uint32_t i = 0; i < m_tDevice.Blueprint().dwOutputs; ++i)
     {
         if (tAction.dwOutputs >> i & 1)
         {
@@ -145,8 +145,8 @@ int CAlarms::Clear(tagCaller const& tCaller, uint32_t dwType, uint32_t dwChannel
     {
         return dwType >= eEventMotion && dwType <= eEventOther ? int{eResultNotSupported} : int{eResultBadArgument};
     }
-    const uint32_t dwPlaces = dwType == eEventAlarmInput ? m_tDevice.Spec().dwInputs : m_tDevice.Channels();
-    if (dwChannel != TESSARO_ALL && dwChannel >= std::max(dwPlaces, dwType == 0 ? m_tDevice.Spec().dwInputs : 0))
+    const uint32_t dwPlaces = dwType == eEventAlarmInput ? m_tDevice.Blueprint().dwInputs : m_tDevice.Channels();
+    if (dwChannel != TESSARO_ALL && dwChannel >= std::max(dwPlaces, dwType == 0 ? m_tDevice.Blueprint().dwInputs : 0))
     {
         return eResultNoChannel;
     }
@@ -166,7 +166,7 @@ int CAlarms::Clear(tagCaller const& tCaller, uint32_t dwType, uint32_t dwChannel
 
 int CAlarms::SetOutput(tagCaller const& tCaller, uint32_t dwOutput, uint32_t dwOn)
 {
-    if (dwOutput >= m_tDevice.Spec().dwOutputs)
+    if (dwOutput >= m_tDevice.Blueprint().dwOutputs)
     {
         return eResultNoChannel;
     }
@@ -184,12 +184,13 @@ void CAlarms::Switch(uint32_t dwOutput, bool bOn, uint32_t dwMilliseconds, tagCa
 
 int CAlarms::InputStates(uint32_t& dwCount, unsigned long* pdwState) const
 {
-    return States(m_tDevice.Spec().dwInputs, dwCount, pdwState, [&](uint32_t i) { return IsOn(eEventAlarmInput, i); });
+    return States(m_tDevice.Blueprint().dwInputs, dwCount, pdwState,
+                  [&](uint32_t i) { return IsOn(eEventAlarmInput, i); });
 }
 
 int CAlarms::OutputStates(uint32_t& dwCount, unsigned long* pdwState) const
 {
-    return States(m_tDevice.Spec().dwOutputs, dwCount, pdwState,
+    return States(m_tDevice.Blueprint().dwOutputs, dwCount, pdwState,
                   [&](uint32_t i) { return IsOn(eEventAlarmOutput, i); });
 }
 
@@ -230,7 +231,7 @@ int64_t CAlarms::NextDue() const
 
 void CAlarms::Halt()
 {
-    for (uint32_t i = 0; i < m_tDevice.Spec().dwOutputs; ++i)
+    for (uint32_t i = 0; i < m_tDevice.Blueprint().dwOutputs; ++i)
     {
         Switch(i, false, 0, nullptr);
     }

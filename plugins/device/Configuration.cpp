@@ -53,20 +53,20 @@ void KeepReadOnly(Record const&, Record&)
 
 void Factory(CDevice& tDevice, tagWhich const&, tagConfigIdentity& t)
 {
-    tagDeviceSpec const& tSpec = tDevice.Spec();
+    tagDeviceBlueprint const& tBlueprint = tDevice.Blueprint();
     CConfiguration const& tConfiguration = tDevice.Part<CConfiguration>();
     t.dwChannels = tDevice.Channels();
-    t.dwAlarmInputs = tSpec.dwInputs;
-    t.dwAlarmOutputs = tSpec.dwOutputs;
+    t.dwAlarmInputs = tBlueprint.dwInputs;
+    t.dwAlarmOutputs = tBlueprint.dwOutputs;
     t.dwAudioInputs = 1;
     t.dwAudioOutputs = 1;
-    t.dwSerialPorts = tSpec.dwSerialPorts;
-    t.dwDisks = tSpec.dwDisks;
-    t.dwScreens = tSpec.dwScreens;
+    t.dwSerialPorts = tBlueprint.dwSerialPorts;
+    t.dwDisks = tBlueprint.dwDisks;
+    t.dwScreens = tBlueprint.dwScreens;
     t.dwInterfaces = 1;
-    CopyText(t.szName, tSpec.strName.empty() ? "Device " + tSpec.strAddress : tSpec.strName);
+    CopyText(t.szName, tBlueprint.strName.empty() ? "Device " + tBlueprint.strAddress : tBlueprint.strName);
     CopyText(t.szManufacturer, "Tessaro");
-    CopyText(t.szModel, tSpec.strModel);
+    CopyText(t.szModel, tBlueprint.strModel);
     CopyText(t.szSerialNumber, tConfiguration.SerialNumber());
     CopyText(t.szFirmware, tDevice.Firmware());
     CopyText(t.szHardware, "simulated");
@@ -92,11 +92,11 @@ void Factory(CDevice& tDevice, tagWhich const&, tagConfigNetwork& t)
     t.dwSpeed = 1000;
     t.dwHttpPort = 80;
     t.dwRtspPort = 554;
-    t.dwDevicePort = tDevice.Spec().dwPort ? tDevice.Spec().dwPort : 8000;
+    t.dwDevicePort = tDevice.Blueprint().dwPort ? tDevice.Blueprint().dwPort : 8000;
     t.dwPrefixLength = 24;
     CopyText(t.szInterface, "eth0");
     CopyText(t.szMac, tDevice.Part<CConfiguration>().Mac());
-    CopyText(t.szAddress, tDevice.Spec().strAddress);
+    CopyText(t.szAddress, tDevice.Blueprint().strAddress);
     CopyText(t.szHostName, "device");
 }
 
@@ -129,7 +129,7 @@ void Factory(CDevice& tDevice, tagWhich const&, tagConfigClock& t)
 {
     t.dwMode = eClockManual;
     t.dwNtpPort = 123;
-    CopyText(t.szTimeZone, tDevice.Spec().strTimeZone);
+    CopyText(t.szTimeZone, tDevice.Blueprint().strTimeZone);
 }
 
 bool IsValid(CDevice&, tagConfigClock& t)
@@ -145,17 +145,17 @@ bool IsValid(CDevice&, tagConfigClock& t)
 
 void Factory(CDevice& tDevice, tagWhich const& tWhich, tagConfigVideoEncoder& t)
 {
-    tagVideoSpec const& tSpec =
-        tDevice.Spec().atChannels[tWhich.dwIndex].atStreams[static_cast<std::size_t>(tWhich.nStream)];
-    t.dwCodec = tSpec.dwCodec;
+    tagVideoBlueprint const& tBlueprint =
+        tDevice.Blueprint().atChannels[tWhich.dwIndex].atStreams[static_cast<std::size_t>(tWhich.nStream)];
+    t.dwCodec = tBlueprint.dwCodec;
     t.dwProfile = eProfileMain;
-    t.dwWidth = tSpec.dwWidth;
-    t.dwHeight = tSpec.dwHeight;
-    t.dwFrameRate = tSpec.dwFrameRate;
+    t.dwWidth = tBlueprint.dwWidth;
+    t.dwHeight = tBlueprint.dwHeight;
+    t.dwFrameRate = tBlueprint.dwFrameRate;
     t.dwBitRateMode = eBitRateVariable;
     t.dwBitRate = tWhich.nStream == 0 ? 2000 : 500;
     t.dwQuality = 70;
-    t.dwKeyFrameInterval = tSpec.dwFrameRate / 1000;
+    t.dwKeyFrameInterval = tBlueprint.dwFrameRate / 1000;
     t.bEnabled = 1;
 }
 
@@ -173,7 +173,7 @@ bool IsValid(CDevice&, tagConfigVideoEncoder& t)
 
 void Factory(CDevice& tDevice, tagWhich const& tWhich, tagConfigAudioEncoder& t)
 {
-    t.bEnabled = tDevice.Spec().atChannels[tWhich.dwIndex].bAudio ? 1 : 0;
+    t.bEnabled = tDevice.Blueprint().atChannels[tWhich.dwIndex].bAudio ? 1 : 0;
     t.dwCodec = eCodecG711A;
     t.dwSampleRate = 8000;
     t.dwChannels = 1;
@@ -266,7 +266,7 @@ bool IsValid(CDevice&, tagConfigPrivacy& t)
 bool IsValid(CDevice& tDevice, tagConfigAction const& t)
 {
     const uint32_t dwChannels = tDevice.Channels();
-    const uint32_t dwOutputs = tDevice.Spec().dwOutputs;
+    const uint32_t dwOutputs = tDevice.Blueprint().dwOutputs;
     return (dwChannels >= 64 || t.ullRecord >> dwChannels == 0) && (dwOutputs >= 32 || t.dwOutputs >> dwOutputs == 0) &&
            t.bBeep <= 1 && t.dwPresetChannel < dwChannels;
 }
@@ -499,8 +499,8 @@ std::vector<tagBlock> const& Blocks()
         Block<tagConfigMotion>(EachChannel),
         Block<tagConfigPrivacy>(EachChannel),
         Block<tagConfigSchedule>(EachChannel),
-        Block<tagConfigAlarmInput>([](CDevice& tDevice) { return tDevice.Spec().dwInputs; }),
-        Block<tagConfigAlarmOutput>([](CDevice& tDevice) { return tDevice.Spec().dwOutputs; }),
+        Block<tagConfigAlarmInput>([](CDevice& tDevice) { return tDevice.Blueprint().dwInputs; }),
+        Block<tagConfigAlarmOutput>([](CDevice& tDevice) { return tDevice.Blueprint().dwOutputs; }),
     };
     return s_atBlocks;
 }
@@ -602,7 +602,7 @@ void CConfiguration::Reset(bool bAll)
 
 std::string CConfiguration::Mac() const
 {
-    const uint32_t dwHash = HashOf(m_tDevice.Spec().strAddress + std::to_string(m_tDevice.Spec().dwPort));
+    const uint32_t dwHash = HashOf(m_tDevice.Blueprint().strAddress + std::to_string(m_tDevice.Blueprint().dwPort));
     char szMac[18];
     std::snprintf(szMac, sizeof szMac, "02:00:%02x:%02x:%02x:%02x", dwHash >> 24 & 255, dwHash >> 16 & 255,
                   dwHash >> 8 & 255, dwHash & 255);
@@ -611,10 +611,11 @@ std::string CConfiguration::Mac() const
 
 std::string CConfiguration::SerialNumber() const
 {
-    tagDeviceSpec const& tSpec = m_tDevice.Spec();
+    tagDeviceBlueprint const& tBlueprint = m_tDevice.Blueprint();
     char szSerial[16];
-    std::snprintf(szSerial, sizeof szSerial, "TB%08X", HashOf(tSpec.strAddress + std::to_string(tSpec.dwPort)));
-    return tSpec.strSerialNumber.empty() ? szSerial : tSpec.strSerialNumber;
+    std::snprintf(szSerial, sizeof szSerial, "TB%08X",
+                  HashOf(tBlueprint.strAddress + std::to_string(tBlueprint.dwPort)));
+    return tBlueprint.strSerialNumber.empty() ? szSerial : tBlueprint.strSerialNumber;
 }
 
 template <class Record>

@@ -36,11 +36,12 @@ constexpr tagLogText g_atLogTexts[] = {
 };
 } // namespace
 
-CDevice::CDevice(tagDeviceSpec tSpec) : m_tSpec(std::move(tSpec)), m_tStore(m_tSpec.strStatePath)
+CDevice::CDevice(tagDeviceBlueprint tBlueprint)
+    : m_tBlueprint(std::move(tBlueprint)), m_tStore(m_tBlueprint.strStatePath)
 {
     const CLock tLock(*this);
     m_tLog.Add(eLogSystem, "started");
-    for (tagDeviceFault const& tFault : m_tSpec.atFaults)
+    for (tagDeviceFault const& tFault : m_tBlueprint.atFaults)
     {
         m_tFaults.Set(tFault);
     }
@@ -87,7 +88,7 @@ void CDevice::Advance()
 
 int64_t CDevice::NextDue()
 {
-    if (m_tStore.Changed() && m_llSaveUs == g_llNever && !m_tSpec.strStatePath.empty())
+    if (m_tStore.Changed() && m_llSaveUs == g_llNever && !m_tBlueprint.strStatePath.empty())
     {
         m_llSaveUs = m_llSteadyUs + 200000;
     }
@@ -388,10 +389,10 @@ void CDevice::Down(int64_t llDownUs)
     m_llDownUs = m_llSteadyUs;
     Touch();
     m_tInterrupted.notify_all();
-    const auto tLost =
-        Event(eEventLoginLost, eResultConnectionLost, m_tSpec.bLoginsEnd ? 0 : static_cast<uint32_t>(llDownUs / 1000));
+    const auto tLost = Event(eEventLoginLost, eResultConnectionLost,
+                             m_tBlueprint.bLoginsEnd ? 0 : static_cast<uint32_t>(llDownUs / 1000));
     Tell(
-        [tLost, bEnd = m_tSpec.bLoginsEnd](CSession& tSession)
+        [tLost, bEnd = m_tBlueprint.bLoginsEnd](CSession& tSession)
         {
             tSession.OnEvent(tLost);
             if (bEnd)
@@ -469,7 +470,7 @@ int CDevice::Control(tagCaller const& tCaller, eRemoteDeviceControl eControl)
 std::string CDevice::Firmware() const
 {
     const auto it = m_tStore.All().find("firmware");
-    return it == m_tStore.All().end() ? m_tSpec.strFirmware : std::string(it->second.begin(), it->second.end());
+    return it == m_tStore.All().end() ? m_tBlueprint.strFirmware : std::string(it->second.begin(), it->second.end());
 }
 
 void CDevice::SetFirmware(std::string const& strVersion)

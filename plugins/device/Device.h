@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plugins/device/Alarms.h"
+#include "plugins/device/Blueprint.h"
 #include "plugins/device/Camera.h"
 #include "plugins/device/Clock.h"
 #include "plugins/device/Configuration.h"
@@ -12,7 +13,6 @@
 #include "plugins/device/Recording.h"
 #include "plugins/device/Serial.h"
 #include "plugins/device/Session.h"
-#include "plugins/device/Spec.h"
 #include "plugins/device/Storage.h"
 #include "plugins/device/Store.h"
 #include "plugins/device/StreamState.h"
@@ -39,7 +39,7 @@ namespace device
 class CDevice : public std::enable_shared_from_this<CDevice>
 {
 public:
-    explicit CDevice(tagDeviceSpec tSpec);
+    explicit CDevice(tagDeviceBlueprint tBlueprint);
     ~CDevice();
 
     /// @name For those who make its frames, files and pictures. These lock the device themselves, for a moment; any
@@ -50,7 +50,7 @@ public:
     int64_t NowUs() const { return m_tClock.NowUs(); }
     /// How far its local time is ahead of UTC at this time.
     int32_t UtcOffsetMinutes(int64_t llTimeUs);
-    uint32_t Channels() const { return static_cast<uint32_t>(m_tSpec.atChannels.size()); }
+    uint32_t Channels() const { return static_cast<uint32_t>(m_tBlueprint.atChannels.size()); }
     std::string Name();
 
     /// Changes whenever the tagStreamState of any channel may have changed: what was read before holds as long as this
@@ -117,7 +117,7 @@ public:
 
     /// Steady time that the device has come to.
     int64_t SteadyNow() const { return m_llSteadyUs; }
-    tagDeviceSpec const& Spec() const { return m_tSpec; }
+    tagDeviceBlueprint const& Blueprint() const { return m_tBlueprint; }
     CClock& Clock() { return m_tClock; }
     CStore& Store() { return m_tStore; }
     /// What the device runs.
@@ -157,7 +157,7 @@ private:
     void Down(int64_t llDownUs);
     void Up();
 
-    const tagDeviceSpec m_tSpec;
+    const tagDeviceBlueprint m_tBlueprint;
     std::mutex m_tMutex;
     std::condition_variable m_tInterrupted;
     std::atomic<uint32_t> m_dwStreamVersion{0};

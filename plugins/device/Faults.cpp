@@ -54,16 +54,16 @@ tagKind const* KindOf(uint32_t dwFault)
     return it == std::end(g_atKinds) ? nullptr : it;
 }
 
-uint32_t CountOf(tagDeviceSpec const& tSpec, eWhere eWhat)
+uint32_t CountOf(tagDeviceBlueprint const& tBlueprint, eWhere eWhat)
 {
     switch (eWhat)
     {
     case eWhere::Channel:
-        return static_cast<uint32_t>(tSpec.atChannels.size());
+        return static_cast<uint32_t>(tBlueprint.atChannels.size());
     case eWhere::Disk:
-        return tSpec.dwDisks;
+        return tBlueprint.dwDisks;
     case eWhere::Input:
-        return tSpec.dwInputs;
+        return tBlueprint.dwInputs;
     case eWhere::Device:
         break;
     }
@@ -94,7 +94,7 @@ int CFaults::Set(tagDeviceFault const& tFault)
     {
         tNew.dwChannel = TESSARO_ALL;
     }
-    else if (tNew.dwChannel != TESSARO_ALL && tNew.dwChannel >= CountOf(m_tDevice.Spec(), ptKind->eWhat))
+    else if (tNew.dwChannel != TESSARO_ALL && tNew.dwChannel >= CountOf(m_tDevice.Blueprint(), ptKind->eWhat))
     {
         return eResultNoChannel;
     }
@@ -115,7 +115,7 @@ void CFaults::Apply(tagDeviceFault const& tFault, bool bOn)
 {
     tagKind const& tKind = *KindOf(tFault.dwFault);
     const int64_t llForUs = int64_t{tFault.dwMilliseconds} * 1000;
-    for (uint32_t i = 0; i < CountOf(m_tDevice.Spec(), tKind.eWhat); ++i)
+    for (uint32_t i = 0; i < CountOf(m_tDevice.Blueprint(), tKind.eWhat); ++i)
     {
         if (!Covers(tFault, i) && tKind.eWhat != eWhere::Device)
         {

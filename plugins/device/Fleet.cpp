@@ -33,14 +33,14 @@ CFleet& Fleet()
     return s_tFleet;
 }
 
-tagDeviceSpec DefaultSpec()
+tagDeviceBlueprint DefaultBlueprint()
 {
-    tagDeviceSpec tSpec;
-    tSpec.atChannels.resize(4);
-    tSpec.atChannels[0].bPTZ = true;
-    tSpec.atChannels[1].bPTZ = true;
-    tSpec.atChannels[3].atStreams[0].dwCodec = eCodecH265;
-    return tSpec;
+    tagDeviceBlueprint tBlueprint;
+    tBlueprint.atChannels.resize(4);
+    tBlueprint.atChannels[0].bPTZ = true;
+    tBlueprint.atChannels[1].bPTZ = true;
+    tBlueprint.atChannels[3].atStreams[0].dwCodec = eCodecH265;
+    return tBlueprint;
 }
 
 void CFleet::Load(std::string const& strPath)
@@ -48,11 +48,11 @@ void CFleet::Load(std::string const& strPath)
     tagFleetFile tFile = ReadFleetFile(strPath);
     std::vector<std::shared_ptr<CDevice>> apReplaced;
     std::map<std::string, std::shared_ptr<CDevice>> tNew;
-    for (tagDeviceSpec& tSpec : tFile.atDevices)
+    for (tagDeviceBlueprint& tBlueprint : tFile.atDevices)
     {
-        const std::string strKey = Key(tSpec.strAddress, tSpec.dwPort);
+        const std::string strKey = Key(tBlueprint.strAddress, tBlueprint.dwPort);
         Save(strKey); // what the one before remembers is the new one's
-        tNew[strKey] = std::make_shared<CDevice>(std::move(tSpec));
+        tNew[strKey] = std::make_shared<CDevice>(std::move(tBlueprint));
     }
     {
         const std::lock_guard tLock(m_tMutex);
@@ -107,9 +107,9 @@ std::shared_ptr<CDevice> CFleet::Find(std::string const& strAddress, uint32_t dw
     {
         return nullptr;
     }
-    tagDeviceSpec tSpec = DefaultSpec();
-    tSpec.strAddress = strAddress;
-    return m_tDevices[Key(strAddress, 0)] = std::make_shared<CDevice>(std::move(tSpec));
+    tagDeviceBlueprint tBlueprint = DefaultBlueprint();
+    tBlueprint.strAddress = strAddress;
+    return m_tDevices[Key(strAddress, 0)] = std::make_shared<CDevice>(std::move(tBlueprint));
 }
 
 void CFleet::Save(std::string const& strKey)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugins/device/Spec.h"
+#include "plugins/device/Blueprint.h"
 
 #include <map>
 #include <memory>
@@ -44,7 +44,7 @@ CFleet& Fleet();
 /// What a fleet file says.
 struct tagFleetFile
 {
-    std::vector<tagDeviceSpec> atDevices;
+    std::vector<tagDeviceBlueprint> atDevices;
     bool bDefault = true;
 };
 /// Throws std::runtime_error.

@@ -199,7 +199,7 @@ private:
     int m_nExceptions = std::uncaught_exceptions();
 };
 
-void ReadStream(CTable& tParent, char const* szKey, tagVideoSpec& tVideo)
+void ReadStream(CTable& tParent, char const* szKey, tagVideoBlueprint& tVideo)
 {
     if (toml::node const* const pNode = tParent.Ask(szKey))
     {
@@ -217,7 +217,7 @@ void ReadStream(CTable& tParent, char const* szKey, tagVideoSpec& tVideo)
     }
 }
 
-void ReadChannel(CTable& tTable, tagChannelSpec& tChannel)
+void ReadChannel(CTable& tTable, tagChannelBlueprint& tChannel)
 {
     ReadStream(tTable, "main", tChannel.atStreams[0]);
     ReadStream(tTable, "sub", tChannel.atStreams[1]);
@@ -240,64 +240,64 @@ tagDeviceFault ReadFault(CTable& tTable)
     return tFault;
 }
 
-tagDeviceSpec ReadDevice(CTable& tTable, uint32_t& dwCount)
+tagDeviceBlueprint ReadDevice(CTable& tTable, uint32_t& dwCount)
 {
-    tagDeviceSpec tSpec = DefaultSpec();
+    tagDeviceBlueprint tBlueprint = DefaultBlueprint();
     uint32_t dwChannels = 4;
     uint32_t dwPTZ = 2;
     uint32_t dwGibibytes = 4096;
-    tagChannelSpec tChannel;
-    tTable.Read("address", tSpec.strAddress);
+    tagChannelBlueprint tChannel;
+    tTable.Read("address", tBlueprint.strAddress);
     tTable.Read("count", dwCount, 1, 10000);
-    tTable.Read("port", tSpec.dwPort, 1, 65535);
-    tTable.Read("name", tSpec.strName);
-    tTable.Read("model", tSpec.strModel);
-    tTable.Read("serial", tSpec.strSerialNumber);
-    tTable.Read("firmware", tSpec.strFirmware);
-    tTable.Read("time_zone", tSpec.strTimeZone);
+    tTable.Read("port", tBlueprint.dwPort, 1, 65535);
+    tTable.Read("name", tBlueprint.strName);
+    tTable.Read("model", tBlueprint.strModel);
+    tTable.Read("serial", tBlueprint.strSerialNumber);
+    tTable.Read("firmware", tBlueprint.strFirmware);
+    tTable.Read("time_zone", tBlueprint.strTimeZone);
     tTable.Read("channels", dwChannels, 1, 64);
     tTable.Read("ptz", dwPTZ, 0, 64);
-    tTable.Read("inputs", tSpec.dwInputs, 0, 32);
-    tTable.Read("outputs", tSpec.dwOutputs, 0, 32);
-    tTable.Read("serial_ports", tSpec.dwSerialPorts, 0, 16);
-    tTable.Read("disks", tSpec.dwDisks, 0, 16);
+    tTable.Read("inputs", tBlueprint.dwInputs, 0, 32);
+    tTable.Read("outputs", tBlueprint.dwOutputs, 0, 32);
+    tTable.Read("serial_ports", tBlueprint.dwSerialPorts, 0, 16);
+    tTable.Read("disks", tBlueprint.dwDisks, 0, 16);
     tTable.Read("disk_gib", dwGibibytes, 1, 1 << 20);
-    tTable.Read("screens", tSpec.dwScreens, 0, 16);
-    tTable.Read("end_lost_logins", tSpec.bLoginsEnd);
-    tTable.Read("onvif", tSpec.tOnvif);
-    tSpec.ullDiskBytes = uint64_t{dwGibibytes} << 30;
+    tTable.Read("screens", tBlueprint.dwScreens, 0, 16);
+    tTable.Read("end_lost_logins", tBlueprint.bLoginsEnd);
+    tTable.Read("onvif", tBlueprint.tOnvif);
+    tBlueprint.ullDiskBytes = uint64_t{dwGibibytes} << 30;
     ReadChannel(tTable, tChannel);
-    tSpec.atChannels.assign(dwChannels, tChannel);
+    tBlueprint.atChannels.assign(dwChannels, tChannel);
     for (uint32_t i = 0; i < dwChannels; ++i)
     {
-        tSpec.atChannels[i].bPTZ = i < dwPTZ;
+        tBlueprint.atChannels[i].bPTZ = i < dwPTZ;
     }
     tTable.ForEach("channel",
                    [&](CTable& tEntry, std::size_t i)
                    {
-                       tSpec.atChannels.resize(std::max(tSpec.atChannels.size(), i + 1), tChannel);
-                       ReadChannel(tEntry, tSpec.atChannels[i]);
-                       tEntry.Read("ptz", tSpec.atChannels[i].bPTZ);
+                       tBlueprint.atChannels.resize(std::max(tBlueprint.atChannels.size(), i + 1), tChannel);
+                       ReadChannel(tEntry, tBlueprint.atChannels[i]);
+                       tEntry.Read("ptz", tBlueprint.atChannels[i].bPTZ);
                    });
     tTable.ForEach("user",
                    [&](CTable& tEntry, std::size_t i)
                    {
-                       tagUserSpec tUser;
+                       tagUserBlueprint tUser;
                        tEntry.Read("name", tUser.strName);
                        tEntry.Read("password", tUser.strPassword);
                        tEntry.Read("level", g_atLevels, tUser.dwLevel);
-                       tSpec.atUsers.resize(i);
-                       tSpec.atUsers.push_back(tUser);
+                       tBlueprint.atUsers.resize(i);
+                       tBlueprint.atUsers.push_back(tUser);
                    });
-    tTable.ForEach("fault", [&](CTable& tEntry, std::size_t) { tSpec.atFaults.push_back(ReadFault(tEntry)); });
+    tTable.ForEach("fault", [&](CTable& tEntry, std::size_t) { tBlueprint.atFaults.push_back(ReadFault(tEntry)); });
     if (toml::node const* const pNode = tTable.Ask("recordings"))
     {
         CTable tRecordings(*pNode);
-        tRecordings.Read("count", tSpec.tRecordings.dwCount, 0, 1000000);
-        tRecordings.Read("every", tSpec.tRecordings.dwEverySeconds, 1, 86400);
-        tRecordings.Read("seconds", tSpec.tRecordings.dwSeconds, 1, 86400);
+        tRecordings.Read("count", tBlueprint.tRecordings.dwCount, 0, 1000000);
+        tRecordings.Read("every", tBlueprint.tRecordings.dwEverySeconds, 1, 86400);
+        tRecordings.Read("seconds", tBlueprint.tRecordings.dwSeconds, 1, 86400);
     }
-    return tSpec;
+    return tBlueprint;
 }
 
 std::string Numbered(std::string strText, uint32_t n)
@@ -320,17 +320,17 @@ void ReadAll(toml::table const& tRoot, std::filesystem::path const& tFolder, tag
                    [&](CTable& tEntry, std::size_t)
                    {
                        uint32_t dwCount = 1;
-                       const tagDeviceSpec tSpec = ReadDevice(tEntry, dwCount);
-                       if (tSpec.strAddress.empty())
+                       const tagDeviceBlueprint tBlueprint = ReadDevice(tEntry, dwCount);
+                       if (tBlueprint.strAddress.empty())
                        {
                            throw std::runtime_error("a device has no address");
                        }
                        for (uint32_t i = 0; i < dwCount; ++i)
                        {
-                           tagDeviceSpec tOne = tSpec;
-                           tOne.strAddress = Numbered(tSpec.strAddress, i);
-                           tOne.strName = Numbered(tSpec.strName, i);
-                           tOne.strSerialNumber = Numbered(tSpec.strSerialNumber, i);
+                           tagDeviceBlueprint tOne = tBlueprint;
+                           tOne.strAddress = Numbered(tBlueprint.strAddress, i);
+                           tOne.strName = Numbered(tBlueprint.strName, i);
+                           tOne.strSerialNumber = Numbered(tBlueprint.strSerialNumber, i);
                            if (!strState.empty())
                            {
                                std::string strName = tOne.strAddress + '_' + std::to_string(tOne.dwPort);

@@ -46,7 +46,7 @@ CPTZ::CPTZ(CDevice& tDevice) : CPart(tDevice)
 {
     for (uint32_t i = 0; i < tDevice.Channels(); ++i)
     {
-        if (tDevice.Spec().atChannels[i].bPTZ)
+        if (tDevice.Blueprint().atChannels[i].bPTZ)
         {
             m_atHeads.emplace_back().dwChannel = i;
             Load(m_atHeads.back());

@@ -41,7 +41,7 @@ tagPanelStatusInfo CPanel::Shown() const
 
 int CPanel::Status(tagPanelStatusInfo& tStatus) const
 {
-    if (!m_tDevice.Spec().bPanel)
+    if (!m_tDevice.Blueprint().bPanel)
     {
         return eResultNotSupported;
     }
@@ -52,7 +52,7 @@ int CPanel::Status(tagPanelStatusInfo& tStatus) const
 int CPanel::SetStatus(tagCaller const&, tagPanelStatusInfo const* ptStatus)
 {
     tagPanelStatusInfo t = Shown();
-    if (!m_tDevice.Spec().bPanel)
+    if (!m_tDevice.Blueprint().bPanel)
     {
         return eResultNotSupported;
     }
@@ -72,7 +72,7 @@ int CPanel::SetStatus(tagCaller const&, tagPanelStatusInfo const* ptStatus)
 int CPanel::Control(tagCaller const& tCaller, tagPanelControlParameter const& tPara)
 {
     const uint32_t dwMilliseconds = tPara.dwMilliseconds ? tPara.dwMilliseconds : 500;
-    if (!m_tDevice.Spec().bPanel)
+    if (!m_tDevice.Blueprint().bPanel)
     {
         return eResultNotSupported;
     }

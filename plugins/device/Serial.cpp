@@ -7,7 +7,7 @@ namespace device
 {
 int CSerial::Open(tagTransparentChannelPara const& tPara)
 {
-    if (tPara.dwPort >= m_tDevice.Spec().dwSerialPorts)
+    if (tPara.dwPort >= m_tDevice.Blueprint().dwSerialPorts)
     {
         return eResultNoChannel;
     }

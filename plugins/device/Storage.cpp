@@ -65,7 +65,7 @@ std::string tagRecording::File() const
 }
 
 CStorage::CStorage(CDevice& tDevice)
-    : CPart(tDevice), m_abFull(tDevice.Spec().dwDisks), m_abFaulty(tDevice.Spec().dwDisks),
+    : CPart(tDevice), m_abFull(tDevice.Blueprint().dwDisks), m_abFaulty(tDevice.Blueprint().dwDisks),
       m_adwGroupOf(tDevice.Channels()), m_adwScheduled(tDevice.Channels())
 {
     Reset();
@@ -76,12 +76,12 @@ void CStorage::Reset()
 {
     CStore const& tStore = m_tDevice.Store();
     m_atDisks = tStore.GetList<tagDisk>("disks");
-    for (auto i = static_cast<uint32_t>(m_atDisks.size()); i < m_tDevice.Spec().dwDisks; ++i)
+    for (auto i = static_cast<uint32_t>(m_atDisks.size()); i < m_tDevice.Blueprint().dwDisks; ++i)
     {
         m_atDisks.push_back({i == 0 ? 0U : 1U, i == 0 ? static_cast<uint32_t>(eDiskGroupMain)
                                                       : static_cast<uint32_t>(eDiskGroupRedundant)});
     }
-    m_atDisks.resize(m_tDevice.Spec().dwDisks);
+    m_atDisks.resize(m_tDevice.Blueprint().dwDisks);
     m_atQuotas = tStore.GetList<tagQuota>("quotas");
     const auto adwGroupOf = tStore.GetList<uint32_t>("groups");
     std::ranges::fill(m_adwGroupOf, 0);
@@ -92,17 +92,17 @@ void CStorage::Reset()
 // remembered takes its place.
 void CStorage::MakeOld()
 {
-    tagRecordingSpec const& tSpec = m_tDevice.Spec().tRecordings;
+    tagRecordingBlueprint const& tBlueprint = m_tDevice.Blueprint().tRecordings;
     CConfiguration const& tConfiguration = m_tDevice.Part<CConfiguration>();
     constexpr uint32_t adwTypes[] = {eHistoryContinuous, eHistoryContinuous, eHistoryMotion, eHistoryAlarm};
-    const int64_t llEveryUs = int64_t{tSpec.dwEverySeconds} * 1000000;
-    const int64_t llLengthUs = std::min(int64_t{tSpec.dwSeconds} * 1000000, llEveryUs);
+    const int64_t llEveryUs = int64_t{tBlueprint.dwEverySeconds} * 1000000;
+    const int64_t llLengthUs = std::min(int64_t{tBlueprint.dwSeconds} * 1000000, llEveryUs);
     const int64_t llSlot = m_tDevice.Clock().NowUs() / llEveryUs;
     std::vector<tagRecording> atKept = m_tDevice.Store().GetList<tagRecording>("recordings");
     // The device may have become smaller since.
     std::erase_if(atKept, [&](tagRecording const& t)
                   { return t.dwDisk >= m_atDisks.size() || t.dwChannel >= m_tDevice.Channels(); });
-    for (uint32_t n = m_atDisks.empty() ? 0 : tSpec.dwCount; n > 0; --n)
+    for (uint32_t n = m_atDisks.empty() ? 0 : tBlueprint.dwCount; n > 0; --n)
     {
         for (uint32_t i = 0; i < m_tDevice.Channels(); ++i)
         {
@@ -129,7 +129,7 @@ void CStorage::MakeOld()
 // Remembered are those that were made in the device's own time, and those that are protected.
 void CStorage::Keep()
 {
-    const int64_t llEveryUs = int64_t{m_tDevice.Spec().tRecordings.dwEverySeconds} * 1000000;
+    const int64_t llEveryUs = int64_t{m_tDevice.Blueprint().tRecordings.dwEverySeconds} * 1000000;
     std::vector<tagRecording> atKept;
     std::ranges::copy_if(m_atRecordings, std::back_inserter(atKept),
                          [&](tagRecording const& t)
@@ -448,7 +448,7 @@ uint32_t CStorage::Wanted(uint32_t dwChannel) const
         dwTypes |= bNow ? t.dwTypes : 0;
     }
     bool bInput = false;
-    for (uint32_t i = 0; i < m_tDevice.Spec().dwInputs; ++i)
+    for (uint32_t i = 0; i < m_tDevice.Blueprint().dwInputs; ++i)
     {
         bInput = bInput || tAlarms.IsOn(eEventAlarmInput, i);
     }
@@ -533,7 +533,7 @@ bool CStorage::DeleteOld()
 {
     bool bDeleted = false;
     const int64_t llNowUs = m_tDevice.Clock().NowUs();
-    const uint64_t ullDisk = m_tDevice.Spec().ullDiskBytes;
+    const uint64_t ullDisk = m_tDevice.Blueprint().ullDiskBytes;
     for (uint32_t i = 0; i < m_tDevice.Channels(); ++i)
     {
         const uint32_t dwDays = m_tDevice.Part<CConfiguration>().Get<tagConfigSchedule>(i).dwKeepDays;
@@ -568,7 +568,7 @@ tagConfigStorage CStorage::Disks() const
         t.dwState = m_abFaulty[i] ? eDiskFaulty : m_abFull[i] ? eDiskFull : eDiskOk;
         t.dwGroup = m_atDisks[i].dwGroup;
         t.dwGroupType = m_atDisks[i].dwGroupType;
-        t.ullCapacity = m_tDevice.Spec().ullDiskBytes;
+        t.ullCapacity = m_tDevice.Blueprint().ullDiskBytes;
         uint64_t ullUsed = 0;
         for (tagRecording const& tRecording : m_atRecordings)
         {

@@ -29,12 +29,12 @@ void CUsers::Reset()
 {
     m_tUsers = {};
     m_tUsers.dwSize = sizeof m_tUsers;
-    for (tagUserSpec const& tSpec : m_tDevice.Spec().atUsers)
+    for (tagUserBlueprint const& tBlueprint : m_tDevice.Blueprint().atUsers)
     {
         tagConfigUser& tUser = m_tUsers.atUsers[m_tUsers.dwCount++];
-        CopyText(tUser.szUserName, tSpec.strName);
-        CopyText(tUser.szPassword, tSpec.strPassword);
-        tUser.dwLevel = tSpec.dwLevel;
+        CopyText(tUser.szUserName, tBlueprint.strName);
+        CopyText(tUser.szPassword, tBlueprint.strPassword);
+        tUser.dwLevel = tBlueprint.dwLevel;
     }
 }
 

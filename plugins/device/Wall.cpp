@@ -200,8 +200,8 @@ int CWall::SetLayout(tagCaller const&, tagDecoderDeviceConfig const* ptConfig)
         return eResultNotSupported;
     }
     if (ReadRecord(tConfig, ptConfig) != eResultOk || tConfig.dwRows < 1 || tConfig.dwColumns < 1 ||
-        uint64_t{tConfig.dwRows} * tConfig.dwColumns > m_tDevice.Spec().dwScreens || tConfig.dwCount > g_dwWindows ||
-        (tConfig.dwCount != 0 && (!tConfig.ptEntries || tConfig.dwEntrySize == 0)))
+        uint64_t{tConfig.dwRows} * tConfig.dwColumns > m_tDevice.Blueprint().dwScreens ||
+        tConfig.dwCount > g_dwWindows || (tConfig.dwCount != 0 && (!tConfig.ptEntries || tConfig.dwEntrySize == 0)))
     {
         return eResultBadArgument;
     }
@@ -245,7 +245,7 @@ int CWall::Layout(tagDecoderDeviceConfig* ptConfig) const
     {
         tConfig.dwRows = m_dwRows;
         tConfig.dwColumns = m_dwColumns;
-        tConfig.dwScreens = m_tDevice.Spec().dwScreens;
+        tConfig.dwScreens = m_tDevice.Blueprint().dwScreens;
         CopyText(tConfig.szName, m_szName);
         tConfig.dwCount = static_cast<uint32_t>(atWindows.size());
         nResult = Adapter_ProtocolSet::WriteRecord(ptConfig, tConfig);
@@ -462,11 +462,11 @@ void CWall::Load()
     Complete(tSignal);
     m_atScreens = tStore.GetList<tagDecoderDisplayConfig>("wall/screens");
     m_atSignals = tStore.GetList<tagDecoderVideoStandardConfig>("wall/signals");
-    m_atScreens.resize(m_tDevice.Spec().dwScreens, tScreen);
-    m_atSignals.resize(m_tDevice.Spec().dwScreens, tSignal);
+    m_atScreens.resize(m_tDevice.Blueprint().dwScreens, tScreen);
+    m_atSignals.resize(m_tDevice.Blueprint().dwScreens, tSignal);
     tagKeptLayout tLayout{1, 1, {}};
     tStore.GetRecord("wall/layout", tLayout);
-    const bool bFits = uint64_t{tLayout.dwRows} * tLayout.dwColumns <= std::max(m_tDevice.Spec().dwScreens, 1U);
+    const bool bFits = uint64_t{tLayout.dwRows} * tLayout.dwColumns <= std::max(m_tDevice.Blueprint().dwScreens, 1U);
     m_dwRows = bFits ? tLayout.dwRows : 1;
     m_dwColumns = bFits ? tLayout.dwColumns : 1;
     CopyText(m_szName, Text(tLayout.szName));

@@ -42,10 +42,10 @@ tagDecoderSource SourceOf(CCall& tCall, std::string strUri)
             if (strUri.find(strPort) != std::string::npos && strUri.ends_with(tRtsp.StreamPath(i, n / 2, dwKind)))
             {
                 t.dwKind = eDecoderSourceDevice;
-                t.dwPort = apDevices[i]->Spec().dwPort;
+                t.dwPort = apDevices[i]->Blueprint().dwPort;
                 t.dwChannel = n / 2;
                 t.dwStreamKind = dwKind;
-                device::CopyText(t.szAddress, apDevices[i]->Spec().strAddress);
+                device::CopyText(t.szAddress, apDevices[i]->Blueprint().strAddress);
             }
         }
     }
@@ -89,13 +89,13 @@ void ShowPanes(CCall& tCall)
     {
         if (t.bShown)
         {
-            atWindows.push_back(PlaceOf(dwPane, t, tCall.Device().Spec().dwScreens));
+            atWindows.push_back(PlaceOf(dwPane, t, tCall.Device().Blueprint().dwScreens));
         }
     }
     tagDecoderDeviceConfig tLayout{};
     tLayout.dwSize = sizeof tLayout;
     tLayout.dwRows = 1;
-    tLayout.dwColumns = tCall.Device().Spec().dwScreens;
+    tLayout.dwColumns = tCall.Device().Blueprint().dwScreens;
     tLayout.dwEntrySize = sizeof(tagDecoderWindow);
     tLayout.dwCount = static_cast<uint32_t>(atWindows.size());
     tLayout.ptEntries = atWindows.data();

@@ -10,7 +10,7 @@ void GetRelayOutputs(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
     CXml& tXml = tCall.Xml();
-    for (uint32_t i = 0; i < tCall.Device().Spec().dwOutputs; ++i)
+    for (uint32_t i = 0; i < tCall.Device().Blueprint().dwOutputs; ++i)
     {
         const auto t = tCall.Get<tagConfigAlarmOutput>(i);
         tXml.In(tCall.Name("RelayOutputs"), {{"token", Token("Relay", {i})}},
@@ -34,7 +34,7 @@ void SetRelayOutputSettings(CCall& tCall)
     uint32_t dwOutput = 0;
     const std::string strToken =
         bInside ? tCall.At({"RelayOutput"}).attribute("token").value() : tCall.Text({"RelayOutputToken"});
-    if (!ParseToken(strToken, "Relay", {&dwOutput}) || dwOutput >= tCall.Device().Spec().dwOutputs)
+    if (!ParseToken(strToken, "Relay", {&dwOutput}) || dwOutput >= tCall.Device().Blueprint().dwOutputs)
     {
         FailValue("ter:RelayToken", "there is no output " + strToken);
     }
@@ -61,7 +61,7 @@ void SetRelayOutputState(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
     const uint32_t dwOutput =
-        tCall.Index({"RelayOutputToken"}, "Relay", tCall.Device().Spec().dwOutputs, "ter:RelayToken");
+        tCall.Index({"RelayOutputToken"}, "Relay", tCall.Device().Blueprint().dwOutputs, "ter:RelayToken");
     Require(tCall.Part<device::CAlarms>().SetOutput(tCall.Caller(), dwOutput,
                                                     tCall.Word({"LogicalState"}, {"inactive", "active"})));
 }
@@ -71,7 +71,7 @@ namespace
 void GetDigitalInputs(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    for (uint32_t i = 0; i < tCall.Device().Spec().dwInputs; ++i)
+    for (uint32_t i = 0; i < tCall.Device().Blueprint().dwInputs; ++i)
     {
         const auto t = tCall.Get<tagConfigAlarmInput>(i);
         tCall.Xml().Empty("tmd:DigitalInputs", {{"token", Token("Input", {i})},
@@ -90,7 +90,7 @@ void SetDigitalInputConfigurations(CCall& tCall)
             continue;
         }
         if (!ParseToken(tNode.attribute("token").value(), "Input", {&dwInput}) ||
-            dwInput >= tCall.Device().Spec().dwInputs)
+            dwInput >= tCall.Device().Blueprint().dwInputs)
         {
             FailValue("ter:InvalidDigitalInputToken", "there is no such input");
         }
@@ -129,7 +129,7 @@ void GetAudioOutputs(CCall& tCall)
 void GetVideoOutputs(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    for (uint32_t i = 0; i < tCall.Device().Spec().dwScreens; ++i)
+    for (uint32_t i = 0; i < tCall.Device().Blueprint().dwScreens; ++i)
     {
         tagDecoderVideoStandardConfig tSignal{};
         tSignal.dwSize = sizeof tSignal;
@@ -152,7 +152,7 @@ void GetVideoOutputs(CCall& tCall)
 void GetSerialPorts(CCall& tCall)
 {
     const auto tLock = tCall.Lock();
-    for (uint32_t i = 0; i < tCall.Device().Spec().dwSerialPorts; ++i)
+    for (uint32_t i = 0; i < tCall.Device().Blueprint().dwSerialPorts; ++i)
     {
         tCall.Xml().Empty("tmd:SerialPort", {{"token", Token("SerialPort", {i})}});
     }
@@ -163,7 +163,7 @@ void SendReceiveSerialCommand(CCall& tCall)
     const auto tLock = tCall.Lock();
     const uint32_t dwPort =
         tCall.Has({"Token"})
-            ? tCall.Index({"Token"}, "SerialPort", tCall.Device().Spec().dwSerialPorts, "ter:InvalidSerialPort")
+            ? tCall.Index({"Token"}, "SerialPort", tCall.Device().Blueprint().dwSerialPorts, "ter:InvalidSerialPort")
             : 0;
     tagTransparentChannelPara tPara{};
     tPara.dwSize = sizeof tPara;

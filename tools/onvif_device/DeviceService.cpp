@@ -147,7 +147,7 @@ constexpr tagOldCapability g_atOldCapabilities[] = {
      "RTP_Multicast=false RTP_TCP=true RTP_RTSP_TCP=true SupportedReceivers=64 MaximumRTSPURILength=256"},
 };
 
-void WriteDeviceCapability(CXml& tXml, device::tagDeviceSpec const& tSpec)
+void WriteDeviceCapability(CXml& tXml, device::tagDeviceBlueprint const& tBlueprint)
 {
     tXml.In("tt:Network",
             [&]
@@ -162,7 +162,8 @@ void WriteDeviceCapability(CXml& tXml, device::tagDeviceSpec const& tSpec)
                 tXml.Put("tt:SystemBackup", false).Put("tt:SystemLogging", true).Put("tt:FirmwareUpgrade", false);
                 tXml.In("tt:SupportedVersions", [&] { tXml.Put("tt:Major", 21).Put("tt:Minor", 6); });
             });
-    tXml.In("tt:IO", [&] { tXml.Put("tt:InputConnectors", tSpec.dwInputs).Put("tt:RelayOutputs", tSpec.dwOutputs); });
+    tXml.In("tt:IO",
+            [&] { tXml.Put("tt:InputConnectors", tBlueprint.dwInputs).Put("tt:RelayOutputs", tBlueprint.dwOutputs); });
     tXml.In("tt:Security",
             [&]
             {
@@ -187,7 +188,7 @@ void WriteOldCapability(CCall& tCall, tagOldCapability const& t)
                 if (t.eWhich == eService::Device)
                 {
                     const auto tLock = tCall.Lock();
-                    WriteDeviceCapability(tXml, tCall.Device().Spec());
+                    WriteDeviceCapability(tXml, tCall.Device().Blueprint());
                 }
                 if (t.eWhich == eService::Media)
                 {

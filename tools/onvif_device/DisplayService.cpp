@@ -8,7 +8,7 @@ namespace
 {
 uint32_t ScreenAt(CCall& tCall)
 {
-    return tCall.Index({"VideoOutput"}, "VideoOutput", tCall.Device().Spec().dwScreens, "ter:NoVideoOutput");
+    return tCall.Index({"VideoOutput"}, "VideoOutput", tCall.Device().Blueprint().dwScreens, "ter:NoVideoOutput");
 }
 
 uint32_t PaneAt(std::string const& strToken, uint32_t dwScreen, std::map<uint32_t, tagPane> const& tPanes)

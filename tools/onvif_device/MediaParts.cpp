@@ -31,12 +31,12 @@ tagStreamKey StreamAt(CCall& tCall, CCall::Path astrPath, std::string_view strKi
 
 bool Moves(CCall& tCall, uint32_t dwChannel)
 {
-    return tCall.Device().Spec().atChannels[dwChannel].bPTZ && !IsWithout(tCall.Quirks(), "ptz");
+    return tCall.Device().Blueprint().atChannels[dwChannel].bPTZ && !IsWithout(tCall.Quirks(), "ptz");
 }
 
 bool HasAudio(CCall& tCall, uint32_t dwChannel)
 {
-    return tCall.Device().Spec().atChannels[dwChannel].bAudio;
+    return tCall.Device().Blueprint().atChannels[dwChannel].bAudio;
 }
 
 bool IsEncoding(CCall& tCall, tagStreamKey const& tKey, bool bAudio)

@@ -76,13 +76,13 @@ uint32_t CountOf(CDevice& tDevice, eWhere eWhat)
     case eWhere::Channel:
         return tDevice.Channels();
     case eWhere::Input:
-        return tDevice.Spec().dwInputs;
+        return tDevice.Blueprint().dwInputs;
     case eWhere::Output:
-        return tDevice.Spec().dwOutputs;
+        return tDevice.Blueprint().dwOutputs;
     case eWhere::Disk:
         break;
     }
-    return tDevice.Spec().dwDisks;
+    return tDevice.Blueprint().dwDisks;
 }
 
 tagMessage StateMessage(tagTopic const& tTopic, uint32_t dwWhere, bool bOn, char const* szOperation, int64_t llTimeUs)

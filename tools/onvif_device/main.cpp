@@ -156,11 +156,11 @@ tagServed ServeDevice(CFace::Devices const& apDevices, std::size_t nIndex, IRtsp
     tagServerOptions tServer = tOptions.tServer;
     {
         const device::CDevice::CLock tLock(*pDevice);
-        for (auto const& [strName, strValue] : pDevice->Spec().tOnvif)
+        for (auto const& [strName, strValue] : pDevice->Blueprint().tOnvif)
         {
             SetOrFail(tQuirks, strName, strValue);
         }
-        tServer.dwPort = pDevice->Spec().dwPort ? pDevice->Spec().dwPort : tServer.dwPort;
+        tServer.dwPort = pDevice->Blueprint().dwPort ? pDevice->Blueprint().dwPort : tServer.dwPort;
         pDevice->Clock().Jump(tOptions.llClockSeconds * 1000000);
     }
     tagServed t;
@@ -287,7 +287,7 @@ std::vector<std::shared_ptr<device::CDevice>> ReadFleet(std::string const& strPa
     }
     device::Fleet().Load(strPath);
     std::vector<std::shared_ptr<device::CDevice>> apDevices;
-    for (device::tagDeviceSpec const& t : device::ReadFleetFile(strPath).atDevices) // in the file's order
+    for (device::tagDeviceBlueprint const& t : device::ReadFleetFile(strPath).atDevices) // in the file's order
     {
         apDevices.push_back(device::Fleet().Find(t.strAddress, t.dwPort));
     }

@@ -12,7 +12,7 @@
 namespace device
 {
 /// A user from the factory.
-struct tagUserSpec
+struct tagUserBlueprint
 {
     std::string strName;
     std::string strPassword;
@@ -20,7 +20,7 @@ struct tagUserSpec
 };
 
 /// How a stream is coded from the factory.
-struct tagVideoSpec
+struct tagVideoBlueprint
 {
     uint32_t dwCodec = eCodecH264;
     uint32_t dwWidth = 0;
@@ -29,16 +29,16 @@ struct tagVideoSpec
 };
 
 /// One channel from the factory.
-struct tagChannelSpec
+struct tagChannelBlueprint
 {
-    std::array<tagVideoSpec, 2> atStreams{{{eCodecH264, 1280, 720, 25000}, {eCodecH264, 640, 360, 15000}}};
+    std::array<tagVideoBlueprint, 2> atStreams{{{eCodecH264, 1280, 720, 25000}, {eCodecH264, 640, 360, 15000}}};
     bool bAudio = true;
     bool bPTZ = false;
 };
 
 /// What lies on the disks when a device begins to exist: of each channel one recording after the other, the last one
 /// ending a while before now, with a gap between them.
-struct tagRecordingSpec
+struct tagRecordingBlueprint
 {
     uint32_t dwCount = 144;        ///< of each channel
     uint32_t dwEverySeconds = 600; ///< from the begin of one to that of the next
@@ -46,7 +46,7 @@ struct tagRecordingSpec
 };
 
 /// What a device is made of. The defaults are those of a device that no fleet file describes.
-struct tagDeviceSpec
+struct tagDeviceBlueprint
 {
     std::string strAddress;
     uint32_t dwPort = 0; ///< where it listens; 0: at every port
@@ -55,7 +55,7 @@ struct tagDeviceSpec
     std::string strSerialNumber; ///< empty: made from the address
     std::string strFirmware = "1.0.0";
     std::string strTimeZone = "UTC0";
-    std::vector<tagChannelSpec> atChannels;
+    std::vector<tagChannelBlueprint> atChannels;
     uint32_t dwInputs = 4;
     uint32_t dwOutputs = 4;
     uint32_t dwSerialPorts = 2;
@@ -64,8 +64,8 @@ struct tagDeviceSpec
     uint32_t dwScreens = 4;
     bool bPanel = true;
     bool bLoginsEnd = false; ///< a connection that is lost isn't tried again
-    std::vector<tagUserSpec> atUsers{{"admin", "admin", eUserAdministrator}, {"viewer", "viewer", eUserViewer}};
-    tagRecordingSpec tRecordings;
+    std::vector<tagUserBlueprint> atUsers{{"admin", "admin", eUserAdministrator}, {"viewer", "viewer", eUserViewer}};
+    tagRecordingBlueprint tRecordings;
     std::vector<tagDeviceFault> atFaults;      ///< from its begin on
     std::map<std::string, std::string> tOnvif; ///< the table onvif: for who serves the device by ONVIF
     std::string strStatePath;                  ///< empty: a restart of the process forgets all
@@ -73,5 +73,5 @@ struct tagDeviceSpec
 
 /// The device that stands at every address of which no fleet file knows more: four channels, the first two of which
 /// move, the last one of which has H.265.
-tagDeviceSpec DefaultSpec();
+tagDeviceBlueprint DefaultBlueprint();
 } // namespace device
