@@ -27,6 +27,62 @@ inline std::set<std::string> g_strCalled;
 #define WORKS(name, ...)           EXPECT_EQ(API(name)(__VA_ARGS__), 0)
 #define ANSWERS(result, name, ...) EXPECT_EQ(API(name)(__VA_ARGS__), result)
 
+/// Fails at the end of a run of all tests, those of szFilter, that didn't call every exported function.
+class CNoneIsLeftOut : public testing::Environment
+{
+public:
+    explicit CNoneIsLeftOut(char const* szFilter) : m_szFilter(szFilter) {}
+
+private:
+    void TearDown() override
+    {
+        if (testing::GTEST_FLAG(filter) != m_szFilter)
+        {
+            return;
+        }
+        std::set<std::string> strMissing{"ClientAdapter_Start",          "ClientAdapter_Stop",
+                                         "ClientAdapter_UserLogin",      "ClientAdapter_UserLogout",
+                                         "ClientAdapter_GetLoginStatus", "ClientAdapter_GetConfig",
+                                         "ClientAdapter_SetConfigBySn",  "ClientAdapter_ForceIFrame",
+                                         "ClientAdapter_SubscribeEvent", "ClientAdapter_DeviceProbeStart"};
+#define EXPORT(shape, line, function, ...) strMissing.insert(#function);
+#include "adapter/exports.def"
+        EXPECT_EQ(strMissing.size(), 131);
+        for (std::string const& strName : g_strCalled)
+        {
+            strMissing.erase(strName);
+        }
+        EXPECT_EQ(testing::PrintToString(strMissing), "{}");
+    }
+
+    char const* const m_szFilter;
+};
+
+/// A camera parameter comes back as written, with one word changed, and is unchanged after nonsense in that word.
+template <class Record>
+void TryCamera(int nLogin, eCameraParameter eWhich, uint32_t Record::*pWord, uint32_t dwGood, uint32_t dwBad)
+{
+    SCOPED_TRACE(eWhich);
+    Record tRecord{};
+    tRecord.dwSize = sizeof tRecord;
+    const auto fnPass = [&](auto pfnPass) { return pfnPass(nLogin, 1, eWhich, &tRecord, sizeof tRecord); };
+    EXPECT_EQ(fnPass(API(GetIpcPara)), 0);
+    EXPECT_NE(tRecord.*pWord, dwGood);
+    tRecord.*pWord = dwGood;
+    EXPECT_EQ(fnPass(API(SetIpcPara)), 0);
+    tRecord.*pWord = dwBad;
+    EXPECT_EQ(fnPass(API(SetIpcPara)), eResultBadArgument);
+    EXPECT_EQ(fnPass(API(GetIpcPara)), 0);
+    EXPECT_EQ(tRecord.*pWord, dwGood);
+}
+inline void TryCameraParameters(int nLogin)
+{
+    TryCamera(nLogin, eCameraPicture, &tagCameraPicture::dwBrightness, 30, 101);
+    TryCamera(nLogin, eCameraDayNight, &tagCameraDayNight::dwMode, eDayNightNight, 4);
+    TryCamera(nLogin, eCameraExposure, &tagCameraExposure::dwMode, eModeManual, 2);
+    TryCamera(nLogin, eCameraFocus, &tagCameraFocus::dwMode, eModeManual, 2);
+}
+
 /// What comes is waited for: long, so that a machine that is busy passes.
 constexpr auto g_tPatience = 60s;
 

@@ -48,24 +48,7 @@ TEST_F(COnvifTest, LiveStreams)
 TEST_F(COnvifTest, Cameras)
 {
     Device();
-    const auto fnTry = [&](eCameraParameter eWhich, auto tRecord, auto pWord, uint32_t dwGood, uint32_t dwBad)
-    {
-        SCOPED_TRACE(eWhich);
-        tRecord.dwSize = sizeof tRecord;
-        const auto fnPass = [&](auto pfnPass) { return pfnPass(m_nLogin, 1, eWhich, &tRecord, sizeof tRecord); };
-        EXPECT_EQ(fnPass(API(GetIpcPara)), 0);
-        EXPECT_NE(tRecord.*pWord, dwGood);
-        tRecord.*pWord = dwGood;
-        EXPECT_EQ(fnPass(API(SetIpcPara)), 0);
-        tRecord.*pWord = dwBad;
-        EXPECT_EQ(fnPass(API(SetIpcPara)), eResultBadArgument);
-        EXPECT_EQ(fnPass(API(GetIpcPara)), 0);
-        EXPECT_EQ(tRecord.*pWord, dwGood);
-    };
-    fnTry(eCameraPicture, tagCameraPicture{}, &tagCameraPicture::dwBrightness, 30, 101);
-    fnTry(eCameraDayNight, tagCameraDayNight{}, &tagCameraDayNight::dwMode, eDayNightNight, 4);
-    fnTry(eCameraExposure, tagCameraExposure{}, &tagCameraExposure::dwMode, eModeManual, 2);
-    fnTry(eCameraFocus, tagCameraFocus{}, &tagCameraFocus::dwMode, eModeManual, 2);
+    TryCameraParameters(m_nLogin);
     WORKS(SetChromaDefault, m_nLogin, 1, eDefaultPicture);
     auto tPicture = Sized<tagCameraPicture>();
     WORKS(GetIpcPara, m_nLogin, 1, eCameraPicture, &tPicture, sizeof tPicture);
