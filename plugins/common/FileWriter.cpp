@@ -1,9 +1,12 @@
 #include "plugins/common/FileWriter.h"
 
 #include "protocol/interface/Frames.h"
+#include "protocol/interface/Results.h"
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <utility>
 
 namespace plugin
 {
@@ -60,5 +63,20 @@ std::vector<Output> ParameterSetsOf(uint32_t dwCodec, Bytes tKeyFrame)
         aabySets.emplace_back(it->begin(), it->end());
     }
     return aabySets;
+}
+
+int GiveHeader(Output const& abyHeader, char* pbyHeader, unsigned long& dwLength)
+{
+    const unsigned long dwRoom = std::exchange(dwLength, static_cast<unsigned long>(abyHeader.size()));
+    if (dwRoom < abyHeader.size())
+    {
+        return eResultNoResources;
+    }
+    if (!pbyHeader)
+    {
+        return eResultBadArgument;
+    }
+    std::memcpy(pbyHeader, abyHeader.data(), abyHeader.size());
+    return eResultOk;
 }
 } // namespace plugin

@@ -69,4 +69,8 @@ std::vector<Bytes> UnitsOf(Bytes tStream);
 bool IsParameterSet(uint32_t dwCodec, Bytes tUnit, bool bDelimiters);
 /// The parameter sets of a key frame, in the order that a tagVideoFormat has; empty where one is missing.
 std::vector<Output> ParameterSetsOf(uint32_t dwCodec, Bytes tKeyFrame);
+
+/// For GetFileHeader: copies a header into dwLength bytes at pbyHeader, and makes dwLength its length in any case. 0;
+/// eResultNoResources: it doesn't fit; eResultBadArgument: pbyHeader is null.
+int GiveHeader(Output const& abyHeader, char* pbyHeader, unsigned long& dwLength);
 } // namespace plugin

@@ -7,7 +7,6 @@
 #include "plugins/onvif/Operations.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace onvifclient
@@ -128,18 +127,8 @@ int Serve(tagCall<&CClientProtocolBase::GetFileHeader>, unsigned long dwType, ch
     {
         return eResultBadArgument;
     }
-    const plugin::Output abyHeader =
-        dwType == eFileFormatMp4 ? plugin::FragmentedMp4Header() : plugin::TransportStreamHeader({});
-    const unsigned long dwRoom = std::exchange(*pdwLength, static_cast<unsigned long>(abyHeader.size()));
-    if (dwRoom < abyHeader.size())
-    {
-        return eResultNoResources;
-    }
-    if (!pbyHeader)
-    {
-        return eResultBadArgument;
-    }
-    std::memcpy(pbyHeader, abyHeader.data(), abyHeader.size());
-    return eResultOk;
+    return plugin::GiveHeader(dwType == eFileFormatMp4 ? plugin::FragmentedMp4Header()
+                                                       : plugin::TransportStreamHeader({}),
+                              pbyHeader, *pdwLength);
 }
 } // namespace onvifclient

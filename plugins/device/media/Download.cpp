@@ -8,7 +8,6 @@
 #include "protocol/interface/Results.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace device
@@ -277,17 +276,6 @@ int FileHeader(uint32_t dwFormat, char* pbyHeader, unsigned long& dwLength)
     {
         return eResultBadArgument;
     }
-    const Output abyHeader = FileHeader(dwFormat);
-    const unsigned long dwRoom = std::exchange(dwLength, static_cast<unsigned long>(abyHeader.size()));
-    if (dwRoom < abyHeader.size())
-    {
-        return eResultNoResources;
-    }
-    if (!pbyHeader)
-    {
-        return eResultBadArgument;
-    }
-    std::memcpy(pbyHeader, abyHeader.data(), abyHeader.size());
-    return eResultOk;
+    return plugin::GiveHeader(FileHeader(dwFormat), pbyHeader, dwLength);
 }
 } // namespace device
