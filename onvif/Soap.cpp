@@ -83,11 +83,6 @@ constexpr std::pair<std::string_view, int> g_atRefusals[] = {
     {"TagMismatch", eResultBadArgument},
 };
 
-std::string_view WithoutPrefix(std::string_view strName)
-{
-    return strName.substr(strName.find(':') + 1);
-}
-
 // What a status says where no fault does.
 int ResultOf(int nStatus)
 {

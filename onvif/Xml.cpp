@@ -32,11 +32,6 @@ std::string_view Trimmed(std::string_view strText)
     return strText;
 }
 
-std::string_view WithoutPrefix(std::string_view strName)
-{
-    return strName.substr(strName.find(':') + 1); // npos + 1 is 0
-}
-
 bool IsTooDeep(pugi::xml_node tRoot)
 {
     unsigned nDepth = 0;
@@ -132,6 +127,11 @@ std::shared_ptr<pugi::xml_document const> ParseXml(std::string_view strText)
     auto pDocument = std::make_shared<pugi::xml_document>();
     const auto tResult = pDocument->load_buffer(strText.data(), strText.size(), pugi::parse_default);
     return tResult && !IsTooDeep(*pDocument) ? pDocument : nullptr;
+}
+
+std::string_view WithoutPrefix(std::string_view strName)
+{
+    return strName.substr(strName.find(':') + 1); // npos + 1 is 0
 }
 
 std::string_view LocalName(pugi::xml_node tNode)

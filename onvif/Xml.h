@@ -19,6 +19,8 @@ std::shared_ptr<pugi::xml_document const> ParseXml(std::string_view strText);
 
 /// The name behind its prefix.
 std::string_view LocalName(pugi::xml_node tNode);
+/// The same of a name: "WrongLogin" of "ter:WrongLogin".
+std::string_view WithoutPrefix(std::string_view strName);
 /// The first child with this local name.
 pugi::xml_node Child(pugi::xml_node tNode, std::string_view strName);
 /// Down a path of local names: "Configuration/Bounds/x".

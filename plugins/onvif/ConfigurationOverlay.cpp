@@ -18,7 +18,6 @@ namespace
 {
 using namespace onvif;
 
-constexpr uint32_t g_dwWhole = 10000;
 constexpr uint32_t g_dwWhite = 0xFFFFFF;
 constexpr uint32_t g_dwUsualHeight = 400;
 constexpr uint32_t g_dwUsualDots = 1080; // of a picture whose height isn't told

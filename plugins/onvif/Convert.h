@@ -12,6 +12,8 @@
 /// From a device's words to those of the interface, and back.
 namespace onvifclient
 {
+constexpr uint32_t g_dwWhole = 10000; ///< places and shares are ten-thousandths
+
 /// A number without sign; 0: it isn't there, or is no such number.
 uint32_t Word(pugi::xml_node tNode, std::string_view strPath);
 uint32_t ParseWord(std::string_view strText);

@@ -14,8 +14,6 @@ constexpr std::size_t g_nHigh = std::size_t{4} << 20; // so much waits for the a
 constexpr std::size_t g_nLow = std::size_t{1} << 20;  // and so much: it goes on
 constexpr int64_t g_llFirstUs = 2000000;              // of the recording, until it is known whether there is sound
 constexpr int64_t g_llGapUs = 1000000;                // more between two pictures is a gap
-constexpr int64_t g_llPictureUs = 40000;              // the last picture's duration
-constexpr int64_t g_llNearUs = 2000000;               // so near to its end a replay that falls silent has ended
 
 bool IsSound(tagStreamMediaFrame const& t)
 {

@@ -20,8 +20,6 @@ using namespace onvif;
 
 using Adapter_ProtocolSet::MergeRecord;
 
-constexpr uint32_t g_dwWhole = 10000;
-
 // How a record's word stands in the settings.
 enum class eUnit : unsigned char
 {

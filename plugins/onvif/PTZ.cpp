@@ -12,7 +12,6 @@ namespace
 {
 using namespace onvif;
 
-constexpr int32_t g_nFull = 10000;
 constexpr int32_t g_nUsualMs = 5000;
 constexpr int32_t g_nMostMs = 60000;
 } // namespace

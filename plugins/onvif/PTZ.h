@@ -15,6 +15,8 @@
 
 namespace onvifclient
 {
+constexpr int32_t g_nFull = 10000; ///< full speed, and the far end of a normalised range
+
 class CEdit;
 
 /// The head of one camera: where ONVIF lacks something (a movement that ends by itself, numbers for presets), it stands

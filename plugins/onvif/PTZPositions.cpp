@@ -12,8 +12,6 @@ namespace
 {
 using namespace onvif;
 
-constexpr int32_t g_nFull = 10000;
-
 double PositionIn(tagSpan const& tSpan, int32_t n)
 {
     return tSpan.At(int64_t{n} + g_nFull, int64_t{2} * g_nFull);

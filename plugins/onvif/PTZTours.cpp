@@ -14,7 +14,6 @@ namespace
 using namespace onvif;
 
 constexpr std::size_t g_nMost = 256;
-constexpr int32_t g_nFull = 10000;
 constexpr int32_t g_nMostSeconds = 3600;
 
 bool IsRunning(pugi::xml_node tTour)

@@ -16,8 +16,6 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr std::size_t g_nMostHeld = std::size_t{4} << 20; // bytes of frames that wait
-constexpr int64_t g_llNearUs = 2000000;                   // so near to its end a replay that falls silent has ended
-constexpr int64_t g_llPictureUs = 40000;                  // over a gap the time line goes on by one picture
 constexpr int64_t g_llMostUs = 1000000;                   // more between two frames is a gap
 constexpr int64_t g_llMostKeysUs = 15000000;              // the same between two key frames
 constexpr unsigned g_nFruitless = 2;                      // tries after which a replay without more frames has ended

@@ -9,6 +9,9 @@
 
 namespace onvifclient
 {
+constexpr int64_t g_llPictureUs = 40000; ///< of a picture that no other one follows; over a gap time goes on by this
+constexpr int64_t g_llNearUs = 2000000;  ///< so near to its end a replay that falls silent has ended
+
 /// A stretch of one of the device's recordings to replay.
 struct tagStretch
 {

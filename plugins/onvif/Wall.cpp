@@ -4,6 +4,7 @@
 
 #include "plugins/common/SplitScreen.h"
 #include "plugins/common/Text.h"
+#include "plugins/onvif/Convert.h"
 
 #include "protocol/Record.h"
 
@@ -25,7 +26,6 @@ using onvif::CAnswer;
 using onvif::CXmlWriter;
 using onvif::eService;
 
-constexpr uint32_t g_dwWhole = 10000; // ten-thousandths
 constexpr uint32_t g_dwWindows = 1024;
 
 double NumberOr(std::string_view strText, double dElse)
