@@ -607,10 +607,13 @@ class Witness(Base):
                     if name == "mpegts":
                         data = await self.ffmpeg("-", codec, data)
                     ours, expected = (split(data), split(expected)) if split else (data, expected)
+                    if name == "mpegts":
+                        ours = ours[:-1]  # its packets end where the stream was closed, in the middle of a picture too
                     begin = expected.index(ours[0] if split else data[:sum(frame.length for frame in frames[:3])])
                     length = min(len(ours), len(expected) - begin)
                     self.assertGreater(length, 20 if split else 4000)
-                    self.assertTrue(ours[:length] == expected[begin:begin + length])
+                    different = [n for n in range(length) if ours[n] != expected[begin + n]]
+                    self.assertEqual(different[:3], [], f"of {length}")
 
     async def test_certificates_are_checked_where_that_is_asked_for(self):
         os.environ["SSL_CERT_FILE"] = CLIPS + "/certificate.pem"
