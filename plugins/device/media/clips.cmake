@@ -7,6 +7,7 @@
 #
 # Every picture shows its number, as a text and as a row of bits: scaled to 640x360 its lowest 16 rows hold 12 squares
 # of 16 dots, white for 1, the lowest bit first.
+include(${PROJECT_SOURCE_DIR}/cmake/MadeOnce.cmake)
 find_program(FFMPEG_PROGRAM ffmpeg REQUIRED)
 
 set(TESSARO_CLIP_PICTURES 150)
@@ -36,27 +37,11 @@ function(picture_graph result width height number)
     set(${result} "${graph},format=yuv420p" PARENT_SCOPE)
 endfunction()
 
-# One file: name, and ffmpeg's arguments. With TESSARO_CLIPS a copy stays there for other builds, under a name that stands
-# for the arguments; it is renamed into place, so that builds at the same time don't disturb each other.
+# One file: name, and ffmpeg's arguments.
 function(add_clip_file name)
-    set(make ${FFMPEG_PROGRAM} -v error -nostdin -y -bitexact -filter_complex_threads 1 ${ARGN} -map_metadata -1
-        ${clip_folder}/${name})
-    set(keep)
-    if(TESSARO_CLIPS)
-        string(MD5 arguments "${ARGN}")
-        set(kept ${TESSARO_CLIPS}/${arguments}-${name})
-        set(make test -e ${kept} && cp ${kept} ${clip_folder}/${name} || ${make})
-        set(keep COMMAND cp ${clip_folder}/${name} ${clip_folder}/${name}.copy
-                 COMMAND mv ${clip_folder}/${name}.copy ${kept})
-    endif()
-    add_custom_command(
-        OUTPUT ${clip_folder}/${name}
-        COMMAND ${CMAKE_COMMAND} -E make_directory ${clip_folder} ${TESSARO_CLIPS}
-        COMMAND ${make}
-        ${keep}
-        DEPENDS ${CMAKE_CURRENT_FUNCTION_LIST_FILE}
-        COMMENT "Making ${name}"
-        VERBATIM)
+    add_made_once(${clip_folder} ${name} "${ARGN}" ${CMAKE_CURRENT_FUNCTION_LIST_FILE}
+                  ${FFMPEG_PROGRAM} -v error -nostdin -y -bitexact -filter_complex_threads 1 ${ARGN} -map_metadata -1
+                  ${clip_folder}/${name})
     set(clip_files ${clip_files} ${clip_folder}/${name} PARENT_SCOPE)
 endfunction()
 
