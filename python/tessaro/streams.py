@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import ctypes
 from dataclasses import dataclass, replace
-from typing import TYPE_CHECKING, Any, Callable, Optional
+from typing import TYPE_CHECKING, Any, Callable, Optional, TypeVar
 
 from . import flat, receivers
 from .errors import check, error
@@ -14,6 +14,8 @@ from .flat import (eConnectionState, eFrameFlag, eMediaCodec, eMediaType, eOpera
 
 if TYPE_CHECKING:
     from .login import Login
+
+S = TypeVar("S", bound="Stream")
 
 
 @dataclass(frozen=True)
@@ -121,7 +123,7 @@ class Stream(Feed[Frame]):
             receivers.remove(self._number)
             self.login._forget(self)
 
-    def __enter__(self) -> Stream:
+    def __enter__(self: S) -> S:
         return self
 
     def __exit__(self, *_: Any) -> None:
