@@ -33,6 +33,7 @@ class Client:
             flat.ClientAdapter_Start(max_streams)
             Client._open = self
         self._logins: set[Login] = set()
+        self._closing = False
         atexit.register(self.close)
 
     @property
@@ -72,9 +73,9 @@ class Client:
         """Closes every login and stops the library. Not from inside a callback, and not while another thread makes a
         call."""
         with Client._mutex:
-            if Client._open is not self:
-                return
-            logins = list(self._logins)
+            logins, first, self._closing = list(self._logins), not self._closing, True
+        if not first:
+            return
         for login in logins:
             login.close()
         with Client._mutex:

@@ -61,6 +61,9 @@ class Events(Feed[Event]):
         elif not self._closed:
             self._on_event(event)
 
+    def _complain(self) -> None:
+        self.login._check_alive()
+
     def _replaced(self) -> None:
         """Another subscription has taken its place at the library."""
         if self._end():

@@ -7,7 +7,7 @@ import time
 from collections import deque
 from typing import Deque, Generic, Iterator, Optional, TypeVar
 
-from .errors import error
+from .errors import Error, error
 from .flat import ePluginResult
 
 T = TypeVar("T")
@@ -63,7 +63,11 @@ class Feed(Generic[T]):
                     item = self._items.popleft()
                     self._changed.notify_all()
                     return item
-            self._complain()
+            try:
+                self._complain()
+            except Error:
+                if not self._closed:  # by another thread, meanwhile
+                    raise
             if until is not None and time.monotonic() >= until:
                 raise error("waiting", ePluginResult.eResultTimeOut)
 

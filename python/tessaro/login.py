@@ -9,10 +9,10 @@ from typing import TYPE_CHECKING, Any, Callable, Iterable, Iterator, Optional, T
 
 from . import flat, receivers
 from .base import Record
-from .errors import check
+from .errors import check, error
 from .events import Event, Events
 from .flat import (eDeviceEvent, eFileFormat, eFileKind, eFileTransferControl, eHistoryStreamType, eImageFormat,
-                   ePluginResult, eProtocolType, eResult, eRtspTransport, eStreamKind, tagConfigInformation,
+                   eLoginStatus, ePluginResult, eProtocolType, eResult, eRtspTransport, eStreamKind, tagConfigInformation,
                    tagFileDownloadPara, tagHistoryStreamPara, tagHistoryStreamQueryFactor, tagHistoryStreamQueryResult,
                    tagImageFileInfo, tagRealStreamPara)
 from .ptz import PTZ
@@ -100,6 +100,13 @@ class Login:
     def _forget(self, stream: Stream) -> None:
         with self._mutex:
             self._streams.discard(stream)
+
+    def _check_alive(self) -> None:
+        """Raises when the device has ended the login, and nothing comes any more."""
+        status = ctypes.c_int(0)
+        flat.ClientAdapter_GetLoginStatus(self.login_id, status)
+        if status.value == eLoginStatus.eLoginEnded:
+            raise error("the device has ended the login", ePluginResult.eResultConnectionLost)
 
     # --- recordings ---
 

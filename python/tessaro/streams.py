@@ -105,6 +105,9 @@ class Stream(Feed[Frame]):
                 with raw.cast("B") as octets, octets.toreadonly() as data:
                     self._on_frame(_frame(record, data))
 
+    def _complain(self) -> None:
+        self.login._check_alive()
+
     def _control(self, code: eTaskControl, what: str) -> None:
         check(what, flat.ClientAdapter_StreamMediaControl(self.media_id, code))
 
@@ -149,6 +152,7 @@ class LiveStream(Stream):
         super()._put(item)
 
     def _complain(self) -> None:
+        super()._complain()
         if self._patient or self.login.protocol != eProtocolType.eProtocolRTSP:
             return
         info = self.statistics()

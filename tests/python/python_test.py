@@ -170,11 +170,19 @@ class Device(unittest.TestCase):
         self.assertRaises(ZeroDivisionError, self.login.download, recording, lambda block: 1 / 0)
         self.assertRaises(tessaro.NotFound, self.login.download, "nothing.rec", blocks.append)
 
+    def happen(self, fault, **more):
+        record = flat.tagDeviceFault(dwFault=fault, **more)
+        flat.ClientAdapter_RTSPSetIsProductTest(flat.eMiscParameter.eMiscFault, ctypes.byref(record), record.dwSize,
+                                                flat.eProtocolType.eProtocolVTQ)
+
+    def test_a_login_that_the_device_ends(self):
+        with self.login.events(flat.eDeviceEvent.eEventTamper) as events:
+            self.happen(flat.eFaultKind.eFaultForceOff)
+            self.assertRaises(tessaro.Unreachable, list, events)
+
     def test_events_and_movements(self):
         with self.login.events(flat.eDeviceEvent.eEventMotion) as events:
-            fault = flat.tagDeviceFault(dwFault=flat.eFaultKind.eFaultMotion, dwChannel=2, dwMilliseconds=1000)
-            flat.ClientAdapter_RTSPSetIsProductTest(flat.eMiscParameter.eMiscFault, ctypes.byref(fault), fault.dwSize,
-                                                    flat.eProtocolType.eProtocolVTQ)
+            self.happen(flat.eFaultKind.eFaultMotion, dwChannel=2, dwMilliseconds=1000)
             event = events.read(PATIENCE)
             self.assertEqual((event.kind, event.second, event.third), (flat.eDeviceEvent.eEventMotion, 2, 1))
             self.assertRaises(tessaro.TimedOut, lambda: [events.read(timeout=0) for _ in range(9)])
