@@ -22,7 +22,7 @@ check_room(rtsp "rtsp/|protocol/(PluginInterface\\.h|interface/)|system/Export\\
 check_room(onvif "(onvif|rtsp)/|protocol/(PluginInterface\\.h|interface/)")
 check_room(plugins "(protocol|rtsp|onvif|plugins)/|system/(Call|Export)\\.h\"")
 check_room(tools/tessaro "adapter/(ClientAdapter(Extra)?|Globals)\\.h\"|protocol/|system/(Call|Export)\\.h\"|tools/tessaro/|RecordTables")
-check_room(examples "adapter/(ClientAdapter(Extra)?|Globals)\\.h\"|Tour\\.h\"|(plugins/common|protocol)/|system/Call\\.h\"")
+check_room(examples "adapter/(ClientAdapter(Extra)?|Globals)\\.h\"|(../tours/)?Tour\\.h\"|(plugins/common|protocol)/|system/Call\\.h\"")
 
 foreach(header HandleRegistry LookUp)
     file(STRINGS ${ROOT}/adapter/${header}.h includes REGEX "^#include \"(bindings|adapter)/")

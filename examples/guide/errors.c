@@ -1,6 +1,6 @@
 /* What a program does with results, and where the library's own lines go. */
 
-#include "Tour.h"
+#include "../tours/Tour.h"
 
 /* [kinds] */
 typedef enum eWhatToDo

@@ -2,7 +2,7 @@
 
      guide_lost rtsp://host:port/path */
 
-#include "Tour.h"
+#include "../tours/Tour.h"
 
 /* What the callbacks have seen. */
 typedef struct tagLife

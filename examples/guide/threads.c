@@ -1,6 +1,6 @@
 /* Frames from the plug-in's thread to one of the program's own, by a queue that never grows without end. */
 
-#include "Tour.h"
+#include "../tours/Tour.h"
 
 /* [queue] */
 typedef struct tagKept
