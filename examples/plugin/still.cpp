@@ -35,7 +35,7 @@ std::atomic<bool> g_bStarted = false;
 
 /* [run] */
 // On the stream's own thread, which ends by itself when the stream is closed.
-void Run(std::weak_ptr<tagStream> ptOpen)
+void Run(std::weak_ptr<tagStream> const& ptOpen)
 {
     // What isn't named is 0.
     tagStreamMediaFrame t{.dwCodec = eCodecMJPEG, .szCodecName = "mjpeg", .dwFlags = eFrameKey};
@@ -65,7 +65,10 @@ void Run(std::weak_ptr<tagStream> ptOpen)
 
 /* [serve] */
 using Base = Adapter_ProtocolSet::CClientProtocolBase;
-const auto IsStarted = [] { return g_bStarted.load(); };
+bool IsStarted()
+{
+    return g_bStarted;
+}
 template <auto Op, class... A>
 int Serve(tagCall<Op>, A...) // whatever has no line below
 {
