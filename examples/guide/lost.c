@@ -52,7 +52,7 @@ static int OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned l
     (void)dwUser;
     if (ptFrame->dwFlags & eFrameDiscontinuity)
     {
-        printf("times begin anew at %" PRId64 " us: reset the decoder's clock\n", ptFrame->llPresentationTimeUs);
+        printf("a gap: frames go on at %" PRId64 " us; reset the decoder\n", ptFrame->llPresentationTimeUs);
     }
     if (ptFrame->dwLostBefore)
     {
