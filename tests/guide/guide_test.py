@@ -13,9 +13,9 @@ EXAMPLES, SERVER, CLIP, PLUGIN, TESSARO = (os.environ[name] for name in ("EXAMPL
 PATIENCE = 120
 
 
-def run(*arguments, password="admin", **more):
-    done = subprocess.run(arguments, capture_output=True, text=True, timeout=PATIENCE,
-                          env=os.environ | {"TESSARO_PASSWORD": password}, **more)
+def run(*arguments, password="admin", cwd=None, more={}):
+    done = subprocess.run(arguments, capture_output=True, text=True, timeout=PATIENCE, cwd=cwd,
+                          env=os.environ | {"TESSARO_PASSWORD": password} | more)
     assert done.returncode == 0, f"{arguments}: {done.returncode}\n{done.stdout}\n{done.stderr}"
     return done.stdout + done.stderr
 
@@ -59,13 +59,16 @@ class Guide(unittest.TestCase):
         self.assertEqual(program.returncode, 0, said)
         self.assertRegex(said, r"live, 1 times connected again\n(.*\n)*\d+ frames, \d+ packets lost")
 
-    @unittest.skipUnless(TESSARO, "built without the tool")
     def test_plugin(self):
         lines = (ROOT / "examples/plugin/still.cpp").read_text().splitlines()
         self.assertLessEqual(sum(not re.fullmatch(r"\s*(//.*|/\*.*|[{}];?( //.*)?|)", line) for line in lines), 80)
         with tempfile.TemporaryDirectory() as folder:
             subprocess.run(["ffmpeg", "-loglevel", "error", "-f", "lavfi", "-i", "testsrc=size=320x180", "-frames:v", "1",
                             f"{folder}/gate.jpg"], check=True)
+            said = run(f"{EXAMPLES}/guide_threads", "private", "gate.jpg", cwd=folder, more={"TESSARO_PRIVATE_PLUGIN": PLUGIN})
+            self.assertIn("50 frames, 0 dropped", said)
+            if not TESSARO:
+                self.skipTest("check-plugin: built without the tool")
             report = run(TESSARO, "check-plugin", PLUGIN, "private://gate.jpg", cwd=folder)
         self.assertGreaterEqual(len(re.findall("^ok ", report, re.M)), 20)
         self.assertNotIn("BROKEN", report)
