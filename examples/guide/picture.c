@@ -3,8 +3,8 @@
      guide_picture rtsp://host:port/path [USER]      the password in TESSARO_PASSWORD */
 
 /* [callback] */
-#include "adapter/ClientAdapter.h"
-#include "adapter/ClientAdapterExtra.h"
+#include <tessaro/ClientAdapter.h>
+#include <tessaro/ClientAdapterExtra.h>
 
 #include <semaphore.h>
 #include <stdio.h>

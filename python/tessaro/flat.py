@@ -3300,10 +3300,10 @@ _library = Functions({
 
 def ClientAdapter_Start(dwMaxChannel: int) -> int:
     """Loads and starts the ONVIF, RTSP and VTQ plug-ins, looked for as libonvifclient.so, librtspclient.so and libVTQ.so
-    on the dynamic loader's search path. dwMaxChannel: how many streams RTSP may open at once. Always 0: a plug-in that
-    is missing or doesn't start shows in the diagnostic lines, and in 1 or the plug-in's own results from every later
-    call on its protocol. Calling it again without a stop starts the same plug-ins again. Blocks while the plug-ins
-    start.
+    on the dynamic loader's search path, to which the folder tessaro beside the library belongs. dwMaxChannel: how many
+    streams RTSP may open at once. Always 0: a plug-in that is missing or doesn't start shows in the diagnostic lines,
+    and in 1 or the plug-in's own results from every later call on its protocol. Calling it again without a stop starts
+    the same plug-ins again. Blocks while the plug-ins start.
     """
     return _library.ClientAdapter_Start(dwMaxChannel)  # type: ignore[no-any-return]
 
