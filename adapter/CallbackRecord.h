@@ -3,8 +3,8 @@
 /// @file
 /// Whom to call back.
 
-#include "protocol/PluginInterface.h"
-#include "system/Export.h"
+#include "../protocol/PluginInterface.h"
+#include "../system/Export.h"
 
 #include <map>
 

@@ -2,7 +2,7 @@
 /// The Tessaro client adapter: one way to talk to every camera, recorder and video decoder on a site. C99 and C++.
 
 /// @defgroup api The C API
-/// Plain functions on small integer IDs, for applications in C99 and C++: adapter/ClientAdapter.h.
+/// Plain functions on small integer IDs, for applications in C99 and C++: tessaro/ClientAdapter.h.
 ///
 /// Conventions:
 ///
@@ -40,8 +40,8 @@
 #ifndef TESSARO_ADAPTER_CLIENTADAPTER_H
 #define TESSARO_ADAPTER_CLIENTADAPTER_H
 
-#include "protocol/PluginInterface.h"
-#include "system/Export.h"
+#include "../protocol/PluginInterface.h"
+#include "../system/Export.h"
 
 TESSARO_C_BEGIN
 
@@ -56,10 +56,10 @@ TESSARO_C_BEGIN
 /// @{
 
 /// Loads and starts the ONVIF, RTSP and VTQ plug-ins, looked for as libonvifclient.so, librtspclient.so and libVTQ.so
-/// on the dynamic loader's search path. dwMaxChannel: how many streams RTSP may open at once. Always 0: a plug-in that
-/// is missing or doesn't start shows in the diagnostic lines, and in 1 or the plug-in's own results from every later
-/// call on its protocol. Calling it again without a stop starts the same plug-ins again. Blocks while the plug-ins
-/// start.
+/// on the dynamic loader's search path, to which the folder tessaro beside the library belongs. dwMaxChannel: how many
+/// streams RTSP may open at once. Always 0: a plug-in that is missing or doesn't start shows in the diagnostic lines,
+/// and in 1 or the plug-in's own results from every later call on its protocol. Calling it again without a stop starts
+/// the same plug-ins again. Blocks while the plug-ins start.
 TESSARO_API int ClientAdapter_Start(unsigned int dwMaxChannel);
 
 /// Stops and unloads every plug-in, the application's private one too (which it stops itself, before). Always 0. Close

@@ -4,7 +4,7 @@
 #ifndef TESSARO_ADAPTER_CLIENTADAPTEREXTRA_H
 #define TESSARO_ADAPTER_CLIENTADAPTEREXTRA_H
 
-#include "adapter/ClientAdapter.h"
+#include "ClientAdapter.h"
 
 TESSARO_C_BEGIN
 

@@ -3,8 +3,8 @@
 /// @file
 /// The service classes.
 
-#include "protocol/CProtocolSet.h"
-#include "system/Export.h"
+#include "../protocol/CProtocolSet.h"
+#include "../system/Export.h"
 
 #include <cstdint>
 

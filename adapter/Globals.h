@@ -9,10 +9,10 @@
 /// Classes and objects are exported with their members, so the layouts are part of the interface: build an application
 /// with the headers of the library that it runs with, and with a compiler that agrees on the C++ ABI.
 
-#include "adapter/CallbackRecord.h"
-#include "adapter/HandleRegistry.h"
-#include "protocol/CProtocolSet.h"
-#include "system/Export.h"
+#include "../protocol/CProtocolSet.h"
+#include "../system/Export.h"
+#include "CallbackRecord.h"
+#include "HandleRegistry.h"
 
 // They exist from the moment the library is loaded, built in this order and destroyed in reverse: g_cProtocolSet,
 // g_SetCallBack, g_SetUserCallBack, g_cClient.

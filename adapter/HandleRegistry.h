@@ -3,8 +3,8 @@
 /// @file
 /// The IDs of the C API and what stands behind them.
 
-#include "protocol/PluginInterface.h"
-#include "system/Export.h"
+#include "../protocol/PluginInterface.h"
+#include "../system/Export.h"
 
 #include <pthread.h>
 

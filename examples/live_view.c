@@ -5,7 +5,7 @@
 
 #define _POSIX_C_SOURCE 200809L
 
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <errno.h>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "protocol/PluginInterface.h"
-#include "system/Export.h"
+#include "../system/Export.h"
+#include "PluginInterface.h"
 
 class IProtocol;
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "protocol/CClientProtocolBase.h"
-#include "protocol/IProtocol.h"
-#include "system/Call.h"
-#include "system/Export.h"
+#include "../system/Call.h"
+#include "../system/Export.h"
+#include "CClientProtocolBase.h"
+#include "IProtocol.h"
 
 #include <cstdint>
 
@@ -44,7 +44,7 @@ public:
 #define ROUTED(name, ...)          PARAMETERS(&CClientProtocolBase::name, __VA_ARGS__) __VA_OPT__(,) eProtocolType eType
 #define OPERATION(line, name, ...) int name(ROUTED(name, __VA_ARGS__));
 #define UNROUTED_OPERATION(...)
-#include "protocol/operations.def"
+#include "operations.def"
     /// @endcond
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "protocol/PluginInterface.h"
+#include "PluginInterface.h"
 
 /// The adapter as a plug-in sees it: through it one plug-in drives another protocol's plug-in. A plug-in gets it with
 /// its SetProtocolInterface entry point and may keep it until its Stop.

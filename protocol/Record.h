@@ -1,7 +1,7 @@
 #pragma once
 
-#include "protocol/interface/Common.h"
-#include "protocol/interface/Results.h"
+#include "interface/Common.h"
+#include "interface/Results.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "system/Export.h"
+#include "Export.h"
 
 /// A block of bytes whose size can change. An application may hand its own kind to CAdapta_Buffer's clones, so the
 /// order of the operations never changes. Results: 0 done, 1 refused.

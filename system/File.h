@@ -1,6 +1,6 @@
 #pragma once
 
-#include "system/Export.h"
+#include "Export.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "system/Export.h"
+#include "Export.h"
 
 /// The operating system behind small classes.
 namespace Adapter_System

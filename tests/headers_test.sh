@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Each public header compiles alone, with both compilers, in the lowest standard of every language that it claims.
+# Each public header compiles alone, with both compilers, in the lowest standard of every language that it claims; without
+# an include folder, since an installed one has another.
 #
 #   headers_test.sh ROOT
 set -u
@@ -12,7 +13,7 @@ compile() {
     local header
     for header in "${@:4}"; do
         count=$((count + 1))
-        "$3" -x "$1" -std="$2" -fsyntax-only -Wall -Wextra -Wpedantic -Werror -I. -include "$header" /dev/null ||
+        "$3" -x "$1" -std="$2" -fsyntax-only -Wall -Wextra -Wpedantic -Werror -include "$PWD/$header" /dev/null ||
             { echo "$header: $3 $2" && failures=$((failures + 1)); }
     done
 }
@@ -28,7 +29,7 @@ done
 # No record but two older ones has padding that isn't written down, also where 64-bit words may stand at odd places.
 for word in -m64 -m32; do
     count=$((count + 1))
-    gcc -x c -std=c99 $word -ffreestanding -fsyntax-only -Wpadded -I. -include protocol/PluginInterface.h /dev/null 2>&1 |
+    gcc -x c -std=c99 $word -ffreestanding -fsyntax-only -Wpadded -include protocol/PluginInterface.h /dev/null 2>&1 |
         grep -v -e interface/Frames.h -e '^ ' -e '^In file' -e '^ *from' && failures=$((failures + 1))
 done
 echo "tried: headers, $count compilations, $failures failed"

@@ -1,5 +1,5 @@
 /* [alarms] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <stdio.h>
 

@@ -1,5 +1,5 @@
 /* [callbacks] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <stdint.h>
 #include <stdio.h>

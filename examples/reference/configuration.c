@@ -1,5 +1,5 @@
 /* [configuration] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <stdio.h>
 #include <stdlib.h>

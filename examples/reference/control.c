@@ -1,5 +1,5 @@
 /* [control] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <stdio.h>
 

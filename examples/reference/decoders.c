@@ -1,5 +1,5 @@
 /* [decoders] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <stdio.h>
 

@@ -1,5 +1,5 @@
 /* [extra] */
-#include "adapter/ClientAdapterExtra.h"
+#include <tessaro/ClientAdapterExtra.h>
 
 #include <stdio.h>
 

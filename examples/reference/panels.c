@@ -1,5 +1,5 @@
 /* [panels] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <stdio.h>
 

@@ -1,5 +1,5 @@
 /* [playback] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <stdio.h>
 

@@ -1,5 +1,5 @@
 /* [queries] */
-#include "adapter/ClientAdapter.h"
+#include <tessaro/ClientAdapter.h>
 
 #include <inttypes.h>
 #include <stdio.h>

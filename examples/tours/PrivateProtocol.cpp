@@ -1,7 +1,7 @@
 // The private protocol: the library never loads it by itself, so the application inserts it into the protocol set with
 // its plug-in's path, starts it, and stops it before the library.
 
-#include "adapter/Globals.h"
+#include <tessaro/Globals.h>
 
 static bool g_bStarted = false;
 

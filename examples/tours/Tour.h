@@ -11,8 +11,8 @@
 
 #define _POSIX_C_SOURCE 200809L
 
-#include "adapter/ClientAdapter.h"
-#include "adapter/ClientAdapterExtra.h"
+#include <tessaro/ClientAdapter.h>
+#include <tessaro/ClientAdapterExtra.h>
 
 #include <inttypes.h>
 #include <pthread.h>

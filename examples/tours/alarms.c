@@ -10,6 +10,7 @@ typedef struct tagAlarms
     tagCounter tEvents, tOutput;
 } tagAlarms;
 
+/* [event] */
 /* On a thread of the plug-in. The words are explained at eDeviceEvent. */
 static int OnEvent(void* hLogin, unsigned long dwEvent, unsigned long dwWhere, unsigned long dwState,
                    unsigned long dwTime, unsigned long dwUser)
@@ -45,6 +46,7 @@ static int OnEvent(void* hLogin, unsigned long dwEvent, unsigned long dwWhere, u
     Count(&ptAlarms->tEvents);
     return 0;
 }
+/* [event] */
 
 static int ReadContacts(int nLogin)
 {
@@ -90,6 +92,7 @@ static int Alarm(int nLogin, tagAlarms* ptAlarms)
            Worked(ClientAdapter_AlarmClear(nLogin, eEventAlarmInput, TESSARO_ALL), "clearing the alarms");
 }
 
+/* [watch] */
 static int Watch(int nLogin)
 {
     tagAlarms tAlarms = {.tEvents = COUNTER, .tOutput = COUNTER};
@@ -104,6 +107,7 @@ static int Watch(int nLogin)
     printf("%lu events.\n", Counted(&tAlarms.tEvents));
     return bWorked;
 }
+/* [watch] */
 
 int main(int nArguments, char** aszArguments)
 {

@@ -2,6 +2,7 @@
 
 #include "Tour.h"
 
+/* [read] */
 /* Reads the block that type, index and stream name into a record. A block is a quarter of a megabyte, so it is kept off
    the stack. Fields that the device doesn't know yet are 0. */
 static int ReadBlock(int nLogin, uint32_t dwType, uint32_t dwIndex, uint32_t dwStream, void* pRecord, size_t nSize)
@@ -24,7 +25,9 @@ static int ReadBlock(int nLogin, uint32_t dwType, uint32_t dwIndex, uint32_t dwS
     }
     return Worked(nResult, "reading a block");
 }
+/* [read] */
 
+/* [write] */
 /* Writes a record back. Fields that we don't know stay as they are on the device. */
 static int WriteBlock(int nLogin, uint32_t dwType, uint32_t dwIndex, uint32_t dwStream, void const* pRecord,
                       size_t nSize)
@@ -42,6 +45,7 @@ static int WriteBlock(int nLogin, uint32_t dwType, uint32_t dwIndex, uint32_t dw
     }
     return Worked(nResult, "writing a block");
 }
+/* [write] */
 
 static int ShowDevice(int nLogin)
 {
@@ -62,6 +66,7 @@ static int ShowDevice(int nLogin)
     return 1;
 }
 
+/* [change] */
 static int SetFrameRate(int nLogin, uint32_t dwRate, uint32_t* pdwBefore)
 {
     tagConfigVideoEncoder tVideo;
@@ -77,6 +82,7 @@ static int SetFrameRate(int nLogin, uint32_t dwRate, uint32_t* pdwBefore)
            ReadBlock(nLogin, eConfigVideoEncoder, 0, eStreamMain, &tVideo, sizeof tVideo) &&
            Expect(tVideo.dwFrameRate == dwRate, "the frame rate reads back as it was written");
 }
+/* [change] */
 
 static int ChangeStream(int nLogin)
 {

@@ -15,6 +15,7 @@ typedef struct tagPlayed
     int64_t llLastUs; /* when the frame that came last was recorded */
 } tagPlayed;
 
+/* [frames] */
 static int OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
 {
     tagPlayed* const ptPlayed = (tagPlayed*)dwUser;
@@ -32,6 +33,7 @@ static int OnFrame(void* hStream, tagStreamMediaFrame const* ptFrame, unsigned l
     }
     return 0;
 }
+/* [frames] */
 
 static int64_t LastTime(tagPlayed* ptPlayed)
 {
@@ -73,6 +75,7 @@ static int ShowDays(int nLogin)
     return 1;
 }
 
+/* [search] */
 /* Lists the recordings of a channel, and keeps the first one that is finished. */
 static int Search(int nLogin, tagHistoryStreamQueryResult* ptFound)
 {
@@ -102,6 +105,7 @@ static int Search(int nLogin, tagHistoryStreamQueryResult* ptFound)
     printf("%d finished recordings.\n", nFound);
     return Expect(nFound > 0, "something was recorded");
 }
+/* [search] */
 
 static int Steer(int nStream, tagHistoryStreamQueryResult const* ptFound, tagPlayed* ptPlayed)
 {
@@ -138,6 +142,7 @@ static int Steer(int nStream, tagHistoryStreamQueryResult const* ptFound, tagPla
            Await(&ptPlayed->tEnds, 1, 10, "the end of the recording");
 }
 
+/* [play] */
 static int Play(int nLogin, tagHistoryStreamQueryResult const* ptFound)
 {
     tagHistoryStreamPara tPara = {.dwSize = sizeof tPara};
@@ -150,6 +155,7 @@ static int Play(int nLogin, tagHistoryStreamQueryResult const* ptFound)
     ClientAdapter_HistoryStreamDestroy(nStream); /* tPlayed isn't used after this */
     return bWorked;
 }
+/* [play] */
 
 /* A file that is being fetched. */
 typedef struct tagFetched
@@ -160,6 +166,7 @@ typedef struct tagFetched
     tagCounter tEnds;
 } tagFetched;
 
+/* [block] */
 static int OnBlock(void* hDownload, tagBuffer tBlock, unsigned long dwUser)
 {
     tagFetched* const ptFetched = (tagFetched*)dwUser;
@@ -173,7 +180,9 @@ static int OnBlock(void* hDownload, tagBuffer tBlock, unsigned long dwUser)
     ptFetched->ullBytes += fwrite(tBlock.pData, 1, tBlock.dwLength, ptFetched->pFile);
     return 0;
 }
+/* [block] */
 
+/* [fetch] */
 static int Fetch(int nLogin, tagHistoryStreamQueryResult const* ptFound)
 {
     tagFileDownloadPara tPara = {
@@ -196,6 +205,7 @@ static int Fetch(int nLogin, tagHistoryStreamQueryResult const* ptFound)
     printf("recording.mp4: %" PRIu64 " of %" PRIu64 " bytes.\n", tFetched.ullBytes, tPara.ullLength);
     return bWorked && Expect(tFetched.ullBytes > 0, "the file holds something");
 }
+/* [fetch] */
 
 int main(int nArguments, char** aszArguments)
 {

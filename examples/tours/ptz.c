@@ -4,6 +4,7 @@
 
 static const unsigned long g_dwChannel = 0;
 
+/* [arrive] */
 static int Position(int nLogin, tagPTZPosition* ptPosition)
 {
     *ptPosition = (tagPTZPosition){.dwSize = sizeof *ptPosition};
@@ -32,13 +33,17 @@ static int Arrive(int nLogin, char const* szWhat)
     fprintf(stderr, "%s: the camera still moves\n", szWhat);
     return 0;
 }
+/* [arrive] */
 
+/* [command] */
 static int Command(int nLogin, char const* szWhat, ePTZControlCmdCode eCommand, unsigned long dwPara1,
                    unsigned long dwPara2, unsigned long dwPara3, unsigned long dwPara4)
 {
     return Worked(ClientAdapter_PTZControl(nLogin, g_dwChannel, eCommand, dwPara1, dwPara2, dwPara3, dwPara4), szWhat);
 }
+/* [command] */
 
+/* [move] */
 /* To the left and a little up, for one second. Nobody has to stop it: the time ends it. */
 static int MoveForATime(int nLogin)
 {
@@ -48,7 +53,9 @@ static int MoveForATime(int nLogin)
            Arrive(nLogin, "After a second to the left") && Position(nLogin, &tAfter) &&
            Expect(tAfter.nPan < tBefore.nPan, "the camera looks farther to the left");
 }
+/* [move] */
 
+/* [presets] */
 static int ListPresets(int nLogin)
 {
     tagPTZPreset atPresets[16];
@@ -65,6 +72,7 @@ static int ListPresets(int nLogin)
     }
     return Expect(tList.dwCount >= 2, "two presets are there");
 }
+/* [presets] */
 
 static int UsePresets(int nLogin)
 {

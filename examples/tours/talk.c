@@ -31,6 +31,7 @@ static unsigned char MuLaw(int nSample)
     return (unsigned char)~(nSign | nExponent << 4 | ((nValue >> (nExponent + 3)) & 15));
 }
 
+/* [say] */
 /* A tone of 440 Hz, one packet after the other, each at its time. */
 static int Say(int nVoice, tagVoiceStreamPara const* ptPara, int nPackets)
 {
@@ -56,7 +57,9 @@ static int Say(int nVoice, tagVoiceStreamPara const* ptPara, int nPackets)
     }
     return 1;
 }
+/* [say] */
 
+/* [talk] */
 static int Talk(int nStream)
 {
     /* Mu-law is what this program can make. Any other would do: with dwCodec 0 the device chooses. */
@@ -76,6 +79,7 @@ static int Talk(int nStream)
     printf("Heard %lu packets.\n", Counted(&tHeard));
     return bWorked;
 }
+/* [talk] */
 
 /* Voice talk belongs to a media connection: here a live stream whose frames nobody asks for. */
 static int TalkBesideStream(int nLogin)

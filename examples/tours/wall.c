@@ -28,6 +28,7 @@ static int ShowLayout(int nLogin)
     return Expect(tWall.dwCount >= 4, "the screen was split into four");
 }
 
+/* [bind] */
 /* What the window shows from now on, also after a restart of the decoder. */
 static int Bind(int nLogin, unsigned long dwWindow, uint32_t dwChannel, char const* szName)
 {
@@ -38,7 +39,9 @@ static int Bind(int nLogin, unsigned long dwWindow, uint32_t dwChannel, char con
     snprintf(tWindow.szName, sizeof tWindow.szName, "%s", szName);
     return Worked(ClientAdapter_DecoderSetChannelConfig(nLogin, dwWindow, &tWindow), "binding a window");
 }
+/* [bind] */
 
+/* [tour] */
 /* Each of the channels for two seconds, for ever. Other sources would be addresses:
    {.dwKind = eDecoderSourceAddress, .szAddress = "rtsp://192.0.2.10/live", .szUserName = "viewer"}. */
 static int Loop(int nLogin, unsigned long dwWindow)
@@ -53,7 +56,9 @@ static int Loop(int nLogin, unsigned long dwWindow)
     return Worked(ClientAdapter_DecoderSetChannelLoopConfig(nLogin, dwWindow, &tLoop), "writing the tour") &&
            Worked(ClientAdapter_DecoderChannelSetLoopEnable(nLogin, dwWindow, eDecoderLoopOn), "starting the tour");
 }
+/* [tour] */
 
+/* [now] */
 /* One camera for five seconds, in place of whatever the window shows; then that comes back by itself. */
 static int ShowForNow(int nLogin, unsigned long dwWindow, uint32_t dwChannel)
 {
@@ -61,6 +66,7 @@ static int ShowForNow(int nLogin, unsigned long dwWindow, uint32_t dwChannel)
         .dwSize = sizeof tNow, .dwSeconds = 5, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = dwChannel}};
     return Worked(ClientAdapter_DecoderDynamicConnect(nLogin, dwWindow, &tNow), "showing a camera for now");
 }
+/* [now] */
 
 static int Enlarge(int nLogin, unsigned long dwWindow)
 {

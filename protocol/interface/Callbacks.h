@@ -4,9 +4,9 @@
 #ifndef TESSARO_PROTOCOL_INTERFACE_CALLBACKS_H
 #define TESSARO_PROTOCOL_INTERFACE_CALLBACKS_H
 
-#include "protocol/interface/Discovery.h"
-#include "protocol/interface/Frames.h"
-#include "protocol/interface/Voice.h"
+#include "Discovery.h"
+#include "Frames.h"
+#include "Voice.h"
 
 TESSARO_C_BEGIN
 

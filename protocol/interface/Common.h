@@ -4,7 +4,7 @@
 #ifndef TESSARO_PROTOCOL_INTERFACE_COMMON_H
 #define TESSARO_PROTOCOL_INTERFACE_COMMON_H
 
-#include "system/Export.h"
+#include "../../system/Export.h"
 
 #include <stddef.h>
 #include <stdint.h>

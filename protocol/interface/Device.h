@@ -4,7 +4,7 @@
 #ifndef TESSARO_PROTOCOL_INTERFACE_DEVICE_H
 #define TESSARO_PROTOCOL_INTERFACE_DEVICE_H
 
-#include "protocol/interface/Common.h"
+#include "Common.h"
 
 TESSARO_C_BEGIN
 

@@ -4,7 +4,7 @@
 #ifndef TESSARO_PROTOCOL_INTERFACE_FRAMES_H
 #define TESSARO_PROTOCOL_INTERFACE_FRAMES_H
 
-#include "protocol/interface/Common.h"
+#include "Common.h"
 
 TESSARO_C_BEGIN
 

@@ -4,8 +4,8 @@
 #ifndef TESSARO_PROTOCOL_INTERFACE_TRANSFER_H
 #define TESSARO_PROTOCOL_INTERFACE_TRANSFER_H
 
-#include "protocol/interface/Common.h"
-#include "protocol/interface/Frames.h"
+#include "Common.h"
+#include "Frames.h"
 
 TESSARO_C_BEGIN
 

@@ -89,4 +89,9 @@ foreach(law alaw mulaw)
 endforeach()
 
 add_custom_target(device_clips ALL DEPENDS ${clip_files})
-install(FILES ${clip_files} DESTINATION ${CMAKE_INSTALL_LIBDIR}/device-media)
+
+# They are the same for every machine. The plug-ins look for them beside themselves.
+install(FILES ${clip_files} DESTINATION ${CMAKE_INSTALL_DATADIR}/tessaro/device-media)
+file(RELATIVE_PATH clips_from_plugins /${TESSARO_PLUGIN_DIR} /${CMAKE_INSTALL_DATADIR}/tessaro/device-media)
+file(CREATE_LINK ${clips_from_plugins} ${CMAKE_CURRENT_BINARY_DIR}/device-media SYMBOLIC)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/device-media DESTINATION ${TESSARO_PLUGIN_DIR})

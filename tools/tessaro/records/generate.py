@@ -11,6 +11,9 @@ import pathlib
 import re
 import sys
 
+sys.path.insert(0, str(pathlib.Path(__file__).parents[2]))
+import headers  # noqa: E402
+
 WORDS = re.compile(r"IPv\d|[A-Z]+\d+[A-Z]?(?![a-z])|[A-Z]+(?![a-z])|[A-Z]?[a-z]+\d*|\d+")
 HIDDEN = re.compile(r"dwSize$|dwReserved\d?$|abyReserved$|dwEntrySize$|dwCapacity$")
 
@@ -28,28 +31,8 @@ def quoted(text):
     return '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
 
 
-def statements(body):
-    """Each declaration of a record or enumerator of an enumeration, with its comment."""
-    code, comment, found = "", "", []
-    for line in body.splitlines():
-        if (more := re.match(r"\s*///< ?(.*)", line)) and found and not code:
-            found[-1][1] += " " + more[1]
-            continue
-        text, _, comment = line.partition("///<")
-        if text.strip().startswith("//"):
-            continue
-        code += " " + text.strip()
-        if re.search(r"[;,]\s*$", code):
-            found.append([code.strip(), comment.strip()])
-            code = ""
-        elif comment and code.strip():  # a comment before the end of the last enumerator
-            found.append([code.strip(), comment.strip()])
-            code = ""
-    return found
-
-
-def enumerators(body):
-    names = [re.match(r"(\w+)", code)[1] for code, _ in statements(body) if re.match(r"\w+\s*=", code)]
+def enumerators(rows):
+    names = [headers.enumerator(row)[0] for row in rows]
     words = [["e"] + WORDS.findall(name[1:]) for name in names]
     common = 0
     while len(names) > 1 and all(len(w) > common + 1 and w[common].rstrip("s") == words[0][common].rstrip("s") for w in words):
@@ -65,16 +48,14 @@ def write(path, text):
 
 
 def main():
-    out_header, out_source, *headers = sys.argv[1:]
-    text = "\n".join(pathlib.Path(header).read_text() for header in headers)
-    enums = {name: enumerators(body) for name, body in re.findall(r"TESSARO_ENUM\((\w+)\)\{(.*?)\};", text, re.S)}
-    records = re.findall(r"^typedef struct (tag\w+)\n\{(.*?)^\} tag\w+;", text, re.S | re.M)
-    known = [name for name, _ in records]
+    out_header, out_source, *paths = sys.argv[1:]
+    text = headers.read(paths)
+    enums = {name: enumerators(rows) for name, _, rows in headers.enumerations(text)}
+    records = headers.records(text)
+    known = [record.name for record in records]
 
-    def field(record, code, comment, counted):
-        code = re.sub(r"TESSARO_POINTER\((.*?)\)", r"\1", code.rstrip(";"))
-        declared = re.match(r"(?:const )?(unsigned char|char|\w+)(?: const)?\s*(\*?)\s*(\w+)(?:\[(\d+)\])?$", code)
-        kind, pointer, name, count = declared[1], declared[2], declared[3], declared[4]
+    def field(record, row, counted):
+        kind, pointer, name, count, _, comment = headers.field(row)
         names = target = "nullptr"
         if pointer:
             shape = "List" if name == "ptEntries" else "Pointer"
@@ -114,12 +95,12 @@ def main():
                   f"template <> tagNames const& NamesOf<{name}>() {{ return g_t{name}; }}"]
     for name in known:
         lines.append(f"template <> tagRecord const& RecordOf<{name}>();")
-    for name, body in records:
-        rows = [row for row in statements(body) if not row[0].startswith("TESSARO_STATIC")]
+    for name, _, rows in records:
+        body = " ".join(row.code for row in rows)
         sized, counted = bool(re.search(r"\bdwSize;", body)), bool(re.search(r" at\w+\[\d+\];|ptEntries", body))
         lines += [f"template <> tagRecord const& RecordOf<{name}>()", "{",
                   "    static const tagField s_atFields[] = {",
-                  *("        " + field(name, code, comment, counted) for code, comment in rows), "    };",
+                  *("        " + field(name, row, counted) for row in rows), "    };",
                   f"    static const tagRecord s_tRecord = {{{quoted(name)}, sizeof({name}), {str(sized).lower()}, s_atFields}};",
                   "    return s_tRecord;", "}"]
     begin = '#include "tools/tessaro/records/Records.h"\n\n#include "adapter/ClientAdapterExtra.h"\n\nnamespace tessaro\n{\n'

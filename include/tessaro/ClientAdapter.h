@@ -1,0 +1,3 @@
+/* The C API, for applications in C99 and C++.
+   The file below is found from the root in the source tree, and from here where it is installed. */
+#include "adapter/ClientAdapter.h"
