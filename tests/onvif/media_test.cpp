@@ -91,6 +91,9 @@ TEST_F(COnvifTest, Settings)
     WORKS(GetConfigV2, m_nLogin, ptBlock.get());
     int nGuard = -1;
     EXPECT_EQ(Login(nGuard, m_pTool->Port(), "guard", "secret"), 0);
+    int nLevel = -1;
+    WORKS(GetLoginLevel, nGuard, &nLevel);
+    EXPECT_EQ(nLevel, eUserOperator);
     WORKS(UserLogout, nGuard);
     EXPECT_NE(Read<tagConfigNetwork>(eConfigNetwork).szMac[0], '\0');
     auto tOverlay = Read<tagConfigOverlay>(eConfigOverlay);
