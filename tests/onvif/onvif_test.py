@@ -90,7 +90,7 @@ def fleet():
 
 
 def tours():
-    for tour in ("configuration", "discovery", "playback", "ptz"):  # the others ask what ONVIF has no word for
+    for tour in ("alarms", "configuration", "discovery", "playback", "ptz", "snapshots", "talk", "wall"):
         folder = FOLDER / f"tour_{tour}"
         folder.mkdir(parents=True, exist_ok=True)
         with Server(os.environ["DEVICE"], "--discovery") as device:

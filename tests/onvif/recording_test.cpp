@@ -165,7 +165,13 @@ TEST_F(COnvifRecordings, Walls)
     tagListed<tagDecoderDeviceConfig, tagDecoderWindow> tWall;
     WORKS(DecoderGetConfig, m_nLogin, &tWall);
     EXPECT_EQ(tWall.dwScreens, 4);
-    WORKS(SetScreenSplitMode, m_nLogin, 1, eSplit4, nullptr);
+    unsigned long adwChannels[] = {TESSARO_ALL, 2, TESSARO_ALL, 9};
+    ANSWERS(eResultNoChannel, SetScreenSplitMode, m_nLogin, 1, eSplit4, adwChannels);
+    adwChannels[3] = 0;
+    WORKS(SetScreenSplitMode, m_nLogin, 1, eSplit4, adwChannels);
+    auto tWindow = Sized<tagDecoderChannelConfig>();
+    WORKS(DecoderGetChannelConfig, m_nLogin, eWindowsOfScreen + 1, &tWindow);
+    EXPECT_TRUE(tWindow.tSource.dwKind == eDecoderSourceChannel && tWindow.tSource.dwChannel == 2);
     WORKS(DecoderGetConfig, m_nLogin, &tWall);
     EXPECT_EQ(std::ranges::count_if(tWall.at, [](auto const& t) { return t.dwChannel / eWindowsOfScreen == 1; }), 4);
     tWall.dwCount = 1;
@@ -174,7 +180,7 @@ TEST_F(COnvifRecordings, Walls)
     WORKS(DecoderGetConfig, m_nLogin, &tWall);
     EXPECT_TRUE(tWall.dwCount == 1 && tWall.at[0].dwChannel == 7);
     // A window with a source by its address; another one for now; back.
-    auto tWindow = Sized<tagDecoderChannelConfig>();
+    tWindow.tSource = {};
     tWindow.tSource.dwKind = eDecoderSourceAddress;
     strcpy(tWindow.tSource.szAddress, "rtsp://192.0.2.10/live");
     WORKS(DecoderSetChannelConfig, m_nLogin, 7, &tWindow);
