@@ -73,6 +73,24 @@ TEST_F(COnvifTest, Settings)
     fnChange(eConfigVideoEncoder, tagConfigVideoEncoder{}, &tagConfigVideoEncoder::dwBitRate, 1024);
     fnChange(eConfigClock, tagConfigClock{}, &tagConfigClock::dwMode, eClockNtp);
     fnChange(eConfigAlarmOutput, tagConfigAlarmOutput{}, &tagConfigAlarmOutput::dwPulseMs, 2000);
+    fnChange(eConfigSchedule, tagConfigSchedule{}, &tagConfigSchedule::dwKeepDays, 30);
+    fnChange(eConfigSchedule, tagConfigSchedule{}, &tagConfigSchedule::bEnabled, 1);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::dwSensitivity, 70);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::dwHoldSeconds, 9);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::dwThreshold, 25);
+    auto tSchedule = Read<tagConfigSchedule>(eConfigSchedule);
+    tSchedule.dwBeforeSeconds = 5; // a job knows nothing of it
+    EXPECT_EQ(Write(eConfigSchedule, tSchedule), eResultNotSupported);
+    auto tMotion = Read<tagConfigMotion>(eConfigMotion);
+    ASSERT_TRUE(tMotion.dwColumns == 22 && tMotion.dwRows == 18 && tMotion.abyCells[0] == 0xFF);
+    std::memset(tMotion.abyCells, 0, sizeof tMotion.abyCells);
+    tMotion.abyCells[0] = 0x05; // the first and the third
+    tMotion.abyCells[49] = 0x08;
+    EXPECT_EQ(Write(eConfigMotion, tMotion), 0);
+    EXPECT_EQ(std::memcmp(Read<tagConfigMotion>(eConfigMotion).abyCells, tMotion.abyCells, sizeof tMotion.abyCells), 0);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::bEnabled, 0);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::bEnabled, 1);
+    EXPECT_EQ(Read<tagConfigMotion>(eConfigMotion).abyCells[7], 0xFF); // which it had watched nobody kept
     auto tIdentity = Read<tagConfigIdentity>(eConfigIdentity);
     strcpy(tIdentity.szName, "Gate");
     EXPECT_EQ(Write(eConfigIdentity, tIdentity), 0);
