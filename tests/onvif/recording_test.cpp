@@ -9,10 +9,10 @@ namespace
 class COnvifRecordings : public COnvifTest
 {
 protected:
-    auto Recordings(uint32_t dwChannel = 0)
+    auto Recordings(uint32_t dwType = 0)
     {
         auto tFactor = Sized<tagHistoryStreamQueryFactor>();
-        tFactor.dwChannel = dwChannel;
+        tFactor.dwType = dwType;
         std::vector<tagHistoryStreamQueryResult> atFound;
         auto tResult = Sized<tagHistoryStreamQueryResult>();
         int nQuery = -1;
@@ -73,25 +73,84 @@ TEST_F(COnvifRecordings, ArePlayed)
     WORKS(HistoryStreamDestroy, nPlayback);
 }
 
+namespace
+{
+// How far two playbacks are apart at each picture of either, and what each has for its callback.
+struct tagInStep
+{
+    struct tagOne
+    {
+        tagInStep* ptBoth;
+        int64_t llAtUs;
+    };
+    std::mutex tMutex;
+    tagOne atOnes[2] = {{this, 0}, {this, 0}};
+    std::vector<int64_t> allApartUs;
+
+    std::size_t Count()
+    {
+        const std::lock_guard tLock(tMutex);
+        return allApartUs.size();
+    }
+    void Forget()
+    {
+        const std::lock_guard tLock(tMutex);
+        allApartUs.clear();
+    }
+    int64_t Median()
+    {
+        const std::lock_guard tLock(tMutex);
+        std::ranges::sort(allApartUs);
+        return allApartUs[allApartUs.size() / 2];
+    }
+};
+
+int OnInStep(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
+{
+    auto& t = Target<tagInStep::tagOne>(dwUser);
+    tagInStep& tBoth = *t.ptBoth;
+    const std::lock_guard tLock(tBoth.tMutex);
+    if (ptFrame->dwMediaType == eMediaVideo && ptFrame->dwLength != 0)
+    {
+        t.llAtUs = ptFrame->llWallClockUs;
+        tBoth.allApartUs.push_back(std::abs(tBoth.atOnes[0].llAtUs - tBoth.atOnes[1].llAtUs));
+    }
+    return 0;
+}
+} // namespace
+
 TEST_F(COnvifRecordings, PlayInStep)
 {
     Device();
     const auto atAll = Recordings();
     ASSERT_FALSE(atAll.empty());
-    Frames tOther;
     const int nFirst = Play(m_tFrames, atAll[0].llStartUs, atAll[0].llEndUs);
+    m_tFrames.Await(&tagSeen::IsVideo);
     auto tPara = Sized<tagHistoryStreamMultiTypePara>();
     tPara.dwChannel = 1;
     tPara.llStartUs = atAll[0].llStartUs;
     int nSecond = -1;
+    tagInStep tBoth;
     WORKS(HistoryStreamMultiTypeCreate, &nSecond, m_nLogin, &tPara, 0);
-    auto tTime = Sized<tagTimeInfo>();
-    tTime.llTimeUs = atAll[0].llStartUs + 30 * g_llSecond;
-    WORKS(HistoryStreamPosition, nSecond, eOperationSet, &tTime);
     WORKS(HistoryStreamSync, nSecond, nFirst);
-    WORKS(HistoryStreamCB, nSecond, OnFrame, User(tOther));
-    const int64_t llUs = m_tFrames.Await(&tagSeen::IsVideo).llWallClockUs;
-    EXPECT_NEAR(static_cast<double>(tOther.Await(&tagSeen::IsVideo).llWallClockUs - llUs) / 1e6, 0, 10);
+    WORKS(HistoryStreamCB, nFirst, OnInStep, User(tBoth.atOnes[0]));
+    WORKS(HistoryStreamCB, nSecond, OnInStep, User(tBoth.atOnes[1]));
+    // From where the first one is; then at another speed, from somewhere between two key frames.
+    for (const uint32_t dwTimes : {1U, 2U})
+    {
+        auto tTime = Sized<tagTimeInfo>();
+        tTime.llTimeUs = atAll[0].llStartUs + 20500000;
+        if (dwTimes != 1)
+        {
+            WORKS(HistoryStreamSetSpeed, nFirst, dwTimes * eSpeedNormal);
+            WORKS(HistoryStreamPosition, nFirst, eOperationSet, &tTime);
+        }
+        tBoth.Forget();
+        EXPECT_TRUE(Comes([&] { return tBoth.Count() > 20; })); // until both have begun
+        tBoth.Forget();
+        EXPECT_TRUE(Comes([&] { return tBoth.Count() > 100; }));
+        EXPECT_LE(tBoth.Median(), 40000) << "at " << dwTimes << " times the speed";
+    }
     WORKS(HistoryStreamUnSync, nSecond, nFirst);
     WORKS(HistoryStreamDestroy, nSecond);
     WORKS(HistoryStreamDestroy, nFirst);
@@ -142,6 +201,14 @@ TEST_F(COnvifRecordings, QueriesAndLogs)
     }
     WORKS(HistoryStreamQueryDisconnect, nQuery);
     EXPECT_EQ(dwChannels, 3);
+    // Why something was recorded, events tell: one in four for each.
+    const std::size_t nAll = Recordings().size();
+    for (const uint32_t dwType : {eHistoryMotion, eHistoryAlarm})
+    {
+        const auto atOfType = Recordings(dwType);
+        EXPECT_NEAR(static_cast<double>(atOfType.size()), static_cast<double>(nAll) / 4, 1) << dwType;
+        EXPECT_TRUE(std::ranges::all_of(atOfType, [&](auto const& t) { return t.dwType == dwType; }));
+    }
     int nStream = -1;
     ASSERT_EQ(Open(nStream), 0);
     auto tFiles = Sized<tagFileQueryFactor>();
