@@ -44,6 +44,10 @@ int StreamAddress(CLogin const& tLogin, bool bMedia2, std::string const& strProf
 {
     const CAnswer tAnswer = tLogin.Call(AddressRequest(bMedia2, strProfile, dwTransport));
     strUrl = AddressOf(tLogin.Client(), tAnswer, bMedia2);
+    if (tAnswer.Subcode() == "InvalidStreamSetup")
+    {
+        return eResultNotSupported; // the device's word for a way that it doesn't know
+    }
     return !tAnswer ? tAnswer.Result() : strUrl.empty() ? int{eResultRefused} : int{eResultOk};
 }
 } // namespace onvifclient
