@@ -97,11 +97,17 @@ struct tagInStep
         const std::lock_guard tLock(tMutex);
         allApartUs.clear();
     }
+    // Of the smaller of two in a row, since one of them always has its picture first.
     int64_t Median()
     {
         const std::lock_guard tLock(tMutex);
-        std::ranges::sort(allApartUs);
-        return allApartUs[allApartUs.size() / 2];
+        std::vector<int64_t> allUs;
+        for (std::size_t i = 1; i < allApartUs.size(); ++i)
+        {
+            allUs.push_back(std::min(allApartUs[i - 1], allApartUs[i]));
+        }
+        std::ranges::sort(allUs);
+        return allUs.at(allUs.size() / 2);
     }
 };
 
@@ -149,7 +155,7 @@ TEST_F(COnvifRecordings, PlayInStep)
         EXPECT_TRUE(Comes([&] { return tBoth.Count() > 20; })); // until both have begun
         tBoth.Forget();
         EXPECT_TRUE(Comes([&] { return tBoth.Count() > 100; }));
-        EXPECT_LE(tBoth.Median(), 40000) << "at " << dwTimes << " times the speed";
+        EXPECT_LT(tBoth.Median(), 40000) << "at " << dwTimes << " times the speed";
     }
     WORKS(HistoryStreamUnSync, nSecond, nFirst);
     WORKS(HistoryStreamDestroy, nSecond);
