@@ -44,6 +44,8 @@ constexpr tagField<tagCameraDayNight> g_atDayNight[] = {
      eUnit::Duration},
 };
 
+constexpr tagImagingPlace g_tIris = {"Exposure/Iris", "Exposure/Iris", eUnit::Opening};
+
 constexpr tagField<tagCameraExposure> g_atExposure[] = {
     {&tagCameraExposure::dwMode, "Exposure/Mode", "Exposure/Mode", eUnit::Names, g_szMode},
     {&tagCameraExposure::dwPriority, "Exposure/Priority", "Exposure/Priority", eUnit::Names, "LowNoise FrameRate"},
@@ -53,7 +55,7 @@ constexpr tagField<tagCameraExposure> g_atExposure[] = {
     {&tagCameraExposure::dwMinGain, "Exposure/MinGain", "Exposure/MinGain", eUnit::Hundredths},
     {&tagCameraExposure::dwMaxGain, "Exposure/MaxGain", "Exposure/MaxGain", eUnit::Hundredths},
     {&tagCameraExposure::dwGain, "Exposure/Gain", "Exposure/Gain", eUnit::Hundredths},
-    {&tagCameraExposure::dwIris, "Exposure/Iris", "Exposure/Iris", eUnit::Opening},
+    {&tagCameraExposure::dwIris, g_tIris},
 };
 
 constexpr tagField<tagCameraFocus> g_atFocus[] = {
@@ -169,6 +171,25 @@ int WriteExposure(CClient& tClient, tagChannel const& tChannel, tagCameraExposur
                                  return t.dwMinExposureUs <= t.dwMaxExposureUs && t.dwMinGain <= t.dwMaxGain &&
                                         t.dwFlicker == 0; // ONVIF has none
                              });
+}
+
+int StepIris(CClient& tClient, tagChannel const& tChannel, int64_t llBy)
+{
+    tagSettings tSettings;
+    if (const int nResult = Ask(tClient, tChannel, tSettings))
+    {
+        return nResult;
+    }
+    tagCameraExposure tBefore{};
+    ReadFields(Fields<tagCameraExposure>(g_atExposure), tSettings, tBefore);
+    tagCameraExposure tAfter = tBefore;
+    tAfter.dwMode = eModeManual;
+    tAfter.dwIris = static_cast<uint32_t>(std::clamp<int64_t>(tBefore.dwIris + llBy, 0, g_dwWhole));
+    const int nResult =
+        WordText(g_tIris, tSettings, tAfter.dwIris)
+            ? WriteFields(tClient, tChannel, Fields<tagCameraExposure>(g_atExposure), tSettings, tBefore, tAfter)
+            : int{eResultNotSupported};
+    return nResult == eResultBadArgument ? int{eResultNotSupported} : nResult; // there is no manual mode
 }
 
 // --- focus -----------------------------------------------------------------------------------------------------------

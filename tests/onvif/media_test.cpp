@@ -158,6 +158,13 @@ TEST_F(COnvifTest, Movement)
     EXPECT_EQ(fnDo(ePTZStop), 0);
     EXPECT_EQ(fnDo(ePTZAbsolute, 500, -300, 1000), 0);
     EXPECT_TRUE(fnArrive().nPan == 500 && tAt.nTilt == -300 && tAt.nZoom == 1000) << tAt.nPan << ' ' << tAt.nTilt;
+    auto tExposure = Sized<tagCameraExposure>();
+    for (const auto& [nSpeed, dwWanted] : {std::pair{-10000, 0U}, {5000, 5000U}, {10000, 10000U}})
+    {
+        EXPECT_EQ(fnDo(ePTZIris, nSpeed), 0); // for 5 s, from one end to the other
+        WORKS(GetIpcPara, m_nLogin, 0, eCameraExposure, &tExposure, sizeof tExposure);
+        EXPECT_TRUE(tExposure.dwMode == eModeManual && tExposure.dwIris == dwWanted) << tExposure.dwIris;
+    }
     static char s_szName[] = "Gate";
     EXPECT_EQ(fnDo(ePTZPresetSet, 3, reinterpret_cast<long>(s_szName)), 0);
     EXPECT_EQ(fnDo(ePTZRelative, -200), 0);
