@@ -28,7 +28,6 @@ void CPlayback::Begin(void* hStream)
 {
     m_hStream = hStream;
     m_pGroup->apMembers.push_back(weak_from_this());
-    m_pGroup->tClock.Join(this);
 }
 
 bool CPlayback::Close()
@@ -38,7 +37,7 @@ bool CPlayback::Close()
     {
         const std::lock_guard tLock(m_tMutex);
         m_bClosed = true;
-        m_pGroup->tClock.Leave(this);
+        TakePart();
         ++m_dwRun;
         pStream = std::move(m_pStream);
         m_atHeld.clear();
@@ -55,6 +54,7 @@ int CPlayback::SetCallback(StreamMediaCallback pfnFrame, unsigned long dwUser)
     std::unique_ptr<rtsp::CStream> pStream;
     const std::lock_guard tLock(m_tMutex);
     m_bWanted = pfnFrame != nullptr && !m_bClosed;
+    TakePart();
     if (m_bWanted)
     {
         GoOn();
@@ -130,7 +130,7 @@ void CPlayback::Shut()
 void CPlayback::Finish()
 {
     m_bEnded = true;
-    m_pGroup->tClock.Leave(this);
+    TakePart();
     m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->SendEnd(); });
 }
 
@@ -154,9 +154,19 @@ void CPlayback::Open()
 void CPlayback::Unfinish()
 {
     m_bEnded = false;
-    if (!m_bClosed)
+    TakePart();
+}
+
+// The clock waits for who has something to show, and to somebody.
+void CPlayback::TakePart()
+{
+    if (m_bWanted && !m_bEnded && !m_bClosed)
     {
         m_pGroup->tClock.Join(this);
+    }
+    else
+    {
+        m_pGroup->tClock.Leave(this);
     }
 }
 

@@ -79,6 +79,7 @@ private:
     void Shut();
     void Finish();
     void Unfinish();
+    void TakePart();
     void GoOn();
     void Restart();
     void MoveTo(int64_t llTimeUs);

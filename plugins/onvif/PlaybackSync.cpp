@@ -89,7 +89,7 @@ int CPlayback::UnSync(std::shared_ptr<CPlayback> const& pOther)
     const std::lock_guard tLock(m_tMutex);
     m_pGroup = std::make_shared<tagSyncGroup>();
     m_pGroup->apMembers.push_back(weak_from_this());
-    m_pGroup->tClock.Join(this);
+    TakePart();
     m_tWake.reset();
     GoOn();
     return eResultOk;
