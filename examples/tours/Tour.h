@@ -35,6 +35,17 @@ static inline int Worked(int nResult, char const* szWhat)
     return nResult == eResultOk;
 }
 
+/* As Worked, for what not every device has: that it has no such thing is said, and is no failure. */
+static inline int WorkedOrLacks(int nResult, char const* szWhat)
+{
+    if (nResult == eResultNotSupported)
+    {
+        printf("Left out, since the device has no such thing: %s.\n", szWhat);
+        return 1;
+    }
+    return Worked(nResult, szWhat);
+}
+
 /* 1 when what the device did is what was expected; else says what wasn't. */
 static inline int Expect(int bTrue, char const* szWhat)
 {

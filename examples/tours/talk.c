@@ -15,11 +15,11 @@ static int OnVoice(void* hVoice, eVoiceStreamSource eSource, tagStreamVoiceFrame
     return 0;
 }
 
-/* One sample as G.711 mu-law. */
-static unsigned char MuLaw(int nSample)
+/* One sample as G.711, by A-law or mu-law. Both have a sign, an exponent and four bits behind it. */
+static unsigned char Encode(int nSample, int bALaw)
 {
-    const int nSign = nSample < 0 ? 0x80 : 0;
-    int nValue = (nSample < 0 ? -nSample : nSample) + 132, nExponent = 7;
+    const int nSign = (nSample < 0) == bALaw ? 0 : 0x80;
+    int nValue = (nSample < 0 ? -nSample : nSample) + (bALaw ? 0 : 132), nExponent = 7, nShift;
     if (nValue > 32767)
     {
         nValue = 32767;
@@ -28,7 +28,9 @@ static unsigned char MuLaw(int nSample)
     {
         --nExponent;
     }
-    return (unsigned char)~(nSign | nExponent << 4 | ((nValue >> (nExponent + 3)) & 15));
+    nShift = bALaw && nExponent == 0 ? 4 : nExponent + 3;
+    nValue = nSign | nExponent << 4 | ((nValue >> nShift) & 15);
+    return (unsigned char)(bALaw ? nValue ^ 0x55 : ~nValue);
 }
 
 /* [say] */
@@ -47,7 +49,8 @@ static int Say(int nVoice, tagVoiceStreamPara const* ptPara, int nPackets)
         tagBuffer tPacket = {.pData = abyPacket, .dwLength = dwLength};
         for (uint32_t j = 0; j < dwLength; ++j)
         {
-            abyPacket[j] = MuLaw((int)(8000 * sin(6.2831853 * 440 * (double)dwSample++ / ptPara->dwSampleRate)));
+            abyPacket[j] = Encode((int)(8000 * sin(6.2831853 * 440 * (double)dwSample++ / ptPara->dwSampleRate)),
+                                  ptPara->dwCodec == eCodecG711A);
         }
         if (!Worked(ClientAdapter_VoiceStreamSend(nVoice, &tPacket), "sending"))
         {
@@ -60,20 +63,34 @@ static int Say(int nVoice, tagVoiceStreamPara const* ptPara, int nPackets)
 /* [say] */
 
 /* [talk] */
+/* Mu-law, where the device takes it; else what the device chooses. */
+static int OpenTalk(int* pnVoice, int nStream, tagVoiceStreamPara* ptPara)
+{
+    int nResult;
+    ptPara->dwCodec = eCodecG711U;
+    nResult = ClientAdapter_VoiceStreamConnect(pnVoice, nStream, ptPara);
+    if (nResult == eResultRefused)
+    {
+        puts("The device takes no mu-law.");
+        ptPara->dwCodec = ptPara->dwSampleRate = 0;
+        nResult = ClientAdapter_VoiceStreamConnect(pnVoice, nStream, ptPara);
+    }
+    return Worked(nResult, "opening voice talk") &&
+           Expect(ptPara->dwCodec == eCodecG711U || ptPara->dwCodec == eCodecG711A, "the device takes G.711");
+}
+
 static int Talk(int nStream)
 {
-    /* Mu-law is what this program can make. Any other would do: with dwCodec 0 the device chooses. */
-    tagVoiceStreamPara tPara = {.dwSize = sizeof tPara, .dwCodec = eCodecG711U, .dwSampleRate = 8000};
+    tagVoiceStreamPara tPara = {.dwSize = sizeof tPara, .dwSampleRate = 8000};
     tagCounter tHeard = COUNTER;
     int nVoice = -1, bWorked;
-    bWorked = Worked(ClientAdapter_VoiceStreamConnect(&nVoice, nStream, &tPara), "opening voice talk") &&
+    bWorked = OpenTalk(&nVoice, nStream, &tPara) &&
               Worked(ClientAdapter_VoiceStreamCB(nVoice, OnVoice, (unsigned long)&tHeard), "asking for voice");
     if (bWorked)
     {
-        printf("Talking: %" PRIu32 " samples a second, packets of %" PRIu32 " ms.\n", tPara.dwSampleRate,
-               tPara.dwPacketMs);
-        bWorked = Expect(tPara.dwCodec == eCodecG711U, "the device takes mu-law") && Say(nVoice, &tPara, 100) &&
-                  Await(&tHeard, 50, 5, "voice");
+        printf("Talking: %s, %" PRIu32 " samples a second, packets of %" PRIu32 " ms.\n",
+               tPara.dwCodec == eCodecG711U ? "mu-law" : "A-law", tPara.dwSampleRate, tPara.dwPacketMs);
+        bWorked = Say(nVoice, &tPara, 100) && Await(&tHeard, 50, 5, "voice");
     }
     ClientAdapter_VoiceStreamDisconnect(nVoice); /* tHeard isn't used after this */
     printf("Heard %lu packets.\n", Counted(&tHeard));

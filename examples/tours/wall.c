@@ -3,7 +3,8 @@
 
      wall PROTOCOL ADDRESS [USER]
 
-   The sources are channels of the device itself. Leaves wall.png in the present folder. */
+   The sources are channels of the device itself. Leaves wall.png in the present folder. What a decoder lacks (by ONVIF
+   the looks of windows, tours, enlarging, the looks of screens, and pictures of the wall) is said and left out. */
 
 #include "Tour.h"
 
@@ -36,15 +37,23 @@ static int Bind(int nLogin, unsigned long dwWindow, uint32_t dwChannel, char con
                                        .dwFit = eFitWhole,
                                        .bShowName = 1,
                                        .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = dwChannel}};
+    int nResult;
     snprintf(tWindow.szName, sizeof tWindow.szName, "%s", szName);
-    return Worked(ClientAdapter_DecoderSetChannelConfig(nLogin, dwWindow, &tWindow), "binding a window");
+    nResult = ClientAdapter_DecoderSetChannelConfig(nLogin, dwWindow, &tWindow);
+    if (nResult == eResultNotSupported)
+    {
+        puts("Left out, since the device has no such thing: the looks of a window.");
+        tWindow.dwFit = tWindow.bShowName = 0;
+        nResult = ClientAdapter_DecoderSetChannelConfig(nLogin, dwWindow, &tWindow);
+    }
+    return Worked(nResult, "binding a window");
 }
 /* [bind] */
 
 /* [tour] */
-/* Each of the channels for two seconds, for ever. Other sources would be addresses:
+/* Each of the channels for two seconds, for ever; *pbThere: the device has tours. Other sources would be addresses:
    {.dwKind = eDecoderSourceAddress, .szAddress = "rtsp://192.0.2.10/live", .szUserName = "viewer"}. */
-static int Loop(int nLogin, unsigned long dwWindow)
+static int Loop(int nLogin, unsigned long dwWindow, int* pbThere)
 {
     tagDecoderLoopEntry atTour[] = {
         {.dwDwellSeconds = 2, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = 0}},
@@ -53,17 +62,25 @@ static int Loop(int nLogin, unsigned long dwWindow)
     };
     tagDecoderChannelLoopConfig tLoop = {
         .dwSize = sizeof tLoop, .dwEntrySize = sizeof atTour[0], .dwCount = 3, .ptEntries = atTour};
-    return Worked(ClientAdapter_DecoderSetChannelLoopConfig(nLogin, dwWindow, &tLoop), "writing the tour") &&
-           Worked(ClientAdapter_DecoderChannelSetLoopEnable(nLogin, dwWindow, eDecoderLoopOn), "starting the tour");
+    const int nResult = ClientAdapter_DecoderSetChannelLoopConfig(nLogin, dwWindow, &tLoop);
+    *pbThere = nResult != eResultNotSupported;
+    return WorkedOrLacks(nResult, "writing a tour") &&
+           (!*pbThere ||
+            Worked(ClientAdapter_DecoderChannelSetLoopEnable(nLogin, dwWindow, eDecoderLoopOn), "starting the tour"));
 }
 /* [tour] */
 
+static int EndLoop(int nLogin, unsigned long dwWindow)
+{
+    return Worked(ClientAdapter_DecoderChannelSetLoopEnable(nLogin, dwWindow, eDecoderLoopOff), "ending the tour");
+}
+
 /* [now] */
-/* One camera for five seconds, in place of whatever the window shows; then that comes back by itself. */
+/* One camera for a minute, in place of whatever the window shows; then that comes back by itself. */
 static int ShowForNow(int nLogin, unsigned long dwWindow, uint32_t dwChannel)
 {
     tagDecoderDynamicInformation tNow = {
-        .dwSize = sizeof tNow, .dwSeconds = 5, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = dwChannel}};
+        .dwSize = sizeof tNow, .dwSeconds = 60, .tSource = {.dwKind = eDecoderSourceChannel, .dwChannel = dwChannel}};
     return Worked(ClientAdapter_DecoderDynamicConnect(nLogin, dwWindow, &tNow), "showing a camera for now");
 }
 /* [now] */
@@ -71,9 +88,10 @@ static int ShowForNow(int nLogin, unsigned long dwWindow, uint32_t dwChannel)
 static int Enlarge(int nLogin, unsigned long dwWindow)
 {
     tagDecoderDisplayStatus tDisplay = {.dwSize = sizeof tDisplay, .dwAction = eDisplayFillScreen};
-    if (!Worked(ClientAdapter_DecoderChannelDisplayControl(nLogin, dwWindow, &tDisplay), "enlarging a window"))
+    const int nResult = ClientAdapter_DecoderChannelDisplayControl(nLogin, dwWindow, &tDisplay);
+    if (nResult != eResultOk)
     {
-        return 0;
+        return WorkedOrLacks(nResult, "enlarging a window");
     }
     tDisplay.dwAction = eDisplayRestore;
     return Worked(ClientAdapter_DecoderChannelDisplayControl(nLogin, dwWindow, &tDisplay), "restoring it");
@@ -82,9 +100,10 @@ static int Enlarge(int nLogin, unsigned long dwWindow)
 static int SetScreen(int nLogin)
 {
     tagDecoderDisplayConfig tScreen = {.dwSize = sizeof tScreen};
-    if (!Worked(ClientAdapter_DecoderGetDisplayConfig(nLogin, g_dwScreen, &tScreen), "reading the screen"))
+    const int nResult = ClientAdapter_DecoderGetDisplayConfig(nLogin, g_dwScreen, &tScreen);
+    if (nResult != eResultOk)
     {
-        return 0;
+        return WorkedOrLacks(nResult, "the looks of a screen");
     }
     tScreen.bShowClock = 1;
     tScreen.dwBackground = 0x202040;
@@ -122,29 +141,34 @@ static int AwaitShowing(int nLogin, int nWindows)
         Sleep(100);
         nShowing = CountShowing(nLogin, 0);
     }
-    return Expect(CountShowing(nLogin, 1) >= nWindows, "all four windows show a picture");
+    return Expect(CountShowing(nLogin, 1) >= nWindows, "all windows that were bound show a picture");
 }
 
 static int TakePicture(int nLogin)
 {
     tagImageFileInfo tPicture = {.dwSize = sizeof tPicture, .szPath = "wall.png"};
-    if (!Worked(ClientAdapter_ImageCapture(nLogin, eCaptureWall, eImagePng, &tPicture), "taking a picture"))
+    const int nResult = ClientAdapter_ImageCapture(nLogin, eCaptureWall, eImagePng, &tPicture);
+    if (nResult != eResultOk)
     {
-        return 0;
+        return WorkedOrLacks(nResult, "a picture of the wall");
     }
     printf("wall.png: %" PRIu32 "x%" PRIu32 " pixels.\n", tPicture.dwWidth, tPicture.dwHeight);
     return 1;
 }
 
+static int FillWall(int nLogin)
+{
+    const unsigned long dwFirst = g_dwScreen * eWindowsOfScreen; /* the first window of our screen */
+    int bTours = 0;
+    return Worked(ClientAdapter_SetScreenSplitMode(nLogin, g_dwScreen, eSplit4, NULL), "splitting") &&
+           ShowLayout(nLogin) && Bind(nLogin, dwFirst, 0, "Gate") && Bind(nLogin, dwFirst + 1, 1, "Door") &&
+           Loop(nLogin, dwFirst + 2, &bTours) && ShowForNow(nLogin, dwFirst + 3, 2) && SetScreen(nLogin) &&
+           Enlarge(nLogin, dwFirst) && AwaitShowing(nLogin, bTours ? 4 : 3) && TakePicture(nLogin) &&
+           (!bTours || EndLoop(nLogin, dwFirst + 2));
+}
+
 int main(int nArguments, char** aszArguments)
 {
     const int nLogin = BeginTour(nArguments, aszArguments);
-    const unsigned long dwFirst = g_dwScreen * eWindowsOfScreen; /* the first window of our screen */
-    return EndTour(
-        nLogin,
-        nLogin != -1 && Worked(ClientAdapter_SetScreenSplitMode(nLogin, g_dwScreen, eSplit4, NULL), "splitting") &&
-            ShowLayout(nLogin) && Bind(nLogin, dwFirst, 0, "Gate") && Bind(nLogin, dwFirst + 1, 1, "Door") &&
-            Loop(nLogin, dwFirst + 2) && ShowForNow(nLogin, dwFirst + 3, 2) && SetScreen(nLogin) &&
-            Enlarge(nLogin, dwFirst) && AwaitShowing(nLogin, 4) && TakePicture(nLogin) &&
-            Worked(ClientAdapter_DecoderChannelSetLoopEnable(nLogin, dwFirst + 2, eDecoderLoopOff), "ending the tour"));
+    return EndTour(nLogin, nLogin != -1 && FillWall(nLogin));
 }

@@ -15,7 +15,7 @@ inline void CopyText(char* szTo, std::size_t nSize, std::string_view strFrom)
     {
         --n;
     }
-    std::copy_n(strFrom.data(), n, szTo); // no text may have no address
+    std::copy_n(strFrom.data(), n, szTo); // which may be null, where it is empty
     std::memset(szTo + n, 0, nSize - n);
 }
 template <std::size_t nSize>

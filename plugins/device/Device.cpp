@@ -258,6 +258,13 @@ void CDevice::EndSessions(std::string const& strUser)
                 pSession->OnForcedOff();
             });
     }
+    for (auto const& pWeak : m_apListeners)
+    {
+        if (const auto pListener = pWeak.lock())
+        {
+            DeliveryWorker().Post([pListener] { pListener->OnForcedOff(); });
+        }
+    }
     m_tInterrupted.notify_all();
 }
 

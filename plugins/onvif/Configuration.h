@@ -46,6 +46,14 @@ int Write(CLogin& tLogin, tagWhich const& tWhich, tagConfigOverlay const& tBefor
 int Read(CLogin& tLogin, tagWhich const& tWhich, tagConfigPrivacy& t);
 int Write(CLogin& tLogin, tagWhich const& tWhich, tagConfigPrivacy const& tBefore, tagConfigPrivacy const& tAfter);
 
+// ConfigurationMotion.cpp
+int Read(CLogin& tLogin, tagWhich const& tWhich, tagConfigMotion& t);
+int Write(CLogin& tLogin, tagWhich const& tWhich, tagConfigMotion const& tBefore, tagConfigMotion const& tAfter);
+
+// ConfigurationSchedule.cpp
+int Read(CLogin& tLogin, tagWhich const& tWhich, tagConfigSchedule& t);
+int Write(CLogin& tLogin, tagWhich const& tWhich, tagConfigSchedule const& tBefore, tagConfigSchedule const& tAfter);
+
 // Contacts.cpp
 int Read(CLogin& tLogin, tagWhich const& tWhich, tagConfigAlarmInput& t);
 int Write(CLogin& tLogin, tagWhich const& tWhich, tagConfigAlarmInput const& tBefore,

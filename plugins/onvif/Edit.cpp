@@ -48,6 +48,7 @@ constexpr tagOrder g_atOrders[] = {
     {"Position", "Type Pos Extension"},
     {"TextString", "Type DateFormat TimeFormat FontSize FontColor BackgroundColor PlainText Extension"},
     {"PresetTour", "Name Status AutoStart StartingCondition TourSpot Extension"},
+    {"RecordingConfiguration", "Source Content MaximumRetentionTime"},
     {"StartingCondition", "RecurringTime RecurringDuration RandomPresetOrder Extension"},
 };
 

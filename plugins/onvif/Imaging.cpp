@@ -2,15 +2,11 @@
 
 #include "onvif/Client.h"
 #include "plugins/onvif/Convert.h"
-#include "plugins/onvif/Edit.h"
+#include "plugins/onvif/ImagingWords.h"
 #include "plugins/onvif/Profiles.h"
 #include "plugins/onvif/Rotation.h"
 
 #include "protocol/Record.h"
-
-#include <initializer_list>
-#include <set>
-#include <span>
 
 namespace onvifclient
 {
@@ -19,26 +15,6 @@ namespace
 using namespace onvif;
 
 using Adapter_ProtocolSet::MergeRecord;
-
-// How a record's word stands in the settings.
-enum class eUnit : unsigned char
-{
-    Percent,    // of the device's range
-    Hundredths, // of the device's unit
-    Whole,      // as it is
-    Opening,    // ten-thousandths of the range, the other way round: ONVIF has what the iris takes away
-    Duration,   // seconds, a duration there
-    Names,      // one of these, in the order of the interface's values
-};
-template <class Record>
-struct tagField
-{
-    uint32_t Record::*pWord;
-    char const* szPath;   // in ImagingSettings
-    char const* szOption; // in the options: its range, or for names the elements that list them
-    eUnit eAs = eUnit::Percent;
-    char const* szNames = "";
-};
 
 constexpr char const* g_szSwitch = "OFF ON AUTO";
 constexpr char const* g_szMode = "AUTO MANUAL";
@@ -68,6 +44,8 @@ constexpr tagField<tagCameraDayNight> g_atDayNight[] = {
      eUnit::Duration},
 };
 
+constexpr tagImagingPlace g_tIris = {"Exposure/Iris", "Exposure/Iris", eUnit::Opening};
+
 constexpr tagField<tagCameraExposure> g_atExposure[] = {
     {&tagCameraExposure::dwMode, "Exposure/Mode", "Exposure/Mode", eUnit::Names, g_szMode},
     {&tagCameraExposure::dwPriority, "Exposure/Priority", "Exposure/Priority", eUnit::Names, "LowNoise FrameRate"},
@@ -77,7 +55,7 @@ constexpr tagField<tagCameraExposure> g_atExposure[] = {
     {&tagCameraExposure::dwMinGain, "Exposure/MinGain", "Exposure/MinGain", eUnit::Hundredths},
     {&tagCameraExposure::dwMaxGain, "Exposure/MaxGain", "Exposure/MaxGain", eUnit::Hundredths},
     {&tagCameraExposure::dwGain, "Exposure/Gain", "Exposure/Gain", eUnit::Hundredths},
-    {&tagCameraExposure::dwIris, "Exposure/Iris", "Exposure/Iris", eUnit::Opening},
+    {&tagCameraExposure::dwIris, g_tIris},
 };
 
 constexpr tagField<tagCameraFocus> g_atFocus[] = {
@@ -87,181 +65,10 @@ constexpr tagField<tagCameraFocus> g_atFocus[] = {
     {&tagCameraFocus::dwSpeed, "Focus/DefaultSpeed", "Focus/DefaultSpeed"},
 };
 
-// A source's settings, and what they may be.
-struct tagSettings
-{
-    CAnswer tSettings;
-    CAnswer tOptions;
-    pugi::xml_node Now() const { return Child(tSettings.Body(), "ImagingSettings"); }
-    pugi::xml_node Options() const { return Child(tOptions.Body(), "ImagingOptions"); }
-};
-
-std::string SourceToken(tagChannel const& tChannel)
-{
-    return CXmlWriter().Add("timg:VideoSourceToken", tChannel.strSource).Take();
-}
-
-int Ask(CClient& tClient, tagChannel const& tChannel, tagSettings& t)
-{
-    t.tSettings = tClient.Call({eService::Imaging, "GetImagingSettings", SourceToken(tChannel)});
-    if (!t.tSettings)
-    {
-        return t.tSettings.Result();
-    }
-    t.tOptions = tClient.Call({eService::Imaging, "GetOptions", SourceToken(tChannel)});
-    return IsSilent(t.tOptions) ? t.tOptions.Result() : int{eResultOk}; // a device may lack options
-}
-
-// The range that a level has where the device doesn't tell.
-tagSpan UsualSpan(std::string_view strPath)
-{
-    return strPath.ends_with("BoundaryOffset")                                            ? tagSpan{-1, 1}
-           : strPath.ends_with("NoiseReduction/Level") || strPath == "Focus/DefaultSpeed" ? tagSpan{0, 1}
-                                                                                          : tagSpan{0, 100};
-}
-
-std::string_view Name(std::string_view strNames, uint32_t dwWhich)
-{
-    for (; dwWhich > 0; --dwWhich)
-    {
-        const std::size_t nEnd = strNames.find(' ');
-        strNames = nEnd == std::string_view::npos ? std::string_view{} : strNames.substr(nEnd + 1);
-    }
-    return strNames.substr(0, strNames.find(' '));
-}
-
-uint32_t NameIndex(std::string_view strNames, std::string_view strName)
-{
-    for (uint32_t i = 0; !Name(strNames, i).empty(); ++i)
-    {
-        if (Name(strNames, i) == strName)
-        {
-            return i;
-        }
-    }
-    return 0;
-}
-
-template <class Record>
-uint32_t ReadField(tagField<Record> const& tField, tagSettings const& t)
-{
-    const std::string_view strText = Text(t.Now(), tField.szPath);
-    if (tField.eAs == eUnit::Names)
-    {
-        return NameIndex(tField.szNames, strText);
-    }
-    if (tField.eAs == eUnit::Duration)
-    {
-        return static_cast<uint32_t>(std::clamp<int64_t>(ParseDuration(strText).value_or(0) / 1000, 0, 3600));
-    }
-    const auto dValue = Number(t.Now(), tField.szPath);
-    const tagSpan tSpan = SpanOf(t.Options(), tField.szOption).value_or(UsualSpan(tField.szPath));
-    const double dScale = tField.eAs == eUnit::Hundredths ? 100 : 1;
-    return !dValue                        ? 0
-           : tField.eAs == eUnit::Percent ? tSpan.Percent(*dValue)
-           : tField.eAs == eUnit::Opening ? g_dwWhole - static_cast<uint32_t>(tSpan.Share(*dValue, g_dwWhole))
-                                          : static_cast<uint32_t>(std::clamp(*dValue * dScale + 0.5, 0.0, 4e9));
-}
-
-template <class Record>
-void ReadFields(std::span<tagField<Record> const> atFields, tagSettings const& tSettings, Record& t)
-{
-    for (tagField<Record> const& tField : atFields)
-    {
-        t.*tField.pWord = ReadField(tField, tSettings);
-    }
-}
-
-// A word as the device wants it; nothing: it takes no such value.
-template <class Record>
-std::optional<std::string> FieldText(tagField<Record> const& tField, tagSettings const& t, uint32_t dwValue)
-{
-    if (tField.eAs == eUnit::Names)
-    {
-        const std::string strName(Name(tField.szNames, dwValue));
-        const std::string_view strOption = tField.szOption;
-        const std::size_t nSlash = strOption.rfind('/');
-        const pugi::xml_node tList =
-            nSlash == std::string_view::npos ? t.Options() : Find(t.Options(), strOption.substr(0, nSlash));
-        const std::string_view strList = nSlash == std::string_view::npos ? strOption : strOption.substr(nSlash + 1);
-        const bool bTaken =
-            !Children(tList, strList).empty() ? Offers(tList, strList, strName) : !Text(t.Now(), tField.szPath).empty();
-        return !strName.empty() && bTaken ? std::optional(strName) : std::nullopt;
-    }
-    const auto tOffered = SpanOf(t.Options(), tField.szOption);
-    if (!tOffered && Text(t.Now(), tField.szPath).empty())
-    {
-        return std::nullopt; // the camera lacks it
-    }
-    const tagSpan tSpan = tOffered.value_or(UsualSpan(tField.szPath));
-    const double dValue = tField.eAs == eUnit::Hundredths ? dwValue / 100.0 : dwValue;
-    switch (tField.eAs)
-    {
-    case eUnit::Percent:
-        return dwValue <= 100 ? std::optional(NumberText(tSpan.AtPercent(dwValue))) : std::nullopt;
-    case eUnit::Opening:
-        return dwValue <= g_dwWhole ? std::optional(NumberText(tSpan.At(g_dwWhole - dwValue, g_dwWhole)))
-                                    : std::nullopt;
-    case eUnit::Duration:
-        return DurationText(int64_t{dwValue} * 1000);
-    default:
-        return !tOffered || tOffered->Holds(dValue) ? std::optional(NumberText(dValue)) : std::nullopt;
-    }
-}
-
-// Sends the fields that have changed, with the groups that they stand in.
-template <class Record>
-int WriteFields(CClient& tClient, tagChannel const& tChannel, std::span<tagField<Record> const> atFields,
-                tagSettings const& tSettings, Record const& tBefore, Record const& tAfter)
-{
-    const auto fnGroup = [](std::string_view strPath) { return std::string(strPath.substr(0, strPath.find('/'))); };
-    std::set<std::string> strGroups;
-    for (tagField<Record> const& tField : atFields)
-    {
-        if (tAfter.*tField.pWord != tBefore.*tField.pWord)
-        {
-            strGroups.insert(fnGroup(tField.szPath));
-        }
-    }
-    if (strGroups.empty())
-    {
-        return eResultOk;
-    }
-    CEdit tEdit(tSettings.Now(), "ImagingSettings");
-    for (pugi::xml_node tChild : tSettings.Now().children())
-    {
-        if (!strGroups.contains(std::string(LocalName(tChild))))
-        {
-            tEdit.Remove(LocalName(tChild));
-        }
-    }
-    for (tagField<Record> const& tField : atFields)
-    {
-        // A group that wasn't there needs its mode too.
-        const bool bChanged = tAfter.*tField.pWord != tBefore.*tField.pWord;
-        const auto strText = FieldText(tField, tSettings, tAfter.*tField.pWord);
-        if (bChanged && !strText)
-        {
-            return eResultBadArgument;
-        }
-        if (strText && (bChanged || (tField.eAs == eUnit::Names && strGroups.contains(fnGroup(tField.szPath)))))
-        {
-            tEdit.Set(tField.szPath, *strText);
-        }
-    }
-    const CAnswer tAnswer = tClient.Call({eService::Imaging, "SetImagingSettings",
-                                          CXmlWriter()
-                                              .Add("timg:VideoSourceToken", tChannel.strSource)
-                                              .Raw(tEdit.As("timg:ImagingSettings"))
-                                              .Add("timg:ForcePersistence", true)
-                                              .Take()});
-    return tAnswer.Result();
-}
-
 // Merges what was written over what there is; fnCheck says of words outside the fields whether they are taken.
 template <class Record, class F>
-int WriteRecordFields(CClient& tClient, tagChannel const& tChannel, std::span<tagField<Record> const> atFields,
-                      Record const* ptWritten, Record const& tKept, F fnCheck)
+int WriteRecordFields(CClient& tClient, tagChannel const& tChannel, Fields<Record> atFields, Record const* ptWritten,
+                      Record const& tKept, F fnCheck)
 {
     tagSettings tSettings;
     if (const int nResult = Ask(tClient, tChannel, tSettings))
@@ -279,8 +86,7 @@ int WriteRecordFields(CClient& tClient, tagChannel const& tChannel, std::span<ta
 }
 
 template <class Record>
-int ReadRecordFields(CClient& tClient, tagChannel const& tChannel, std::span<tagField<Record> const> atFields,
-                     Record& t)
+int ReadRecordFields(CClient& tClient, tagChannel const& tChannel, Fields<Record> atFields, Record& t)
 {
     t = {};
     t.dwSize = sizeof t;
@@ -292,19 +98,13 @@ int ReadRecordFields(CClient& tClient, tagChannel const& tChannel, std::span<tag
     }
     return nResult;
 }
-
-template <class Record, std::size_t n>
-std::span<tagField<Record> const> Fields(tagField<Record> const (&atFields)[n])
-{
-    return atFields;
-}
 } // namespace
 
 // --- picture ---------------------------------------------------------------------------------------------------------
 
 int ReadPicture(CClient& tClient, tagChannel const& tChannel, bool bMedia2, tagCameraPicture& t)
 {
-    int nResult = ReadRecordFields(tClient, tChannel, Fields(g_atPicture), t);
+    int nResult = ReadRecordFields(tClient, tChannel, Fields<tagCameraPicture>(g_atPicture), t);
     if (nResult == eResultOk)
     {
         nResult = ReadTurn(tClient, tChannel, bMedia2, t.dwTurn);
@@ -329,7 +129,8 @@ int WritePicture(CClient& tClient, tagChannel const& tChannel, bool bMedia2, tag
                (tNew.dwTurn == tKept.dwTurn || CheckTurn(tClient, tChannel, bMedia2, tNew.dwTurn) == eResultOk);
     };
     // The picture is turned last: a device may restart its streams for it.
-    const int nResult = WriteRecordFields(tClient, tChannel, Fields(g_atPicture), ptWritten, tKept, fnCheck);
+    const int nResult =
+        WriteRecordFields(tClient, tChannel, Fields<tagCameraPicture>(g_atPicture), ptWritten, tKept, fnCheck);
     return nResult != eResultOk || tAfter.dwTurn == tKept.dwTurn ? nResult
                                                                  : WriteTurn(tClient, tChannel, bMedia2, tAfter.dwTurn);
 }
@@ -338,7 +139,7 @@ int WritePicture(CClient& tClient, tagChannel const& tChannel, bool bMedia2, tag
 
 int ReadDayNight(CClient& tClient, tagChannel const& tChannel, tagCameraDayNight& t)
 {
-    const int nResult = ReadRecordFields(tClient, tChannel, Fields(g_atDayNight), t);
+    const int nResult = ReadRecordFields(tClient, tChannel, Fields<tagCameraDayNight>(g_atDayNight), t);
     t.bNight = t.dwMode == eDayNightNight ? 1 : 0;
     return nResult;
 }
@@ -347,7 +148,7 @@ int WriteDayNight(CClient& tClient, tagChannel const& tChannel, tagCameraDayNigh
 {
     tagCameraDayNight tKept{};
     tKept.dwSize = sizeof tKept;
-    return WriteRecordFields(tClient, tChannel, Fields(g_atDayNight), ptWritten, tKept,
+    return WriteRecordFields(tClient, tChannel, Fields<tagCameraDayNight>(g_atDayNight), ptWritten, tKept,
                              [](tagCameraDayNight const&, tagCameraDayNight const& t)
                              {
                                  return t.dwDelaySeconds <= 3600 && t.dwDayMinute == 0 && t.dwNightMinute == 0 &&
@@ -357,19 +158,38 @@ int WriteDayNight(CClient& tClient, tagChannel const& tChannel, tagCameraDayNigh
 
 int ReadExposure(CClient& tClient, tagChannel const& tChannel, tagCameraExposure& t)
 {
-    return ReadRecordFields(tClient, tChannel, Fields(g_atExposure), t);
+    return ReadRecordFields(tClient, tChannel, Fields<tagCameraExposure>(g_atExposure), t);
 }
 
 int WriteExposure(CClient& tClient, tagChannel const& tChannel, tagCameraExposure const* ptWritten)
 {
     tagCameraExposure tKept{};
     tKept.dwSize = sizeof tKept;
-    return WriteRecordFields(tClient, tChannel, Fields(g_atExposure), ptWritten, tKept,
+    return WriteRecordFields(tClient, tChannel, Fields<tagCameraExposure>(g_atExposure), ptWritten, tKept,
                              [](tagCameraExposure const&, tagCameraExposure const& t)
                              {
                                  return t.dwMinExposureUs <= t.dwMaxExposureUs && t.dwMinGain <= t.dwMaxGain &&
                                         t.dwFlicker == 0; // ONVIF has none
                              });
+}
+
+int StepIris(CClient& tClient, tagChannel const& tChannel, int64_t llBy)
+{
+    tagSettings tSettings;
+    if (const int nResult = Ask(tClient, tChannel, tSettings))
+    {
+        return nResult;
+    }
+    tagCameraExposure tBefore{};
+    ReadFields(Fields<tagCameraExposure>(g_atExposure), tSettings, tBefore);
+    tagCameraExposure tAfter = tBefore;
+    tAfter.dwMode = eModeManual;
+    tAfter.dwIris = static_cast<uint32_t>(std::clamp<int64_t>(tBefore.dwIris + llBy, 0, g_dwWhole));
+    const int nResult =
+        WordText(g_tIris, tSettings, tAfter.dwIris)
+            ? WriteFields(tClient, tChannel, Fields<tagCameraExposure>(g_atExposure), tSettings, tBefore, tAfter)
+            : int{eResultNotSupported};
+    return nResult == eResultBadArgument ? int{eResultNotSupported} : nResult; // there is no manual mode
 }
 
 // --- focus -----------------------------------------------------------------------------------------------------------
@@ -404,7 +224,7 @@ void ReadPosition(CClient& tClient, tagChannel const& tChannel, tagCameraFocus& 
 
 int ReadFocus(CClient& tClient, tagChannel const& tChannel, tagCameraFocus& t)
 {
-    const int nResult = ReadRecordFields(tClient, tChannel, Fields(g_atFocus), t);
+    const int nResult = ReadRecordFields(tClient, tChannel, Fields<tagCameraFocus>(g_atFocus), t);
     if (nResult == eResultOk)
     {
         ReadPosition(tClient, tChannel, t);
@@ -423,7 +243,8 @@ int WriteFocus(CClient& tClient, tagChannel const& tChannel, tagCameraFocus cons
         dwTo = t.dwMode == eModeManual ? t.dwPosition : tKept.dwPosition;
         return t.dwPosition <= g_dwWhole && (t.dwFarLimitCm == 0 || t.dwNearLimitCm <= t.dwFarLimitCm);
     };
-    const int nResult = WriteRecordFields(tClient, tChannel, Fields(g_atFocus), ptWritten, tKept, fnCheck);
+    const int nResult =
+        WriteRecordFields(tClient, tChannel, Fields<tagCameraFocus>(g_atFocus), ptWritten, tKept, fnCheck);
     if (nResult != eResultOk || dwTo == tKept.dwPosition)
     {
         return nResult;
@@ -454,10 +275,10 @@ int SetAutoFocus(CClient& tClient, tagChannel const& tChannel, bool bOn)
         return nResult;
     }
     tagCameraFocus tBefore{};
-    ReadFields(Fields(g_atFocus), tSettings, tBefore);
+    ReadFields(Fields<tagCameraFocus>(g_atFocus), tSettings, tBefore);
     tagCameraFocus tAfter = tBefore;
     tAfter.dwMode = bOn ? eModeAuto : eModeManual;
-    return WriteFields(tClient, tChannel, Fields(g_atFocus), tSettings, tBefore, tAfter);
+    return WriteFields(tClient, tChannel, Fields<tagCameraFocus>(g_atFocus), tSettings, tBefore, tAfter);
 }
 
 // --- defaults --------------------------------------------------------------------------------------------------------
@@ -465,7 +286,7 @@ int SetAutoFocus(CClient& tClient, tagChannel const& tChannel, bool bOn)
 namespace
 {
 template <class Record>
-int Default(CClient& tClient, tagChannel const& tChannel, std::span<tagField<Record> const> atFields)
+int Default(CClient& tClient, tagChannel const& tChannel, Fields<Record> atFields)
 {
     tagSettings tSettings;
     if (const int nResult = Ask(tClient, tChannel, tSettings))
@@ -477,8 +298,8 @@ int Default(CClient& tClient, tagChannel const& tChannel, std::span<tagField<Rec
     Record tAfter = tBefore;
     for (tagField<Record> const& tField : atFields)
     {
-        const bool bLevel = tField.eAs == eUnit::Percent;
-        if ((bLevel || tField.eAs == eUnit::Names) && FieldText(tField, tSettings, bLevel ? 50 : 0))
+        const bool bLevel = tField.tAt.eAs == eUnit::Percent;
+        if ((bLevel || tField.tAt.eAs == eUnit::Names) && WordText(tField.tAt, tSettings, bLevel ? 50 : 0))
         {
             tAfter.*tField.pWord = bLevel ? 50 : 0;
         }
@@ -489,7 +310,7 @@ int Default(CClient& tClient, tagChannel const& tChannel, std::span<tagField<Rec
 
 int DefaultCamera(CClient& tClient, tagChannel const& tChannel, bool bMedia2, eChromaDefault eWhat)
 {
-    int nResult = Default(tClient, tChannel, Fields(g_atPicture));
+    int nResult = Default(tClient, tChannel, Fields<tagCameraPicture>(g_atPicture));
     uint32_t dwTurn = eTurnNone;
     nResult = nResult ? nResult : ReadTurn(tClient, tChannel, bMedia2, dwTurn);
     nResult = nResult || dwTurn == eTurnNone ? nResult : WriteTurn(tClient, tChannel, bMedia2, eTurnNone);
@@ -497,8 +318,8 @@ int DefaultCamera(CClient& tClient, tagChannel const& tChannel, bool bMedia2, eC
     {
         return nResult;
     }
-    nResult = Default(tClient, tChannel, Fields(g_atDayNight));
-    nResult = nResult ? nResult : Default(tClient, tChannel, Fields(g_atExposure));
-    return nResult ? nResult : Default(tClient, tChannel, Fields(g_atFocus));
+    nResult = Default(tClient, tChannel, Fields<tagCameraDayNight>(g_atDayNight));
+    nResult = nResult ? nResult : Default(tClient, tChannel, Fields<tagCameraExposure>(g_atExposure));
+    return nResult ? nResult : Default(tClient, tChannel, Fields<tagCameraFocus>(g_atFocus));
 }
 } // namespace onvifclient

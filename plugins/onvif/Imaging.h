@@ -28,6 +28,9 @@ int WriteFocus(onvif::CClient& tClient, tagChannel const& tChannel, tagCameraFoc
 /// Levels to the middle of their ranges, switches off, modes to automatic: ONVIF doesn't know the factory's values.
 int DefaultCamera(onvif::CClient& tClient, tagChannel const& tChannel, bool bMedia2, eChromaDefault eWhat);
 
+/// Sets the iris by so many ten-thousandths of its range, + opens, and exposure to manual. eResultNotSupported: it can't
+/// be set.
+int StepIris(onvif::CClient& tClient, tagChannel const& tChannel, int64_t llBy);
 /// The speed at which the lens moves its focus, by ten-thousandths of its range, + is far; 0: stop.
 int MoveFocus(onvif::CClient& tClient, tagChannel const& tChannel, int32_t nSpeed);
 /// Automatic focus on or off.

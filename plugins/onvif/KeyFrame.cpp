@@ -1,6 +1,7 @@
 #include "plugins/onvif/KeyFrame.h"
 
 #include "plugins/onvif/Live.h"
+#include "plugins/onvif/StreamAddress.h"
 
 #include <condition_variable>
 

@@ -46,7 +46,7 @@ OWN(GetLoginLevel)
 OWN(GetLoginMac)
 OWN(DeleteUserForceCB)
 
-// Live.cpp, Snapshot.cpp
+// LiveStreams.cpp, Snapshot.cpp
 OWN(RealStreamConnect)
 CLOSE(RealStreamDisconnect, CLive)
 OWN(StreamMediaCB)

@@ -8,13 +8,7 @@
 
 namespace onvifclient
 {
-namespace
-{
 using namespace onvif;
-
-constexpr int32_t g_nUsualMs = 5000;
-constexpr int32_t g_nMostMs = 60000;
-} // namespace
 
 // --- what it works with ----------------------------------------------------------------------------------------------
 
@@ -139,7 +133,7 @@ std::string SpeedText(tagNode const& tNode, int32_t nSpeed, char const* szElemen
 int CHead::Command(ePTZControlCmdCode eCommand, Para const& anPara, char const* szName)
 {
     const tagUse tUse = Used();
-    if (!tUse.pNode && eCommand != ePTZFocus && eCommand != ePTZFocusOnce)
+    if (!tUse.pNode && eCommand != ePTZFocus && eCommand != ePTZFocusOnce && eCommand != ePTZIris)
     {
         // A lens may move where the head can't.
         return eCommand == ePTZStop && MovesFocus() ? StopFocus(tUse) : int{eResultNotSupported};
@@ -154,6 +148,8 @@ int CHead::Command(ePTZControlCmdCode eCommand, Para const& anPara, char const* 
         return Turn(tUse, 0, 0, anPara[0], false, anPara[3]);
     case ePTZFocus:
         return Focus(tUse, anPara[0], anPara[3]);
+    case ePTZIris:
+        return Iris(tUse, anPara[0], anPara[3]);
     case ePTZFocusOnce:
         return SetAutoFocus(*m_pClient, *tUse.pChannel, true);
     case ePTZAbsolute:
@@ -174,8 +170,6 @@ int CHead::Command(ePTZControlCmdCode eCommand, Para const& anPara, char const* 
                    : int{eResultBadArgument};
     case ePTZAuxiliary:
         return Auxiliary(tUse, anPara);
-    case ePTZIris: // ONVIF has no word for it
-        return eResultNotSupported;
     default:
         return eCommand >= ePTZTourAddPreset && eCommand <= ePTZTourRemove ? TourCommand(tUse, eCommand, anPara)
                                                                            : int{eResultBadArgument};
@@ -197,8 +191,7 @@ int CHead::Turn(tagUse const& tUse, int32_t nPan, int32_t nTilt, int32_t nZoom, 
     {
         return eResultNotSupported;
     }
-    const auto dwAsked = static_cast<uint32_t>(nMilliseconds);
-    const int64_t llForMs = dwAsked == 0 ? g_nUsualMs : std::min<int64_t>(dwAsked, g_nMostMs);
+    const int64_t llForMs = MovementMs(nMilliseconds);
     // A speed of 0 for all of it is a stop, which every device knows.
     const bool bStands = nPan == 0 && nTilt == 0 && nZoom == 0;
     const int nResult = bStands ? StopPart(tUse, (bTurns ? ePTZAxisPan | ePTZAxisTilt : 0U) | ePTZAxisZoom)
@@ -382,42 +375,6 @@ int CHead::StopPart(tagUse const& tUse, uint32_t dwAxes)
     {
         const int nFocus = StopFocus(tUse);
         nResult = nResult ? nResult : nFocus;
-    }
-    return nResult;
-}
-
-bool CHead::MovesFocus() const
-{
-    const std::lock_guard tLock(m_tMutex);
-    return m_atMotions[eMotionFocus].nX != 0;
-}
-
-int CHead::StopFocus(tagUse const& tUse)
-{
-    const int nResult = MoveFocus(*m_pClient, *tUse.pChannel, 0);
-    if (nResult == eResultOk)
-    {
-        Ended(eMotionFocus);
-    }
-    return nResult;
-}
-
-int CHead::Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds)
-{
-    if (!Within(nSpeed, -g_nFull, g_nFull))
-    {
-        return eResultBadArgument;
-    }
-    int nResult = MovesFocus() || nSpeed == 0 ? int{eResultOk} : SetAutoFocus(*m_pClient, *tUse.pChannel, false);
-    nResult = nResult ? nResult : MoveFocus(*m_pClient, *tUse.pChannel, nSpeed);
-    if (nResult == eResultOk && nSpeed != 0)
-    {
-        const auto dwAsked = static_cast<uint32_t>(nMilliseconds);
-        Begin(eMotionFocus, nSpeed, 0, dwAsked == 0 ? g_nUsualMs : std::min<int64_t>(dwAsked, g_nMostMs));
-    }
-    else if (nResult == eResultOk)
-    {
-        Ended(eMotionFocus);
     }
     return nResult;
 }

@@ -17,6 +17,13 @@ namespace onvifclient
 {
 constexpr int32_t g_nFull = 10000; ///< full speed, and the far end of a normalised range
 
+/// How long a movement lasts for which nMilliseconds are asked: 0 is 5 s, and a minute is the most.
+constexpr int64_t MovementMs(int32_t nMilliseconds)
+{
+    const auto dwAsked = static_cast<uint32_t>(nMilliseconds);
+    return dwAsked == 0 ? 5000 : dwAsked < 60000 ? int64_t{dwAsked} : 60000;
+}
+
 class CEdit;
 
 /// The head of one camera: where ONVIF lacks something (a movement that ends by itself, numbers for presets), it stands
@@ -74,9 +81,6 @@ private:
     static int64_t LeftMs(tagMotion const& tMotion);
     int Stop(tagUse const& tUse, uint32_t dwAxes);
     int StopPart(tagUse const& tUse, uint32_t dwAxes);
-    bool MovesFocus() const;
-    int StopFocus(tagUse const& tUse);
-    int Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds);
     int Absolute(tagUse const& tUse, Para const& anTo);
     int Relative(tagUse const& tUse, Para const& anBy);
     static onvif::tagRequest StopRequest(tagUse const& tUse, eMotion eWhich);
@@ -84,6 +88,12 @@ private:
     void Ended(eMotion eWhich);
     static rtsp::CTask<> EndLater(std::shared_ptr<CHead> pSelf, eMotion eWhich, uint32_t dwRun,
                                   onvif::Clock::time_point tEnd);
+
+    // PTZLens.cpp
+    bool MovesFocus() const;
+    int StopFocus(tagUse const& tUse);
+    int Focus(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds);
+    int Iris(tagUse const& tUse, int32_t nSpeed, int32_t nMilliseconds);
 
     // PTZAuxiliary.cpp
     int Auxiliary(tagUse const& tUse, Para const& anPara);

@@ -37,6 +37,7 @@ bool CPlayback::Close()
     {
         const std::lock_guard tLock(m_tMutex);
         m_bClosed = true;
+        TakePart();
         ++m_dwRun;
         pStream = std::move(m_pStream);
         m_atHeld.clear();
@@ -53,6 +54,7 @@ int CPlayback::SetCallback(StreamMediaCallback pfnFrame, unsigned long dwUser)
     std::unique_ptr<rtsp::CStream> pStream;
     const std::lock_guard tLock(m_tMutex);
     m_bWanted = pfnFrame != nullptr && !m_bClosed;
+    TakePart();
     if (m_bWanted)
     {
         GoOn();
@@ -120,6 +122,16 @@ void CPlayback::Shut()
     m_nHeld = 0;
     m_llHeardUs = m_llLastUs;
     m_bStretchEnded = false;
+    m_tWake.reset();
+    m_pGroup->tClock.Forget(this);
+}
+
+// Nothing more comes; who is in step doesn't wait for it.
+void CPlayback::Finish()
+{
+    m_bEnded = true;
+    TakePart();
+    m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->SendEnd(); });
 }
 
 // While it is paused, frames for steps come as fast as they can.
@@ -129,8 +141,7 @@ void CPlayback::Open()
     int64_t llFromUs = m_llLastUs;
     if (!FindStretch(llFromUs))
     {
-        m_bEnded = true;
-        m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->SendEnd(); });
+        Finish();
         return;
     }
     rtsp::tagStreamOptions tOptions = m_atStretches[m_iStretch].tOptions;
@@ -140,10 +151,30 @@ void CPlayback::Open()
     m_pStream->SetFrameCallback(&CPlayback::OnFrame, m_dwRun);
 }
 
+void CPlayback::Unfinish()
+{
+    m_bEnded = false;
+    TakePart();
+}
+
+// The clock waits for who has something to show, and to somebody.
+void CPlayback::TakePart()
+{
+    if (m_bWanted && !m_bEnded && !m_bClosed)
+    {
+        m_pGroup->tClock.Join(this);
+    }
+    else
+    {
+        m_pGroup->tClock.Leave(this);
+    }
+}
+
 // Frames are wanted.
 void CPlayback::GoOn()
 {
-    if (!m_bWanted || m_bEnded || m_bClosed || m_bGiving || (m_bPaused && m_nSteps == 0))
+    const bool bWaits = m_bPaused ? m_nSteps == 0 : m_tWake.has_value();
+    if (!m_bWanted || m_bEnded || m_bClosed || m_bGiving || bWaits)
     {
         return; // who gives a frame looks again
     }
@@ -186,8 +217,7 @@ void CPlayback::NextStretch()
     Shut();
     if (m_iStretch == iLast)
     {
-        m_bEnded = true;
-        m_pDelivery->Add([pSelf = shared_from_this()] { pSelf->SendEnd(); });
+        Finish();
         return;
     }
     tagStretch const& tNext = m_atStretches[bReverse ? m_iStretch - 1 : m_iStretch + 1];
@@ -207,18 +237,8 @@ int CPlayback::ForAll(F fnDo)
         const std::lock_guard tLock(m_tMutex);
         pGroup = m_pGroup;
     }
-    std::vector<std::shared_ptr<CPlayback>> apMembers;
-    {
-        const std::lock_guard tLock(pGroup->tMutex);
-        for (auto const& pWeak : pGroup->apMembers)
-        {
-            if (auto pMember = pWeak.lock())
-            {
-                apMembers.push_back(std::move(pMember));
-            }
-        }
-    }
-    for (auto const& pMember : apMembers)
+    pGroup->tClock.Restart();
+    for (auto const& pMember : pGroup->Members())
     {
         const std::lock_guard tLock(pMember->m_tMutex);
         fnDo(*pMember);
@@ -265,7 +285,7 @@ void CPlayback::SetScale(double dScale)
     {
         m_llAfterUs = g_llNothingYet;
         m_bNewTime = true;
-        m_bEnded = false;
+        Unfinish();
     }
     m_dScale = dScale;
     Restart();
@@ -277,7 +297,7 @@ void CPlayback::MoveTo(int64_t llTimeUs)
     m_llLastUs = llTimeUs;
     m_llAfterUs = g_llNothingYet;
     m_bNewTime = true;
-    m_bEnded = false;
+    Unfinish();
     m_nFailures = 0;
     Restart();
 }
@@ -305,73 +325,5 @@ int CPlayback::Seek(int64_t llTimeUs)
         return eResultNotFound;
     }
     return ForAll([&](CPlayback& t) { t.MoveTo(llTimeUs); });
-}
-
-void CPlayback::Leave()
-{
-    std::shared_ptr<tagSyncGroup> pGroup;
-    {
-        const std::lock_guard tLock(m_tMutex);
-        pGroup = m_pGroup;
-    }
-    const std::lock_guard tLock(pGroup->tMutex);
-    std::erase_if(pGroup->apMembers,
-                  [&](auto const& pWeak)
-                  {
-                      const auto pMember = pWeak.lock();
-                      return !pMember || pMember.get() == this;
-                  });
-}
-
-int CPlayback::Sync(std::shared_ptr<CPlayback> const& pOther)
-{
-    if (pOther.get() == this)
-    {
-        return eResultBadArgument;
-    }
-    std::shared_ptr<tagSyncGroup> pGroup;
-    int64_t llTimeUs = 0;
-    double dScale = 1;
-    bool bPaused = false;
-    {
-        const std::lock_guard tLock(pOther->m_tMutex);
-        pGroup = pOther->m_pGroup;
-        llTimeUs = pOther->m_llLastUs;
-        dScale = pOther->m_dScale;
-        bPaused = pOther->m_bPaused;
-    }
-    Leave();
-    {
-        const std::lock_guard tLock(pGroup->tMutex);
-        pGroup->apMembers.push_back(weak_from_this());
-    }
-    const std::lock_guard tLock(m_tMutex);
-    m_pGroup = pGroup;
-    m_dScale = dScale;
-    m_bPaused = bPaused;
-    m_nSteps = 0;
-    MoveTo(llTimeUs);
-    return eResultOk;
-}
-
-int CPlayback::UnSync(std::shared_ptr<CPlayback> const& pOther)
-{
-    std::shared_ptr<tagSyncGroup> pGroup;
-    {
-        const std::lock_guard tLock(pOther->m_tMutex);
-        pGroup = pOther->m_pGroup;
-    }
-    {
-        const std::lock_guard tLock(m_tMutex);
-        if (pOther.get() == this || pGroup != m_pGroup)
-        {
-            return eResultBadArgument;
-        }
-    }
-    Leave();
-    const std::lock_guard tLock(m_tMutex);
-    m_pGroup = std::make_shared<tagSyncGroup>();
-    m_pGroup->apMembers.push_back(weak_from_this());
-    return eResultOk;
 }
 } // namespace onvifclient

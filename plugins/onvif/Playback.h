@@ -3,11 +3,13 @@
 #include "plugins/onvif/Delivery.h"
 #include "plugins/onvif/Media.h"
 #include "plugins/onvif/Replay.h"
+#include "plugins/onvif/SyncClock.h"
 
 #include <deque>
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace onvifclient
@@ -19,11 +21,14 @@ struct tagSyncGroup
 {
     std::mutex tMutex;
     std::vector<std::weak_ptr<CPlayback>> apMembers;
+    CSyncClock tClock;
+
+    std::vector<std::shared_ptr<CPlayback>> Members();
 };
 
-/// A playback: one recording after the other by the replay service, at the device's pace. While it is paused nothing is
-/// fetched but for steps: then frames come as fast as they can and wait here for the next ones. Any thread may call any
-/// function; none waits for the application or the device.
+/// A playback: one recording after the other by the replay service, at the device's pace; several in step by one clock.
+/// While it is paused nothing is fetched but for steps: then frames come as fast as they can and wait here for the next
+/// ones. Any thread may call any function; none waits for the application or the device.
 class CPlayback final : public CMedia, public std::enable_shared_from_this<CPlayback>
 {
 public:
@@ -64,6 +69,7 @@ private:
                        unsigned long dwWord4, unsigned long dwUser);
     static rtsp::CTask<> TryAgain(std::shared_ptr<CPlayback> pSelf, unsigned long dwRun,
                                   std::chrono::milliseconds tPause);
+    static rtsp::CTask<> LookAgain(std::shared_ptr<CPlayback> pSelf, onvif::Clock::time_point tWhen);
     template <class F>
     int ForAll(F fnDo);
     void Leave();
@@ -71,6 +77,9 @@ private:
     // With the mutex locked.
     void Open();
     void Shut();
+    void Finish();
+    void Unfinish();
+    void TakePart();
     void GoOn();
     void Restart();
     void MoveTo(int64_t llTimeUs);
@@ -81,6 +90,7 @@ private:
     rtsp::tagPlayback PlaybackFrom(int64_t llFromUs) const;
     bool IsOver(tagStreamMediaFrame const& tFrame) const;
     bool IsWanted(tagStreamMediaFrame const& tFrame) const;
+    bool IsDue(tagStreamMediaFrame const& tFrame);
     bool TakesStep(tagStreamMediaFrame const& tFrame);
     void Number(tagStreamMediaFrame& tFrame);
     void Hold(tagStreamMediaFrame const& tFrame);
@@ -108,8 +118,9 @@ private:
     bool m_bWanted = false; ///< there is a callback
     bool m_bClosed = false;
     bool m_bPaused = false;
-    bool m_bEnded = false; ///< all has come, and was told so
-    unsigned m_nSteps = 0; ///< that wait for a frame
+    bool m_bEnded = false;                           ///< all has come, and was told so
+    std::optional<onvif::Clock::time_point> m_tWake; ///< when what is held is looked at again, for the clock
+    unsigned m_nSteps = 0;                           ///< that wait for a frame
     double m_dScale = 1;
     unsigned m_nFailures = 0;
     std::deque<tagHeld> m_atHeld;

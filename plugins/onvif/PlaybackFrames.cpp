@@ -136,7 +136,7 @@ void CPlayback::Take(tagStreamMediaFrame const& tFrame, unsigned long dwRun)
         return;
     }
     m_nFailures = 0;
-    if (!m_atHeld.empty() || m_bGiving || !TakesStep(tFrame))
+    if (!m_atHeld.empty() || m_bGiving || !IsDue(tFrame) || !TakesStep(tFrame))
     {
         Hold(tFrame);
         return;
@@ -160,7 +160,8 @@ void CPlayback::Give(tagStreamMediaFrame const& tFrame, std::unique_lock<std::mu
 void CPlayback::GiveHeld()
 {
     std::unique_lock tLock(m_tMutex);
-    while (m_bWanted && !m_bClosed && !m_bGiving && !m_atHeld.empty() && TakesStep(m_atHeld.front().tFrame))
+    while (m_bWanted && !m_bClosed && !m_bGiving && !m_atHeld.empty() && IsDue(m_atHeld.front().tFrame) &&
+           TakesStep(m_atHeld.front().tFrame))
     {
         const tagHeld tHeld = std::move(m_atHeld.front());
         m_atHeld.pop_front();

@@ -24,6 +24,7 @@ struct tagNames
     char const* szVideoEncoder;
     char const* szAudioSource;
     char const* szAudioEncoder;
+    char const* szAnalytics;
     char const* szPTZ;
 };
 constexpr tagNames g_tMedia1 = {"",
@@ -31,8 +32,10 @@ constexpr tagNames g_tMedia1 = {"",
                                 "VideoEncoderConfiguration",
                                 "AudioSourceConfiguration",
                                 "AudioEncoderConfiguration",
+                                "VideoAnalyticsConfiguration",
                                 "PTZConfiguration"};
-constexpr tagNames g_tMedia2 = {"Configurations", "VideoSource", "VideoEncoder", "AudioSource", "AudioEncoder", "PTZ"};
+constexpr tagNames g_tMedia2 = {"Configurations", "VideoSource", "VideoEncoder", "AudioSource",
+                                "AudioEncoder",   "Analytics",   "PTZ"};
 
 // Profiles without video are none of a channel's.
 void Take(CProfiles::Channels& atChannels, pugi::xml_node tProfile, tagNames const& tNames)
@@ -51,6 +54,7 @@ void Take(CProfiles::Channels& atChannels, pugi::xml_node tProfile, tagNames con
     t.strEncoder = Attribute(tEncoder, "token");
     t.strAudioSource = Attribute(Child(tParts, tNames.szAudioSource), "token");
     t.strAudioEncoder = Attribute(Child(tParts, tNames.szAudioEncoder), "token");
+    t.strAnalytics = Attribute(Child(tParts, tNames.szAnalytics), "token");
     t.strNode = Text(Child(tParts, tNames.szPTZ), "NodeToken");
     t.dwWidth = Word(tEncoder, "Resolution/Width");
     t.dwHeight = Word(tEncoder, "Resolution/Height");

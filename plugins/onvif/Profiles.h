@@ -17,6 +17,7 @@ struct tagProfile
     std::string strEncoder;      ///< of its video encoder's configuration
     std::string strAudioSource;  ///< of its AudioSourceConfiguration
     std::string strAudioEncoder; ///< of its audio encoder's configuration
+    std::string strAnalytics;    ///< of its video analytics' configuration
     std::string strNode;         ///< the PTZ node that its PTZ configuration names
     uint32_t dwWidth = 0;        ///< of its video as the profile says, 0: not told
     uint32_t dwHeight = 0;

@@ -14,7 +14,6 @@ namespace onvifclient
 namespace
 {
 using onvif::CAnswer;
-using onvif::CXmlWriter;
 using onvif::eService;
 using onvif::tagSection;
 
@@ -97,23 +96,6 @@ void CRecordings::Number(tagPlaces::Numbers& tChannels)
             tChannels.try_emplace(tJob.strToken, it->second);
         }
     }
-}
-
-std::vector<CRecordings::tagJob> CRecordings::Jobs()
-{
-    std::vector<tagJob> atJobs;
-    if (m_tLogin.Client().Has(eService::Recording))
-    {
-        const CAnswer tAnswer = m_tLogin.Call({eService::Recording, "GetRecordingJobs"});
-        for (pugi::xml_node const& tJob : onvif::Children(tAnswer.Body(), "JobItem"))
-        {
-            tagJob& t = atJobs.emplace_back();
-            t.strToken = onvif::Text(tJob, "JobToken");
-            t.strRecording = onvif::Text(tJob, "JobConfiguration/RecordingToken");
-            t.strSource = onvif::Text(tJob, "JobConfiguration/Source/SourceToken/Token");
-        }
-    }
-    return atJobs;
 }
 
 // A recording belongs to the channel that its source is named after, or whose profile its job records; where nothing
@@ -309,49 +291,6 @@ int CRecordings::FindFile(std::string const& strFile, tagRecording& t)
     t.dwType = eHistoryContinuous;
     t.llEndUs = t.bRecording ? std::max(it->tArchived.llLatestUs, m_tLogin.Client().DeviceTimeUs()) : t.llEndUs;
     return eResultOk;
-}
-
-// --- recording -------------------------------------------------------------------------------------------------------
-
-int CRecordings::Control(uint32_t dwChannel, bool bOn)
-{
-    if (!m_tLogin.Client().Has(eService::Recording))
-    {
-        return eResultNotSupported;
-    }
-    std::shared_ptr<tagChannel const> pChannel;
-    std::vector<tagOf> atAll;
-    if (const int nResult = m_tLogin.Part<CProfiles>().Channel(dwChannel, pChannel))
-    {
-        return nResult;
-    }
-    if (const int nResult = All(atAll))
-    {
-        return nResult;
-    }
-    const auto it = std::ranges::find(atAll, dwChannel, &tagOf::dwChannel);
-    if (it == atAll.end())
-    {
-        return eResultNotSupported; // the device has no recording for it
-    }
-    const auto atJobs = Jobs();
-    const auto itJob = std::ranges::find(atJobs, it->tArchived.strToken, &tagJob::strRecording);
-    if (itJob != atJobs.end())
-    {
-        const std::string strBody =
-            CXmlWriter().Add("trc:JobToken", itJob->strToken).Add("trc:Mode", bOn ? "Active" : "Idle").Take();
-        return m_tLogin.Call({eService::Recording, "SetRecordingJobMode", strBody}).Result();
-    }
-    if (!bOn)
-    {
-        return eResultOk; // nothing records
-    }
-    CXmlWriter tBody;
-    tBody.Open("trc:JobConfiguration").Add("tt:RecordingToken", it->tArchived.strToken);
-    tBody.Add("tt:Mode", "Active").Add("tt:Priority", 1).Open("tt:Source").Open("tt:SourceToken");
-    tBody.Attribute("Type", "http://www.onvif.org/ver10/schema/Profile");
-    tBody.Add("tt:Token", pChannel->atProfiles.front().strToken);
-    return m_tLogin.Call({eService::Recording, "CreateRecordingJob", tBody.Take()}).Result();
 }
 
 int32_t CRecordings::UtcOffsetMinutes(int64_t llTimeUs)

@@ -38,6 +38,17 @@ struct tagRecording
     static bool FromFile(std::string const& strFile, tagRecording& t);
 };
 
+/// How a channel is recorded.
+struct tagPlan
+{
+    bool bActive = false; ///< a job of it is
+    uint32_t dwStreamKind = 0;
+    bool bAudio = false;
+    uint32_t dwKeepDays = 0; ///< 0: as long as there is room
+};
+
+struct tagChannel;
+
 /// A device's recordings. Any thread but the HTTP thread; the answers block.
 ///
 /// ONVIF doesn't say why something was recorded: it is eHistoryContinuous. A question for eHistoryMotion or
@@ -57,6 +68,8 @@ public:
     void Number(tagPlaces::Numbers& tChannels);
     /// Begins or ends the recording of a channel.
     int Control(uint32_t dwChannel, bool bOn);
+    int ReadPlan(uint32_t dwChannel, tagPlan& t);
+    int Keep(uint32_t dwChannel, uint32_t dwDays);
     /// How far the device's local time is ahead of UTC.
     int32_t UtcOffsetMinutes(int64_t llTimeUs);
 
@@ -76,7 +89,9 @@ private:
         std::string strToken;
         std::string strRecording;
         std::string strSource;
+        bool bActive = false;
     };
+    int OfChannel(uint32_t dwChannel, std::shared_ptr<tagChannel const>& pChannel, std::string& strToken);
     std::vector<tagJob> Jobs();
     uint32_t CodecOf(tagRecording const& t);
 

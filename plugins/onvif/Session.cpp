@@ -247,42 +247,57 @@ int LevelOf(std::string_view strLevel)
 {
     return strLevel == "Administrator" ? eUserAdministrator : strLevel == "Operator" ? eUserOperator : eUserViewer;
 }
+
+// Who may not read the list of users is no administrator. Whether he is an operator shows in what only operators may
+// do; neither of these changes anything: one reads, and the other speaks of an output that no device has.
+int LevelByTrying(CLogin const& tLogin)
+{
+    const std::string strNoOutput =
+        onvif::CXmlWriter().Add("tds:RelayOutputToken", "no such output").Add("tds:LogicalState", "inactive").Take();
+    for (auto const& [szName, strBody] :
+         {std::pair{"GetIPAddressFilter", std::string()}, {"SetRelayOutputState", strNoOutput}})
+    {
+        const onvif::CAnswer tAnswer = tLogin.Call({onvif::eService::Device, szName, strBody});
+        if (tAnswer || tAnswer.Result() == eResultWrongLogin)
+        {
+            return tAnswer ? eUserOperator : eUserViewer;
+        }
+    }
+    return eUserOperator;
+}
+
+int AskLevel(CLogin const& tLogin, int& nLevel)
+{
+    std::string const& strUser = tLogin.Client().User();
+    nLevel = eUserViewer;
+    if (strUser.empty())
+    {
+        return eResultOk;
+    }
+    const onvif::CAnswer tAnswer = tLogin.Call({.szName = "GetUsers"});
+    for (pugi::xml_node const& tUser : onvif::Children(tAnswer.Body(), "User"))
+    {
+        if (onvif::Text(tUser, "Username") == strUser)
+        {
+            nLevel = LevelOf(onvif::Text(tUser, "UserLevel"));
+            return eResultOk;
+        }
+    }
+    if (!tAnswer && tAnswer.Result() != eResultWrongLogin && tAnswer.Result() != eResultNotSupported &&
+        tAnswer.Result() != eResultRefused)
+    {
+        return tAnswer.Result();
+    }
+    nLevel = LevelByTrying(tLogin);
+    return eResultOk;
+}
 } // namespace
 
-// Who may not read the list of users is no administrator. Whether he is an operator no call tells: he is taken for one,
-// and the device refuses what he may not.
 int Serve(tagCall<&CClientProtocolBase::GetLoginLevel>, void* hLogin, int* pnLevel)
 {
     return LoginQuery(hLogin,
                       [&](CLogin const& tLogin) -> int
-                      {
-                          std::string const& strUser = tLogin.Client().User();
-                          if (!pnLevel)
-                          {
-                              return eResultBadArgument;
-                          }
-                          if (strUser.empty())
-                          {
-                              *pnLevel = eUserViewer;
-                              return eResultOk;
-                          }
-                          const onvif::CAnswer tAnswer = tLogin.Call({.szName = "GetUsers"});
-                          if (!tAnswer && tAnswer.Result() != eResultWrongLogin &&
-                              tAnswer.Result() != eResultNotSupported && tAnswer.Result() != eResultRefused)
-                          {
-                              return tAnswer.Result();
-                          }
-                          int nLevel = eUserOperator;
-                          for (pugi::xml_node const& tUser : onvif::Children(tAnswer.Body(), "User"))
-                          {
-                              if (onvif::Text(tUser, "Username") == strUser)
-                              {
-                                  nLevel = LevelOf(onvif::Text(tUser, "UserLevel"));
-                              }
-                          }
-                          *pnLevel = nLevel;
-                          return eResultOk;
-                      });
+                      { return pnLevel ? AskLevel(tLogin, *pnLevel) : int{eResultBadArgument}; });
 }
 
 int Serve(tagCall<&CClientProtocolBase::GetLoginMac>, void* hLogin, unsigned char* pbyMac, int nLength)

@@ -6,6 +6,7 @@
 #include "plugins/onvif/Operations.h"
 #include "plugins/onvif/Playback.h"
 #include "plugins/onvif/Profiles.h"
+#include "plugins/onvif/StreamAddress.h"
 
 #include <map>
 #include <utility>

@@ -5,6 +5,7 @@
 #include "plugins/common/SplitScreen.h"
 #include "plugins/common/Text.h"
 #include "plugins/onvif/Convert.h"
+#include "plugins/onvif/Profiles.h"
 
 #include "protocol/Record.h"
 
@@ -371,9 +372,14 @@ int CWall::Split(uint32_t dwScreen, uint32_t dwMode, unsigned long const* pdwCha
     std::vector<tagDecoderWindow> atWanted;
     for (uint32_t i = 0; i < atCells.size(); ++i)
     {
+        std::shared_ptr<tagChannel const> pChannel;
         if (pdwChannels && pdwChannels[i] != TESSARO_ALL)
         {
-            return eResultNotSupported; // channels of the decoder's own can't be bound
+            const auto dwChannel = static_cast<uint32_t>(pdwChannels[i]);
+            if (const int nResult = m_tLogin.Part<CProfiles>().Channel(dwChannel, pChannel))
+            {
+                return nResult;
+            }
         }
         tagDecoderWindow& t = atWanted.emplace_back();
         t.dwChannel = dwScreen * eWindowsOfScreen + i;
@@ -390,7 +396,15 @@ int CWall::Split(uint32_t dwScreen, uint32_t dwMode, unsigned long const* pdwCha
             Bind(atScreens[dwScreen].strToken, t, {});
         }
     }
-    return WriteScreen(atScreens[dwScreen], dwScreen, nScreens, atBefore, atWanted);
+    int nResult = WriteScreen(atScreens[dwScreen], dwScreen, nScreens, atBefore, atWanted);
+    for (uint32_t i = 0; pdwChannels && i < atCells.size() && nResult == eResultOk; ++i)
+    {
+        if (pdwChannels[i] != TESSARO_ALL)
+        {
+            nResult = Show(atWanted[i].dwChannel, static_cast<uint32_t>(pdwChannels[i]));
+        }
+    }
+    return nResult;
 }
 
 int CWall::Signal(uint32_t dwScreen, tagDecoderVideoStandardConfig* ptSignal)

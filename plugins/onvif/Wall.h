@@ -62,8 +62,15 @@ public:
     int Status(tagDecoderChannelStatus* ptStatus);
     /// The window of each receiver that one is bound to.
     void Number(tagPlaces::Numbers& tWindows);
+    void Forget() override;
 
 private:
+    /// One of the decoder's own streams.
+    struct tagOwn
+    {
+        uint32_t dwChannel = 0;
+        uint32_t dwStreamKind = 0;
+    };
     /// What waits of the HTTP thread's look at too.
     struct tagShared
     {
@@ -72,6 +79,7 @@ private:
         /// What a window that shows something for now is bound to, and the run of that.
         std::map<uint32_t, std::pair<tagReceiver, uint32_t>> tBound;
         uint32_t dwRun = 0;
+        std::map<std::string, tagOwn> tOwn; ///< by their addresses; empty: not asked
     };
 
     int Screens(std::vector<tagScreen>& atScreens);
@@ -84,6 +92,12 @@ private:
     int Write(std::string const& strScreen, tagPane const& tPane);
     int Receiver(std::string const& strToken, tagReceiver& t);
     int Bind(std::string const& strScreen, tagPane& tPane, tagReceiver const& t);
+    int Show(uint32_t dwWindow, uint32_t dwChannel);
+    int AskOwn();
+    /// As ReceiverOf and SourceOf, which know addresses alone; channels of the decoder's own too.
+    int ReceiverFor(tagPane const& tPane, std::size_t nScreens, tagDecoderSource const& t,
+                    tagDecoderSource const& tBefore, tagReceiver& tReceiver);
+    tagDecoderSource SourceFor(tagReceiver const& tReceiver);
     static onvif::tagRequest Configure(std::string const& strToken, tagReceiver const& t);
     static rtsp::CTask<> RestoreLater(std::shared_ptr<onvif::CClient> pClient, std::shared_ptr<tagShared> pShared,
                                       std::string strReceiver, uint32_t dwWindow, uint32_t dwRun,

@@ -92,7 +92,7 @@ int CWall::Window(uint32_t dwWindow, tagDecoderChannelConfig* ptConfig)
     t.dwSize = sizeof t;
     t.bAudio = tPane.strAudioOutput.empty() ? 0 : 1;
     plugin::CopyText(t.szName, tPane.strName);
-    t.tSource = SourceOf(tReceiver);
+    t.tSource = SourceFor(tReceiver);
     std::ranges::fill(t.tSource.szPassword, '\0');
     return WriteRecord(ptConfig, t);
 }
@@ -123,7 +123,7 @@ int CWall::SetWindow(uint32_t dwWindow, tagDecoderChannelConfig const* ptConfig)
         return nRefused;
     }
     tagReceiver tReceiver;
-    if (const int nRefused = ReceiverOf(t.tSource, tOld.tSource, tReceiver))
+    if (const int nRefused = ReceiverFor(tPane, atScreens.size(), t.tSource, tOld.tSource, tReceiver))
     {
         return nRefused;
     }
@@ -148,8 +148,8 @@ int CWall::Connect(uint32_t dwWindow, tagDecoderDynamicInformation const* ptSour
     tagReceiver tReceiver;
     tagDecoderDynamicInformation t{};
     int nResult = ReadRecord(t, ptSource);
-    nResult = nResult ? nResult : ReceiverOf(t.tSource, {}, tReceiver);
     nResult = nResult ? nResult : Find(dwWindow, atScreens, tPane);
+    nResult = nResult ? nResult : ReceiverFor(tPane, atScreens.size(), t.tSource, {}, tReceiver);
     nResult = nResult ? nResult : Receiver(tPane.strReceiver, tBefore);
     nResult = nResult ? nResult : Bind(atScreens[tPane.iScreen].strToken, tPane, tReceiver);
     if (nResult != eResultOk)
@@ -267,8 +267,9 @@ int CWall::Status(tagDecoderChannelStatus* ptStatus)
         const CAnswer tAnswer = m_tLogin.Call(
             {eService::Receiver, "GetReceiverState", CXmlWriter().Add("trv:ReceiverToken", tPane.strReceiver).Take()});
         t.dwState = WindowStateOf(onvif::Text(tAnswer.Body(), "ReceiverState/State"));
-        const tagDecoderSource tSource = SourceOf(tReceiver);
+        const tagDecoderSource tSource = SourceFor(tReceiver);
         t.dwKind = tSource.dwKind;
+        t.dwSourceChannel = tSource.dwChannel;
         plugin::CopyText(t.szAddress, plugin::Text(tSource.szAddress));
         const std::lock_guard tLock(m_pShared->tMutex);
         t.dwShows = m_pShared->tBound.contains(tPane.dwWindow) ? 2 : 4;

@@ -106,12 +106,18 @@ int ReceiverOf(tagDecoderSource const& t, tagDecoderSource const& tBefore, tagRe
         return eResultBadArgument;
     }
     tReceiver.bOn = true;
-    tReceiver.strUri = strAddress;
-    if (!strUser.empty())
-    {
-        tReceiver.strUri.insert(nHost + 3, Escaped(strUser) + ':' + Escaped(strPassword) + '@');
-    }
+    tReceiver.strUri = WithLogin(strAddress, strUser, strPassword);
     return eResultOk;
+}
+
+std::string WithLogin(std::string strUrl, std::string const& strUser, std::string const& strPassword)
+{
+    const std::size_t nHost = strUrl.find("://");
+    if (!strUser.empty() && nHost != std::string::npos)
+    {
+        strUrl.insert(nHost + 3, Escaped(strUser) + ':' + Escaped(strPassword) + '@');
+    }
+    return strUrl;
 }
 
 int CheckLooks(tagDecoderChannelConfig const& t, tagDecoderChannelConfig const& tBefore)

@@ -91,10 +91,11 @@ protected:
         }
         API(Stop)();
     }
-    int Login(int& nLogin, unsigned uPort, char const* szUser = "admin", char const* szPassword = "admin")
+    int Login(int& nLogin, unsigned uPort, char const* szUser = "admin", char const* szPassword = "admin",
+              char const* szAddress = "127.0.0.1")
     {
         tagUserLoginPara tPara{};
-        strcpy(tPara.szAddress, "127.0.0.1");
+        strcpy(tPara.szAddress, szAddress);
         tPara.dwPort = uPort;
         strcpy(tPara.szUserName, szUser);
         strcpy(tPara.szPassword, szPassword);

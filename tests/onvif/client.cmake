@@ -4,7 +4,9 @@ target_link_libraries(onvif_words_test PRIVATE tessaro_onvif)
 use_googletest(onvif_words_test)
 add_test(NAME onvif_words_test COMMAND onvif_words_test)
 add_executable(onvif_parts_test ${CMAKE_CURRENT_LIST_DIR}/parts_test.cpp ${PROJECT_SOURCE_DIR}/plugins/onvif/Edit.cpp
-                                ${PROJECT_SOURCE_DIR}/plugins/onvif/Numbers.cpp)
+                                ${PROJECT_SOURCE_DIR}/plugins/onvif/MotionCells.cpp
+                                ${PROJECT_SOURCE_DIR}/plugins/onvif/Numbers.cpp
+                                ${PROJECT_SOURCE_DIR}/plugins/onvif/SyncClock.cpp)
 target_link_libraries(onvif_parts_test PRIVATE tessaro_onvif)
 use_googletest(onvif_parts_test)
 add_test(NAME onvif_parts_test COMMAND onvif_parts_test)

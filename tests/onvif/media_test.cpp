@@ -73,6 +73,24 @@ TEST_F(COnvifTest, Settings)
     fnChange(eConfigVideoEncoder, tagConfigVideoEncoder{}, &tagConfigVideoEncoder::dwBitRate, 1024);
     fnChange(eConfigClock, tagConfigClock{}, &tagConfigClock::dwMode, eClockNtp);
     fnChange(eConfigAlarmOutput, tagConfigAlarmOutput{}, &tagConfigAlarmOutput::dwPulseMs, 2000);
+    fnChange(eConfigSchedule, tagConfigSchedule{}, &tagConfigSchedule::dwKeepDays, 30);
+    fnChange(eConfigSchedule, tagConfigSchedule{}, &tagConfigSchedule::bEnabled, 1);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::dwSensitivity, 70);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::dwHoldSeconds, 9);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::dwThreshold, 25);
+    auto tSchedule = Read<tagConfigSchedule>(eConfigSchedule);
+    tSchedule.dwBeforeSeconds = 5; // a job knows nothing of it
+    EXPECT_EQ(Write(eConfigSchedule, tSchedule), eResultNotSupported);
+    auto tMotion = Read<tagConfigMotion>(eConfigMotion);
+    ASSERT_TRUE(tMotion.dwColumns == 22 && tMotion.dwRows == 18 && tMotion.abyCells[0] == 0xFF);
+    std::memset(tMotion.abyCells, 0, sizeof tMotion.abyCells);
+    tMotion.abyCells[0] = 0x05; // the first and the third
+    tMotion.abyCells[49] = 0x08;
+    EXPECT_EQ(Write(eConfigMotion, tMotion), 0);
+    EXPECT_EQ(std::memcmp(Read<tagConfigMotion>(eConfigMotion).abyCells, tMotion.abyCells, sizeof tMotion.abyCells), 0);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::bEnabled, 0);
+    fnChange(eConfigMotion, tagConfigMotion{}, &tagConfigMotion::bEnabled, 1);
+    EXPECT_EQ(Read<tagConfigMotion>(eConfigMotion).abyCells[7], 0xFF); // which it had watched nobody kept
     auto tIdentity = Read<tagConfigIdentity>(eConfigIdentity);
     strcpy(tIdentity.szName, "Gate");
     EXPECT_EQ(Write(eConfigIdentity, tIdentity), 0);
@@ -91,6 +109,9 @@ TEST_F(COnvifTest, Settings)
     WORKS(GetConfigV2, m_nLogin, ptBlock.get());
     int nGuard = -1;
     EXPECT_EQ(Login(nGuard, m_pTool->Port(), "guard", "secret"), 0);
+    int nLevel = -1;
+    WORKS(GetLoginLevel, nGuard, &nLevel);
+    EXPECT_EQ(nLevel, eUserOperator);
     WORKS(UserLogout, nGuard);
     EXPECT_NE(Read<tagConfigNetwork>(eConfigNetwork).szMac[0], '\0');
     auto tOverlay = Read<tagConfigOverlay>(eConfigOverlay);
@@ -137,6 +158,13 @@ TEST_F(COnvifTest, Movement)
     EXPECT_EQ(fnDo(ePTZStop), 0);
     EXPECT_EQ(fnDo(ePTZAbsolute, 500, -300, 1000), 0);
     EXPECT_TRUE(fnArrive().nPan == 500 && tAt.nTilt == -300 && tAt.nZoom == 1000) << tAt.nPan << ' ' << tAt.nTilt;
+    auto tExposure = Sized<tagCameraExposure>();
+    for (const auto& [nSpeed, dwWanted] : {std::pair{-10000, 0U}, {5000, 5000U}, {10000, 10000U}})
+    {
+        EXPECT_EQ(fnDo(ePTZIris, nSpeed), 0); // for 5 s, from one end to the other
+        WORKS(GetIpcPara, m_nLogin, 0, eCameraExposure, &tExposure, sizeof tExposure);
+        EXPECT_TRUE(tExposure.dwMode == eModeManual && tExposure.dwIris == dwWanted) << tExposure.dwIris;
+    }
     static char s_szName[] = "Gate";
     EXPECT_EQ(fnDo(ePTZPresetSet, 3, reinterpret_cast<long>(s_szName)), 0);
     EXPECT_EQ(fnDo(ePTZRelative, -200), 0);

@@ -1,10 +1,14 @@
 // What the plug-in makes of a device's parts where no device is needed to see it: by tables.
 
 #include "plugins/onvif/Edit.h"
+#include "plugins/onvif/MotionCells.h"
 #include "plugins/onvif/Numbers.h"
+#include "plugins/onvif/SyncClock.h"
 
 #include "onvif/Xml.h"
 
+#include <chrono>
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace onvifclient;
@@ -62,4 +66,81 @@ TEST(OnvifParts, WhatIsSentBackKeepsWhatNobodyKnows)
     tTour.Set("AutoStart", "false");
     EXPECT_EQ(tTour.As("t"), "<t><tt:Status><tt:State>Idle</tt:State></tt:Status><tt:AutoStart>false</tt:AutoStart>"
                              "<tt:TourSpot><tt:StayTime>PT1S</tt:StayTime></tt:TourSpot></t>");
+}
+
+TEST(OnvifParts, CellsOfMotion)
+{
+    struct tagRow
+    {
+        char const* szText;
+        std::size_t nCells;
+        bool bGood;
+        std::vector<unsigned char> abyWanted; // the first ones; 0 behind them
+    };
+    for (tagRow const& t : {tagRow{"zwA=", 396, true, {0}}, // the standard's example: none of 22 by 18
+                            {"AaCA", 16, true, {0x05, 0x01}},
+                            {"AYCA", 12, true, {0x01, 0x01}},
+                            {"gA==", 16, true, {0}},
+                            {"", 8, true, {0}},
+                            {"zw==", 396, false, {}}, // a run of nothing
+                            {"f/8=", 396, false, {}},
+                            {"#", 8, false, {}}})
+    {
+        std::vector<unsigned char> abyCells((t.nCells + 7) / 8, 0xAA);
+        auto abyWanted = t.abyWanted;
+        abyWanted.resize(abyCells.size());
+        EXPECT_EQ(TakeCells(t.szText, abyCells), t.bGood) << t.szText;
+        EXPECT_TRUE(!t.bGood || abyCells == abyWanted) << t.szText;
+    }
+    for (std::size_t nCells : {1, 12, 396, 4096})
+    {
+        for (const std::size_t nEvery : {1, 2, 3, 30, 5000})
+        {
+            std::vector<unsigned char> abyCells((nCells + 7) / 8);
+            for (std::size_t i = 0; i < nCells; i += nEvery)
+            {
+                abyCells[i / 8] = static_cast<unsigned char>(abyCells[i / 8] | 1 << i % 8);
+            }
+            auto abyBack = abyCells;
+            EXPECT_TRUE(TakeCells(CellsText(abyCells, nCells), abyBack) && abyBack == abyCells) << nCells << nEvery;
+        }
+    }
+}
+
+TEST(OnvifParts, PlaybacksInStepGoByOneClock)
+{
+    CSyncClock tClock;
+    int nOne = 0;
+    int nOther = 0;
+    bool bOthers = false;
+    const auto fnDue = [&](int& nMember, double dRecorded, double dNow, double dScale = 1)
+    {
+        using std::chrono::microseconds;
+        const CSyncClock::Time tNow{microseconds(std::llround(dNow * 1e6))};
+        bOthers = false;
+        const auto tDue = tClock.Due(&nMember, std::llround(dRecorded * 1e6), dScale, tNow, bOthers);
+        return std::round(std::chrono::duration<double>(tDue.time_since_epoch()).count() * 1000) / 1000;
+    };
+    tClock.Join(&nOne);
+    EXPECT_EQ(fnDue(nOne, 50, 10), 10) << "alone, the device's pace counts";
+    tClock.Join(&nOther);
+    EXPECT_EQ(fnDue(nOne, 50, 10), 13) << "it waits for the other one, but not for ever";
+    EXPECT_EQ(fnDue(nOther, 49.5, 11), 11.1) << "the earliest begins";
+    EXPECT_TRUE(bOthers);
+    EXPECT_EQ(fnDue(nOne, 50, 11), 11.6);
+    EXPECT_EQ(fnDue(nOther, 49.58, 11.1), 11.18);
+    EXPECT_EQ(fnDue(nOther, 49.54, 11.12), 11.12) << "sent in another order than it is shown in";
+    EXPECT_EQ(fnDue(nOther, 49.62, 11.52), 11.52) << "it is late";
+    EXPECT_EQ(fnDue(nOne, 50, 11.52), 11.9) << "so all wait";
+    EXPECT_EQ(fnDue(nOne, 100, 12), 61.9) << "a gap of its own";
+    EXPECT_EQ(fnDue(nOther, 101, 12), 13) << "a gap that both have";
+    EXPECT_TRUE(bOthers);
+    EXPECT_EQ(fnDue(nOne, 100, 12), 12);
+    tClock.Restart();
+    tClock.Forget(&nOne);
+    tClock.Forget(&nOther);
+    fnDue(nOne, 30, 20, -2);
+    EXPECT_EQ(fnDue(nOther, 28, 20, -2), 21.1) << "backwards, twice as fast";
+    tClock.Leave(&nOne);
+    EXPECT_EQ(fnDue(nOther, 20, 20, -2), 20);
 }

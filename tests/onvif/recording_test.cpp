@@ -9,10 +9,10 @@ namespace
 class COnvifRecordings : public COnvifTest
 {
 protected:
-    auto Recordings(uint32_t dwChannel = 0)
+    auto Recordings(uint32_t dwType = 0)
     {
         auto tFactor = Sized<tagHistoryStreamQueryFactor>();
-        tFactor.dwChannel = dwChannel;
+        tFactor.dwType = dwType;
         std::vector<tagHistoryStreamQueryResult> atFound;
         auto tResult = Sized<tagHistoryStreamQueryResult>();
         int nQuery = -1;
@@ -73,25 +73,90 @@ TEST_F(COnvifRecordings, ArePlayed)
     WORKS(HistoryStreamDestroy, nPlayback);
 }
 
+namespace
+{
+// How far two playbacks are apart at each picture of either, and what each has for its callback.
+struct tagInStep
+{
+    struct tagOne
+    {
+        tagInStep* ptBoth;
+        int64_t llAtUs;
+    };
+    std::mutex tMutex;
+    tagOne atOnes[2] = {{this, 0}, {this, 0}};
+    std::vector<int64_t> allApartUs;
+
+    std::size_t Count()
+    {
+        const std::lock_guard tLock(tMutex);
+        return allApartUs.size();
+    }
+    void Forget()
+    {
+        const std::lock_guard tLock(tMutex);
+        allApartUs.clear();
+    }
+    // Of the smaller of two in a row, since one of them always has its picture first.
+    int64_t Median()
+    {
+        const std::lock_guard tLock(tMutex);
+        std::vector<int64_t> allUs;
+        for (std::size_t i = 1; i < allApartUs.size(); ++i)
+        {
+            allUs.push_back(std::min(allApartUs[i - 1], allApartUs[i]));
+        }
+        std::ranges::sort(allUs);
+        return allUs.at(allUs.size() / 2);
+    }
+};
+
+int OnInStep(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
+{
+    auto& t = Target<tagInStep::tagOne>(dwUser);
+    tagInStep& tBoth = *t.ptBoth;
+    const std::lock_guard tLock(tBoth.tMutex);
+    if (ptFrame->dwMediaType == eMediaVideo && ptFrame->dwLength != 0)
+    {
+        t.llAtUs = ptFrame->llWallClockUs;
+        tBoth.allApartUs.push_back(std::abs(tBoth.atOnes[0].llAtUs - tBoth.atOnes[1].llAtUs));
+    }
+    return 0;
+}
+} // namespace
+
 TEST_F(COnvifRecordings, PlayInStep)
 {
     Device();
     const auto atAll = Recordings();
     ASSERT_FALSE(atAll.empty());
-    Frames tOther;
     const int nFirst = Play(m_tFrames, atAll[0].llStartUs, atAll[0].llEndUs);
+    m_tFrames.Await(&tagSeen::IsVideo);
     auto tPara = Sized<tagHistoryStreamMultiTypePara>();
     tPara.dwChannel = 1;
     tPara.llStartUs = atAll[0].llStartUs;
     int nSecond = -1;
+    tagInStep tBoth;
     WORKS(HistoryStreamMultiTypeCreate, &nSecond, m_nLogin, &tPara, 0);
-    auto tTime = Sized<tagTimeInfo>();
-    tTime.llTimeUs = atAll[0].llStartUs + 30 * g_llSecond;
-    WORKS(HistoryStreamPosition, nSecond, eOperationSet, &tTime);
     WORKS(HistoryStreamSync, nSecond, nFirst);
-    WORKS(HistoryStreamCB, nSecond, OnFrame, User(tOther));
-    const int64_t llUs = m_tFrames.Await(&tagSeen::IsVideo).llWallClockUs;
-    EXPECT_NEAR(static_cast<double>(tOther.Await(&tagSeen::IsVideo).llWallClockUs - llUs) / 1e6, 0, 10);
+    WORKS(HistoryStreamCB, nFirst, OnInStep, User(tBoth.atOnes[0]));
+    WORKS(HistoryStreamCB, nSecond, OnInStep, User(tBoth.atOnes[1]));
+    // From where the first one is; then at another speed, from somewhere between two key frames.
+    for (const uint32_t dwTimes : {1U, 2U})
+    {
+        auto tTime = Sized<tagTimeInfo>();
+        tTime.llTimeUs = atAll[0].llStartUs + 20500000;
+        if (dwTimes != 1)
+        {
+            WORKS(HistoryStreamSetSpeed, nFirst, dwTimes * eSpeedNormal);
+            WORKS(HistoryStreamPosition, nFirst, eOperationSet, &tTime);
+        }
+        tBoth.Forget();
+        EXPECT_TRUE(Comes([&] { return tBoth.Count() > 20; })); // until both have begun
+        tBoth.Forget();
+        EXPECT_TRUE(Comes([&] { return tBoth.Count() > 100; }));
+        EXPECT_LT(tBoth.Median(), 40000) << "at " << dwTimes << " times the speed";
+    }
     WORKS(HistoryStreamUnSync, nSecond, nFirst);
     WORKS(HistoryStreamDestroy, nSecond);
     WORKS(HistoryStreamDestroy, nFirst);
@@ -142,6 +207,14 @@ TEST_F(COnvifRecordings, QueriesAndLogs)
     }
     WORKS(HistoryStreamQueryDisconnect, nQuery);
     EXPECT_EQ(dwChannels, 3);
+    // Why something was recorded, events tell: one in four for each.
+    const std::size_t nAll = Recordings().size();
+    for (const uint32_t dwType : {eHistoryMotion, eHistoryAlarm})
+    {
+        const auto atOfType = Recordings(dwType);
+        EXPECT_NEAR(static_cast<double>(atOfType.size()), static_cast<double>(nAll) / 4, 1) << dwType;
+        EXPECT_TRUE(std::ranges::all_of(atOfType, [&](auto const& t) { return t.dwType == dwType; }));
+    }
     int nStream = -1;
     ASSERT_EQ(Open(nStream), 0);
     auto tFiles = Sized<tagFileQueryFactor>();
@@ -165,7 +238,13 @@ TEST_F(COnvifRecordings, Walls)
     tagListed<tagDecoderDeviceConfig, tagDecoderWindow> tWall;
     WORKS(DecoderGetConfig, m_nLogin, &tWall);
     EXPECT_EQ(tWall.dwScreens, 4);
-    WORKS(SetScreenSplitMode, m_nLogin, 1, eSplit4, nullptr);
+    unsigned long adwChannels[] = {TESSARO_ALL, 2, TESSARO_ALL, 9};
+    ANSWERS(eResultNoChannel, SetScreenSplitMode, m_nLogin, 1, eSplit4, adwChannels);
+    adwChannels[3] = 0;
+    WORKS(SetScreenSplitMode, m_nLogin, 1, eSplit4, adwChannels);
+    auto tWindow = Sized<tagDecoderChannelConfig>();
+    WORKS(DecoderGetChannelConfig, m_nLogin, eWindowsOfScreen + 1, &tWindow);
+    EXPECT_TRUE(tWindow.tSource.dwKind == eDecoderSourceChannel && tWindow.tSource.dwChannel == 2);
     WORKS(DecoderGetConfig, m_nLogin, &tWall);
     EXPECT_EQ(std::ranges::count_if(tWall.at, [](auto const& t) { return t.dwChannel / eWindowsOfScreen == 1; }), 4);
     tWall.dwCount = 1;
@@ -174,7 +253,7 @@ TEST_F(COnvifRecordings, Walls)
     WORKS(DecoderGetConfig, m_nLogin, &tWall);
     EXPECT_TRUE(tWall.dwCount == 1 && tWall.at[0].dwChannel == 7);
     // A window with a source by its address; another one for now; back.
-    auto tWindow = Sized<tagDecoderChannelConfig>();
+    tWindow.tSource = {};
     tWindow.tSource.dwKind = eDecoderSourceAddress;
     strcpy(tWindow.tSource.szAddress, "rtsp://192.0.2.10/live");
     WORKS(DecoderSetChannelConfig, m_nLogin, 7, &tWindow);

@@ -24,7 +24,8 @@ constexpr tagCapabilities g_atCapabilities[] = {
     {eService::Media, "StreamingCapabilities", "RTPMulticast=false RTP_TCP=true RTP_RTSP_TCP=true"},
     {eService::Media2, "Capabilities", "SnapshotUri=true Rotation=false OSD=true Mask=true"},
     {eService::Media2, "ProfileCapabilities",
-     "MaximumNumberOfProfiles=128 ConfigurationsSupported=VideoSource,VideoEncoder,AudioSource,AudioEncoder,PTZ"},
+     "MaximumNumberOfProfiles=128 "
+     "ConfigurationsSupported=VideoSource,VideoEncoder,AudioSource,AudioEncoder,Analytics,PTZ"},
     {eService::Media2, "StreamingCapabilities", "RTSPStreaming=true RTPMulticast=false RTP_RTSP_TCP=true"},
     {eService::Ptz, "Capabilities", "EFlip=false Reverse=false MoveStatus=true StatusPosition=true"},
     {eService::Imaging, "Capabilities", "ImageStabilization=false"},
@@ -40,6 +41,7 @@ constexpr tagCapabilities g_atCapabilities[] = {
     {eService::Receiver, "Capabilities",
      "RTP_Multicast=false RTP_TCP=true RTP_RTSP_TCP=true SupportedReceivers=64 MaximumRTSPURILength=256"},
     {eService::Display, "Capabilities", "FixedLayout=false"},
+    {eService::Analytics, "Capabilities", "RuleSupport=true AnalyticsModuleSupport=true"},
 };
 } // namespace
 

@@ -130,6 +130,7 @@ struct tagOldCapability
     char const* szFlags;    // elements and their values
 };
 constexpr tagOldCapability g_atOldCapabilities[] = {
+    {eService::Analytics, false, "Analytics", "Analytics", "RuleSupport=true AnalyticsModuleSupport=true"},
     {eService::Device, false, "Device", "Device", ""},
     {eService::Events, false, "Events", "Events",
      "WSSubscriptionPolicySupport=true WSPullPointSupport=true WSPausableSubscriptionManagerInterfaceSupport=false"},

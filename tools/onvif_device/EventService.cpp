@@ -2,6 +2,7 @@
 
 #include "tools/onvif_device/Call.h"
 #include "tools/onvif_device/Exchange.h"
+#include "tools/onvif_device/TopicFilter.h"
 
 #include "plugins/device/Worker.h"
 
@@ -13,8 +14,6 @@ constexpr int64_t g_llUsualUs = 60000000;
 constexpr int64_t g_llLongestUs = 3600000000;
 constexpr int64_t g_llLongestPullUs = 60000000;
 constexpr std::string_view g_strPath = "/onvif/subscription/";
-constexpr char const* g_szTopicDialects[] = {"http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet",
-                                             "http://docs.oasis-open.org/wsn/t-1/TopicExpression/Concrete"};
 
 [[noreturn]] void FailGone()
 {
@@ -66,41 +65,13 @@ std::string AddressOf(CCall& tCall, std::string const& strId)
                                      : tCall.Address(std::string(g_strPath) + strId);
 }
 
-// The filter's topics, with the prefixes of Names.h.
-std::string TopicsOf(CCall& tCall)
-{
-    const pugi::xml_node tTopics = tCall.At({"Filter", "TopicExpression"});
-    const std::string strDialect = tTopics.attribute("Dialect").value();
-    if (tTopics && std::ranges::find(g_szTopicDialects, strDialect, [](char const* sz) { return std::string(sz); }) ==
-                       std::end(g_szTopicDialects))
-    {
-        throw CFault(eBlame::Sender, "wsnt:TopicExpressionDialectUnknownFault", {}, strDialect + " isn't understood");
-    }
-    std::string strTopics = TextOf(tTopics);
-    for (std::size_t nColon = strTopics.find(':'); nColon != std::string::npos;
-         nColon = strTopics.find(':', nColon + 1))
-    {
-        const std::size_t nBegin = strTopics.find_last_of("|/ ", nColon);
-        const std::size_t nPrefix = nBegin == std::string::npos ? 0 : nBegin + 1;
-        const std::string strUri = ResolvePrefix(tTopics, strTopics.substr(nPrefix, nColon - nPrefix));
-        auto const* const pt =
-            std::ranges::find(g_atNamespaces, strUri, [](tagNamespace const& t) { return std::string(t.szUri); });
-        if (pt == std::end(g_atNamespaces))
-        {
-            throw CFault(eBlame::Sender, "wsnt:InvalidTopicExpressionFault", {}, "a prefix stands for nothing");
-        }
-        strTopics.replace(nPrefix, nColon - nPrefix, pt->szPrefix);
-        nColon = nPrefix + std::string_view(pt->szPrefix).size();
-    }
-    return strTopics;
-}
-
 void Open(CCall& tCall, std::string const& strConsumer)
 {
     CXml& tXml = tCall.Xml();
     const int64_t llEndUs = EndAt(tCall, {"InitialTerminationTime"});
-    const std::string strId = tCall.Face().Subscriptions().Add(
-        TopicsOf(tCall), strConsumer, llEndUs, static_cast<std::size_t>(tCall.Quirks().llMaxPullPoints));
+    const std::string strId =
+        tCall.Face().Subscriptions().Add(TopicsOf(tCall.At({"Filter", "TopicExpression"})), strConsumer, llEndUs,
+                                         static_cast<std::size_t>(tCall.Quirks().llMaxPullPoints));
     if (strId.empty())
     {
         throw CFault(eBlame::Receiver, "ter:Action", "ter:MaxPullPoints", "there are too many pull points already");
@@ -186,7 +157,7 @@ void GetEventProperties(CCall& tCall)
     tXml.Put("tev:TopicNamespaceLocation", "http://www.onvif.org/onvif/ver10/topics/topicns.xml");
     tXml.Put("wsnt:FixedTopicSet", true);
     tXml.In("wstop:TopicSet", [&] { WriteTopicSet(tXml); });
-    for (char const* const szDialect : g_szTopicDialects)
+    for (char const* const szDialect : g_aszTopicDialects)
     {
         tXml.Put("wsnt:TopicExpressionDialect", szDialect);
     }

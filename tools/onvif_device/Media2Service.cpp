@@ -1,5 +1,6 @@
 // The second media service: H.264 and H.265.
 
+#include "tools/onvif_device/AnalyticsService.h"
 #include "tools/onvif_device/Masks.h"
 #include "tools/onvif_device/MediaParts.h"
 #include "tools/onvif_device/Osd.h"
@@ -102,11 +103,17 @@ bool Turns(CCall& tCall, tagStreamKey const& t)
     return Moves(tCall, t.dwChannel);
 }
 
+bool Detects(CCall& tCall, tagStreamKey const&)
+{
+    return !IsWithout(tCall.Quirks(), "analytics");
+}
+
 constexpr tagPart g_atParts[] = {
     {"VideoSource", Always, Always, OfChannel<WriteVideoSourceConfiguration>},
     {"AudioSource", Sounds, Sounds, OfChannel<WriteAudioSourceConfiguration>},
     {"VideoEncoder", Always, Encodes<false>, WriteVideoEncoder},
     {"AudioEncoder", Sounds, Encodes<true>, WriteAudioEncoder},
+    {"Analytics", Detects, Detects, OfChannel<WriteAnalyticsConfiguration>},
     {"PTZ", Turns, Turns, OfChannel<WritePtzConfiguration>},
     {"Metadata", Always, Always, OfChannel<WriteMetadataConfiguration>},
     {"AudioOutput", Always, Always, OfDevice<WriteAudioOutputConfiguration>},
@@ -350,9 +357,9 @@ constexpr tagAction g_atActions[] = {
     {"GetAudioSourceConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<1>},
     {"GetVideoEncoderConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<2>},
     {"GetAudioEncoderConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<3>},
-    {"GetMetadataConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<5>},
-    {"GetAudioOutputConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<6>},
-    {"GetAudioDecoderConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<7>},
+    {"GetMetadataConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<6>},
+    {"GetAudioOutputConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<7>},
+    {"GetAudioDecoderConfigurations", eUserViewer, ONVIF_WHICH, GetConfigurations<8>},
     {"SetVideoEncoderConfiguration", eUserAdministrator,
      "Configuration[token]{Name UseCount Encoding Resolution{Width Height} "
      "RateControl{FrameRateLimit BitrateLimit}? " ONVIF_MULTICAST "? Quality ...}",

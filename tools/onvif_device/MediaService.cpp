@@ -1,5 +1,6 @@
 // The first media service: profiles, sources, streams.
 
+#include "tools/onvif_device/AnalyticsService.h"
 #include "tools/onvif_device/MediaEncoders.h"
 #include "tools/onvif_device/MediaParts.h"
 #include "tools/onvif_device/Osd.h"
@@ -30,6 +31,10 @@ void WriteProfile(CCall& tCall, char const* szElement, tagStreamKey const& tKey)
                 if (IsEncoding(tCall, tKey, true))
                 {
                     WriteAudioEncoder(tCall, "tt:AudioEncoderConfiguration", tKey);
+                }
+                if (!IsWithout(tCall.Quirks(), "analytics"))
+                {
+                    WriteAnalyticsConfiguration(tCall, "tt:VideoAnalyticsConfiguration", tKey.dwChannel);
                 }
                 if (Moves(tCall, tKey.dwChannel))
                 {

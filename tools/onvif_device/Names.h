@@ -37,6 +37,7 @@ inline constexpr tagNamespace g_atNamespaces[] = {
     {"trp", "http://www.onvif.org/ver10/replay/wsdl"},
     {"trv", "http://www.onvif.org/ver10/receiver/wsdl"},
     {"tls", "http://www.onvif.org/ver10/display/wsdl"},
+    {"tan", "http://www.onvif.org/ver20/analytics/wsdl"},
     {"tt", "http://www.onvif.org/ver10/schema"},
     {"ter", "http://www.onvif.org/ver10/error"},
     {"tns1", "http://www.onvif.org/ver10/topics"},

@@ -21,6 +21,7 @@ const tagRow g_atRows[] = {
     {"auth", &tagQuirks::strAuth, "any wsse digest both none"},
     {"digest", &tagQuirks::strDigest, "md5 sha256"},
     {"window", &tagQuirks::llWindow, nullptr},
+    {"reuse_nonces", &tagQuirks::bReuseNonces, nullptr},
     {"host", &tagQuirks::strHost, nullptr},
     {"rtsp_host", &tagQuirks::strRtspHost, nullptr},
     {"odd_paths", &tagQuirks::bOddPaths, nullptr},

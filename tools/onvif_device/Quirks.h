@@ -13,6 +13,7 @@ struct tagQuirks
     std::string strAuth = "any";   ///< any: token or HTTP digest; wsse; digest; both: both at once; none
     std::string strDigest = "md5"; ///< md5, sha256
     int64_t llWindow = 5;          ///< seconds that a token's Created may differ from the device's clock
+    bool bReuseNonces = false;     ///< a token may come twice
     // what addresses say
     std::string strHost;        ///< host, or host:port, of all addresses that it announces; empty: as it was asked
     std::string strRtspHost;    ///< the same of stream addresses

@@ -2,6 +2,7 @@
 
 #include "tools/onvif_device/RecordingParts.h"
 #include "tools/onvif_device/Searches.h"
+#include "tools/onvif_device/TopicFilter.h"
 
 namespace onvif_device
 {
@@ -154,32 +155,66 @@ void GetRecordingSearchResults(CCall& tCall)
                { WriteRecordingInformation(tCall, "tt:RecordingInformation", t.dwChannel); });
 }
 
-// Where data begins and ends, between two times; backwards when the second is the earlier one.
-void FindEvents(CCall& tCall)
+// What can be found: data, and what it was recorded for.
+struct tagFoundTopic
+{
+    char const* szTopic;
+    uint32_t dwType; // of what the device calls a recording; 0: any
+    char const* szSource;
+    char const* szToken; // kind of that token
+    char const* szData;
+};
+constexpr tagFoundTopic g_atTopics[] = {
+    {"tns1:RecordingHistory/Track/State", 0, "RecordingToken", "Recording", "IsDataPresent"},
+    {"tns1:RuleEngine/CellMotionDetector/Motion", eHistoryMotion, "VideoSourceConfigurationToken", "VideoSourceConfig",
+     "IsMotion"},
+    {"tns1:Device/Trigger/DigitalInput", eHistoryAlarm, "InputToken", "Input", "LogicalState"},
+};
+
+// Where one of these begins and ends in a channel's recordings, between two times; the second may be the earlier one.
+void FindTopic(CCall& tCall, std::size_t nTopic, uint32_t dwChannel, Results& atResults)
 {
     const int64_t llStartUs = tCall.TimeUs({"StartPoint"}, 0);
     const int64_t llEndUs = tCall.TimeUs({"EndPoint"}, INT64_MAX);
     const int64_t llFromUs = std::min(llStartUs, llEndUs);
     const int64_t llToUs = std::max(llStartUs, llEndUs);
+    bool bData = false;
+    for (device::tagRecording const& t : StretchesOf(tCall, dwChannel))
+    {
+        if (g_atTopics[nTopic].dwType != 0 && g_atTopics[nTopic].dwType != t.dwType)
+        {
+            continue;
+        }
+        bData = bData || (t.llStartUs <= llStartUs && (t.llEndUs > llStartUs || t.bRecording));
+        if (t.llStartUs >= llFromUs && t.llStartUs < llToUs)
+        {
+            atResults.push_back({dwChannel, t.llStartUs, true, false, nTopic});
+        }
+        if (!t.bRecording && t.llEndUs >= llFromUs && t.llEndUs < llToUs)
+        {
+            atResults.push_back({dwChannel, t.llEndUs, false, false, nTopic});
+        }
+    }
+    if (tCall.Flag({"IncludeStartState"}))
+    {
+        atResults.push_back({dwChannel, llStartUs, bData, true, nTopic});
+    }
+}
+
+void FindEvents(CCall& tCall)
+{
+    const int64_t llStartUs = tCall.TimeUs({"StartPoint"}, 0);
+    const int64_t llEndUs = tCall.TimeUs({"EndPoint"}, INT64_MAX);
+    const std::string strFilter = TopicsOf(tCall.At({"SearchFilter", "TopicExpression"}));
     Results atResults;
     for (const uint32_t dwChannel : ChannelsOf(tCall))
     {
-        bool bData = false;
-        for (device::tagRecording const& t : StretchesOf(tCall, dwChannel))
+        for (std::size_t n = 0; n < std::size(g_atTopics); ++n)
         {
-            bData = bData || (t.llStartUs <= llStartUs && (t.llEndUs > llStartUs || t.bRecording));
-            if (t.llStartUs >= llFromUs && t.llStartUs < llToUs)
+            if (MatchesTopic(strFilter, g_atTopics[n].szTopic))
             {
-                atResults.push_back({dwChannel, t.llStartUs, true});
+                FindTopic(tCall, n, dwChannel, atResults);
             }
-            if (!t.bRecording && t.llEndUs >= llFromUs && t.llEndUs < llToUs)
-            {
-                atResults.push_back({dwChannel, t.llEndUs, false});
-            }
-        }
-        if (tCall.Flag({"IncludeStartState"}))
-        {
-            atResults.push_back({dwChannel, llStartUs, bData, true});
         }
     }
     std::ranges::stable_sort(atResults, [&](auto const& t1, auto const& t2)
@@ -198,12 +233,16 @@ void GetEventSearchResults(CCall& tCall)
                            {
                                tXml.Put("tt:RecordingToken", Token("Recording", {t.dwChannel}));
                                tXml.Put("tt:TrackToken", "Video").Put("tt:Time", DateTime(t.llTimeUs));
-                               const tagMessage tMessage{
-                                   "tns1:RecordingHistory/Track/State",
-                                   t.bStartState ? "Initialized" : "Changed",
-                                   t.llTimeUs,
-                                   {{"RecordingToken", Token("Recording", {t.dwChannel})}, {"Track", "Video"}},
-                                   {{"IsDataPresent", t.bData ? "true" : "false"}}};
+                               tagFoundTopic const& tTopic = g_atTopics[t.nTopic];
+                               tagMessage tMessage{tTopic.szTopic,
+                                                   t.bStartState ? "Initialized" : "Changed",
+                                                   t.llTimeUs,
+                                                   {{tTopic.szSource, Token(tTopic.szToken, {t.dwChannel})}},
+                                                   {{tTopic.szData, t.bData ? "true" : "false"}}};
+                               if (t.nTopic == 0)
+                               {
+                                   tMessage.atSource.emplace_back("Track", "Video");
+                               }
                                tMessage.Write(tXml, {}, "tt:Event");
                                tXml.Put("tt:StartStateEvent", t.bStartState);
                            });

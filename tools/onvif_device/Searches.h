@@ -14,13 +14,14 @@ namespace onvif_device
 class CSearches
 {
 public:
-    /// One result: a recording, or that a recording of a channel begins or ends.
+    /// One result: a recording, or that something of it begins or ends.
     struct tagResult
     {
         uint32_t dwChannel = 0;
         int64_t llTimeUs = 0;
         bool bData = false;       ///< there is something from here on
         bool bStartState = false; ///< that was so when the search's time begins
+        std::size_t nTopic = 0;   ///< in SearchService.cpp: what begins or ends
     };
 
     std::string Begin(std::vector<tagResult> atResults, int64_t llKeepUs);

@@ -26,6 +26,7 @@ constexpr char const* g_szRealm = "device";
 constexpr unsigned g_nNonceSeconds = 300;
 constexpr std::size_t g_nMaxBody = 64 << 20; // firmware
 constexpr unsigned g_nIdleSeconds = 120;
+constexpr int64_t g_llForcedOffUs = 1000000; // so long nobody listens
 
 // One connection's request while it is served.
 struct tagPending
@@ -134,6 +135,22 @@ public:
         Wake();
     }
 
+    void OnForcedOff() override
+    {
+        const std::lock_guard tUpLock(m_tUpMutex);
+        m_pFace->Rtsp().SetUp(m_pFace->Index(), false);
+        Close();
+        m_pFace->Subscriptions().Clear();
+        device::DeliveryWorker().At(device::SteadyUs() + g_llForcedOffUs,
+                                    [pWeak = weak_from_this()]
+                                    {
+                                        if (const auto pServer = pWeak.lock())
+                                        {
+                                            static_cast<CHttpServer&>(*pServer).ComeBack();
+                                        }
+                                    });
+    }
+
 private:
     static uint32_t RunOf(device::CDevice& tDevice)
     {
@@ -150,6 +167,17 @@ private:
         {
             m_dwRun = dwRun;
             m_pFace->Subscriptions().Clear();
+        }
+    }
+
+    void ComeBack()
+    {
+        const std::lock_guard tUpLock(m_tUpMutex);
+        device::tagStreamState tState;
+        if (m_pFace->Device().StreamState(0, eStreamMain, tState) == eResultOk && tState.bUp)
+        {
+            m_pFace->Rtsp().SetUp(m_pFace->Index(), true);
+            Reopen();
         }
     }
 

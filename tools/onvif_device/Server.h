@@ -34,5 +34,8 @@ public:
     virtual void Wake() = 0;
     /// What happened to the device; on the delivery thread.
     virtual void OnEvent(device::tagDeviceEvent const& tEvent) = 0;
+    /// Users were forced off; on the delivery thread. By ONVIF nobody is logged in, so that everything ends that
+    /// anybody has: connections, streams, subscriptions. For a second nobody listens.
+    virtual void OnForcedOff() = 0;
 };
 } // namespace onvif_device

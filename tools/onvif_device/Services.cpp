@@ -7,7 +7,7 @@
 
 namespace onvif_device
 {
-const tagService g_atServices[12] = {
+const tagService g_atServices[13] = {
     {eService::Device, "tds", "device", "/onvif/device_service", "/onvif/device_service", 21, 6},
     {eService::Media, "trt", "media", "/onvif/media", "/cgi-bin/onvif.cgi/Media", 21, 6},
     {eService::Media2, "tr2", "media2", "/onvif/media2", "/cgi-bin/onvif.cgi/MediaTwo", 21, 6},
@@ -20,6 +20,7 @@ const tagService g_atServices[12] = {
     {eService::Replay, "trp", "replay", "/onvif/replay", "/recorder/play", 21, 6},
     {eService::Receiver, "trv", "receiver", "/onvif/receiver", "/decoder/receiver", 2, 1},
     {eService::Display, "tls", "display", "/onvif/display", "/decoder/display", 2, 1},
+    {eService::Analytics, "tan", "analytics", "/onvif/analytics", "/cgi-bin/onvif.cgi/Analytics", 21, 6},
 };
 
 tagService const& ServiceOf(eService eWhich)
@@ -79,6 +80,7 @@ std::map<std::string, tagEntry, std::less<>> MakeIndex()
     fnAdd(eService::Replay, ReplayActions());
     fnAdd(eService::Receiver, ReceiverActions());
     fnAdd(eService::Display, DisplayActions());
+    fnAdd(eService::Analytics, AnalyticsActions());
     return tIndex;
 }
 } // namespace

@@ -24,6 +24,7 @@ enum class eService : unsigned char
     Replay,
     Receiver,
     Display,
+    Analytics,
 };
 
 /// One of ONVIF's services on this device.
@@ -37,7 +38,7 @@ struct tagService
     unsigned nMajor;
     unsigned nMinor;
 };
-extern const tagService g_atServices[12];
+extern const tagService g_atServices[13];
 tagService const& ServiceOf(eService eWhich);
 char const* PathOf(tagService const& tService, tagQuirks const& tQuirks);
 /// Null: none stands there.
@@ -70,6 +71,7 @@ std::span<tagAction const> RecordingActions();
 std::span<tagAction const> ReplayActions();
 std::span<tagAction const> ReceiverActions();
 std::span<tagAction const> DisplayActions();
+std::span<tagAction const> AnalyticsActions();
 /// @}
 
 /// An operation by the namespace and the local name of its element; null: no service has it.

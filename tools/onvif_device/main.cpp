@@ -134,7 +134,7 @@ public:
             pAnnouncer->SayHello(m_nIndex, tEvent.eEvent == eEventLoginRestored);
         }
     }
-    void OnForcedOff() override {}
+    void OnForcedOff() override { m_pServer->OnForcedOff(); }
 
 private:
     std::shared_ptr<CServer> m_pServer;
