@@ -20,7 +20,7 @@ namespace
 {
 constexpr unsigned int g_dwRuleSeconds = 120;
 
-struct tagOptions
+struct tagCheckPluginOptions
 {
     std::string strFile;
     std::string strAddress;
@@ -110,7 +110,7 @@ tagTrial Recognise(std::string const& strFile, eProtocolType& eProtocol)
     return tBest;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagCheckPluginOptions const& tOptions)
 {
     std::error_code tError;
     const std::string strFile = std::filesystem::absolute(tOptions.strFile, tError).string();
@@ -169,12 +169,12 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareCheckPlugin(CLI::App& tLine)
+void DeclareCheckPlugin(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("file", pt->strFile, "the plug-in")->required();
-    tLine.add_option("address", pt->strAddress,
-                     "a device to try it on, of the plug-in's protocol; without it only what needs none is tried");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    auto pt = std::make_shared<tagCheckPluginOptions>();
+    tLine.Option("file", pt->strFile, "the plug-in").Needed();
+    tLine.Option("address", pt->strAddress,
+                 "a device to try it on, of the plug-in's protocol; without it only what needs none is tried");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

@@ -342,10 +342,10 @@ int Run(tagContext& tContext, std::string const& strAddress)
 }
 } // namespace
 
-Action DeclareDoctor(CLI::App& tLine)
+void DeclareDoctor(CLine& tLine)
 {
     auto pstrAddress = std::make_shared<std::string>();
-    tLine.add_option("address", *pstrAddress, g_szAddressHelp);
-    return [pstrAddress](tagContext& tContext) { return Run(tContext, *pstrAddress); };
+    tLine.Option("address", *pstrAddress, g_szAddressHelp);
+    tLine.Does([pstrAddress](tagContext& tContext) { return Run(tContext, *pstrAddress); });
 }
 } // namespace tessaro

@@ -16,7 +16,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagPlayOptions
 {
     std::string strAddress;
     tagSpan tSpan;
@@ -54,7 +54,7 @@ int OnFrame(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
     return 0;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagPlayOptions const& tOptions)
 {
     COutput& tOut = tContext.tOut;
     tagSink tSink;
@@ -125,24 +125,21 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclarePlay(CLI::App& tLine)
+void DeclarePlay(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
+    auto pt = std::make_shared<tagPlayOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
     AddSpanOptions(tLine, pt->tSpan);
-    tLine.add_option("--file", pt->strFile, "a recording by its name, as tessaro recordings --list shows it")
-        ->type_name("NAME");
+    tLine.Option("--file", pt->strFile, "a recording by its name, as tessaro recordings --list shows it").Value("NAME");
     tLine
-        .add_option("--speed", pt->dSpeed,
-                    "so many times as fast, 0.125 to 16; --speed=-1 plays backwards, key frames alone")
-        ->type_name("X");
-    tLine.add_option("--seconds", pt->dSeconds, "for so long; else to the end")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
-    tLine.add_option("--mp4", pt->strOut, "write the frames there as they are")->type_name("FILE");
-    tLine.add_option("--picture", pt->strPicture, "write the last key frame there, as PNG")->type_name("FILE");
-    tLine.add_flag("--key-frames", pt->bKeyFrames, "key frames alone");
-    tLine.add_flag("--no-audio", pt->bNoAudio, "video alone");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+        .Option("--speed", pt->dSpeed,
+                "so many times as fast, 0.125 to 16; --speed=-1 plays backwards, key frames alone")
+        .Value("X");
+    tLine.Option("--seconds", pt->dSeconds, "for so long; else to the end").Positive().Value("N");
+    tLine.Option("--mp4", pt->strOut, "write the frames there as they are").Value("FILE");
+    tLine.Option("--picture", pt->strPicture, "write the last key frame there, as PNG").Value("FILE");
+    tLine.Flag("--key-frames", pt->bKeyFrames, "key frames alone");
+    tLine.Flag("--no-audio", pt->bNoAudio, "video alone");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

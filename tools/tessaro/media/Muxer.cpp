@@ -19,13 +19,6 @@ constexpr std::int64_t g_llWaitUs = 1000000; // for the other track
 
 using Bytes = std::vector<unsigned char>;
 
-struct tagKept
-{
-    tagStreamMediaFrame tFrame;
-    Bytes abyData;
-    Bytes abyConfig;
-};
-
 // The parameter sets at the beginning of a key frame, as they stand: all before its first slice.
 Bytes ParameterSets(tagStreamMediaFrame const& tFrame, Bytes const& abyData)
 {
@@ -49,6 +42,13 @@ Bytes ParameterSets(tagStreamMediaFrame const& tFrame, Bytes const& abyData)
 
 struct CMuxer::tagState
 {
+    struct tagKept
+    {
+        tagStreamMediaFrame tFrame;
+        Bytes abyData;
+        Bytes abyConfig;
+    };
+
     std::string strFile;
     std::mutex tMutex;
     AVFormatContext* pOutput = nullptr;
