@@ -3,8 +3,8 @@
 #include "tools/tessaro/Command.h"
 #include "tools/tessaro/Failure.h"
 #include "tools/tessaro/Interrupt.h"
+#include "tools/tessaro/Search.h"
 #include "tools/tessaro/Stream.h"
-#include "tools/tessaro/Times.h"
 #include "tools/tessaro/media/Muxer.h"
 #include "tools/tessaro/media/Pictures.h"
 
@@ -54,6 +54,26 @@ int OnFrame(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
     return 0;
 }
 
+// Backwards one begins at the end.
+void GoToEnd(CSession const& tSession, tagPlayOptions const& tOptions, int nPlayback)
+{
+    auto tTime = Sized<tagTimeInfo>();
+    for (auto const& t : FindRecordings(tSession, tOptions.tSpan, tOptions.strFile))
+    {
+        tTime.llTimeUs = std::max(tTime.llTimeUs, t.llEndUs - 1);
+    }
+    if (const std::int64_t llToUs = tOptions.tSpan.ToUs())
+    {
+        tTime.llTimeUs = std::min(tTime.llTimeUs, llToUs - 1);
+    }
+    if (tTime.llTimeUs <= 0)
+    {
+        throw CFailure(eExitFailed, "where the recording ends isn't known",
+                       "is it one of another --channel, or --sub?");
+    }
+    Check(ClientAdapter_HistoryStreamPosition(nPlayback, eOperationSet, &tTime), "going to the end of the recording");
+}
+
 int Run(tagContext& tContext, tagPlayOptions const& tOptions)
 {
     COutput& tOut = tContext.tOut;
@@ -81,6 +101,10 @@ int Run(tagContext& tContext, tagPlayOptions const& tOptions)
             static_cast<unsigned long>(std::lround(std::abs(tOptions.dSpeed) * static_cast<int>(eSpeedNormal)));
         Check(ClientAdapter_HistoryStreamSetSpeed(tMedia.Id(), dwSpeed + (tOptions.dSpeed < 0 ? eSpeedReverse : 0)),
               fmt::format("playing at {} times the speed", tOptions.dSpeed));
+    }
+    if (tOptions.dSpeed < 0)
+    {
+        GoToEnd(tSession, tOptions, tMedia.Id());
     }
     Check(ClientAdapter_StreamMediaControl(tMedia.Id(), eTaskPlay), "playing");
     CRates tRates(tSink.tCount);
@@ -133,7 +157,7 @@ void DeclarePlay(CLine& tLine)
     tLine.Option("--file", pt->strFile, "a recording by its name, as tessaro recordings --list shows it").Value("NAME");
     tLine
         .Option("--speed", pt->dSpeed,
-                "so many times as fast, 0.125 to 16; --speed=-1 plays backwards, key frames alone")
+                "so many times as fast, 0.125 to 16; --speed=-1 plays backwards from the end, key frames alone")
         .Value("X");
     tLine.Option("--seconds", pt->dSeconds, "for so long; else to the end").Positive().Value("N");
     tLine.Option("--mp4", pt->strOut, "write the frames there as they are").Value("FILE");
