@@ -220,7 +220,8 @@ int Replay(tagContext& tContext, tagTraceOptions const& tOptions)
         tOptions.strFile,
         [&](json const& t, std::size_t nLine)
         {
-            if (!t.contains("call") || CInterrupt::Instance().Asked())
+            // What one plug-in asked of another it asks for again by itself.
+            if (!t.contains("call") || t.contains("inside") || CInterrupt::Instance().Asked())
             {
                 return;
             }

@@ -1,8 +1,10 @@
 #include "tools/tessaro/replay/Replay.h"
 
+#include "adapter/Globals.h"
 #include "protocol/CClientProtocolBase.h"
 #include "system/Call.h"
 #include "tools/tessaro/Failure.h"
+#include "tools/tessaro/Plugins.h"
 #include "tools/tessaro/records/Arguments.h"
 #include "tools/tessaro/records/Blocks.h"
 
@@ -241,11 +243,17 @@ int CReplay::Call(json const& tLine)
     void* const pEntry = dlsym(m_hModule, strSymbol.c_str());
     auto const* const ptRow =
         std::ranges::find_if(g_atRows, [&](tagRow const& t) { return strOperation == t.szOperation; });
+    if (!pEntry)
+    {
+        return eResultNoEntryPoint;
+    }
     if (strOperation == "SetProtocolInterface")
     {
-        return tLine.at("result").get<int>();
+        // RTSP's plug-in alone is driven by others, and is started by the trace.
+        g_cProtocolSet.InsertProtocol(eProtocolRTSP, PluginName(eProtocolRTSP).c_str());
+        return reinterpret_cast<int (*)(IProtocol*)>(pEntry)(&g_cProtocolSet);
     }
-    if (!pEntry || ptRow == std::end(g_atRows))
+    if (ptRow == std::end(g_atRows))
     {
         return eResultNoEntryPoint;
     }

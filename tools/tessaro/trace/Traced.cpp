@@ -7,6 +7,7 @@
 #include <deque>
 #include <dlfcn.h>
 #include <mutex>
+#include <utility>
 
 namespace tessaro
 {
@@ -23,6 +24,9 @@ constexpr tagBehind g_atBehind[] = {
     {"Onvif", "TESSARO_TRACE_ONVIF"},
     {"Vorn", "TESSARO_TRACE_PRIVATE"},
 };
+
+// The call that this thread is in; null: none, or the application's code runs in a callback.
+thread_local char const* t_szInside = nullptr;
 } // namespace
 
 void* FindBehind(char const* szSymbol)
@@ -66,20 +70,23 @@ int TraceCall(tagTracedEntry const& tEntry, tagArgumentType const* atTypes, std:
         }
     };
     Add(tIn, false);
+    char const* const szOuter = std::exchange(t_szInside, tEntry.szSymbol);
     const double dBegin = TraceTime();
     const int nResult = tEntry.pBehind ? pfnCall(tEntry, apValues) : static_cast<int>(eResultNoEntryPoint);
     const double dEnd = TraceTime();
+    t_szInside = szOuter;
     if (nResult == eResultOk)
     {
         Add(tOut, true);
     }
-    WriteTrace({{"t", dBegin},
-                {"thread", TraceThread()},
-                {"call", tEntry.szSymbol},
-                {"in", tIn},
-                {"result", nResult},
-                {"us", static_cast<long long>((dEnd - dBegin) * 1e6)},
-                {"out", tOut}});
+    json tLine = {{"t", dBegin}, {"thread", TraceThread()}, {"call", tEntry.szSymbol},
+                  {"in", tIn},   {"result", nResult},       {"us", static_cast<long long>((dEnd - dBegin) * 1e6)},
+                  {"out", tOut}};
+    if (szOuter)
+    {
+        tLine["inside"] = szOuter; // one plug-in drives another
+    }
+    WriteTrace(tLine);
     return nResult;
 }
 
@@ -102,7 +109,9 @@ int TraceCallback(tagRegistration const& tRegistration, bool bResult, tagArgumen
     {
         tLine["in"].push_back(ArgumentJson(tNone, "h", atTypes[i], apValues[i], false));
     }
+    char const* const szOuter = std::exchange(t_szInside, nullptr);
     const int nResult = pfnCall(tRegistration, apValues);
+    t_szInside = szOuter;
     if (bResult)
     {
         tLine["result"] = nResult;
