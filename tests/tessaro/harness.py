@@ -41,6 +41,18 @@ def run_lines(*arguments, **more):
     return [json.loads(line) for line in run("--json", *arguments, **more)[0].splitlines()]
 
 
+class Server:
+    """A server of ours, until close(): its ports are the numbers in its first line."""
+
+    def __init__(self, program, *arguments):
+        self.process = subprocess.Popen([os.environ[program], *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                        env=os.environ | {"TESSARO_PASSWORD": "secret"})
+        self.ports = re.findall(r"\b\d+", self.process.stdout.readline())
+
+    def close(self):
+        self.process.communicate()
+
+
 class Terminal:
     """The tool in a terminal. expect() waits for a text, send() types."""
 
