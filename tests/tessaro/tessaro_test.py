@@ -135,6 +135,12 @@ class Doctor(unittest.TestCase):
             file.write("int nobody_has_this(void); int OnvifClient_UserLogin(void) { return nobody_has_this(); }\n"
                        "int (*g_pfn)(void) = nobody_has_this;\n")
         subprocess.run(["cc", "-shared", "-fPIC", "-o", path("needs.so"), source], check=True)
+        with open(path("gone.c"), "w") as file:
+            file.write("int gone(void) { return 0; }\n")
+        subprocess.run(["cc", "-shared", "-fPIC", "-Wl,-soname,libgone.so", "-o", path("libgone.so"), path("gone.c")], check=True)
+        subprocess.run(["cc", "-shared", "-fPIC", "-Wl,--no-as-needed", "-o", path("depends.so"), path("gone.c"), path("libgone.so")],
+                       check=True)
+        os.remove(path("libgone.so"))
         for files, protocol, state, words in (
             ({"vtq": bytes(other)}, "vtq", "broken", "32-bit ARM: install the plug-in for"),
             ({"vtq": b"no library"}, "vtq", "broken", "file too short"),
@@ -142,6 +148,7 @@ class Doctor(unittest.TestCase):
             ({"vtq": os.path.join(PLUGINS, "librtspclient.so")}, "vtq", "useless", "it is another library"),
             ({"onvif": path("lacks.so")}, "onvif", "incomplete", "OnvifClient_UserLogin"),
             ({"onvif": path("needs.so")}, "onvif", "broken", "undefined symbol: nobody_has_this"),
+            ({"onvif": path("depends.so")}, "onvif", "broken", "a library that the plug-in needs is missing"),
         ):
             with self.subTest(words=words):
                 folder = self.folder(state + words.split()[0], **files)
@@ -150,6 +157,14 @@ class Doctor(unittest.TestCase):
                 self.assertEqual(plugin["state"], state, plugin)
                 self.assertIn(words, json.dumps(plugin))
                 self.assertIn(words, " ".join(run("doctor", code=0 if state == "incomplete" else 6, **only)[0].split()))
+
+    def test_a_plugin_that_may_not_be_read(self):
+        folder = self.folder("private", vtq=os.path.join(PLUGINS, "libVTQ.so"))
+        os.chmod(os.path.join(folder, NAMES["vtq"]), 0)
+        by = ["setpriv", "--bounding-set", "-all"] if os.geteuid() == 0 else []  # else root may read all
+        plugin = self.plugins(6, LD_LIBRARY_PATH=folder, by=by)["vtq"]
+        self.assertEqual(plugin["state"], "broken", plugin)
+        self.assertIn("may not read it", json.dumps(plugin))
 
     def test_a_device(self):
         device = run_json("doctor", DEVICE)["device"]
