@@ -130,6 +130,17 @@ TEST_P(CDeviceTest, Playback)
     tFrames.Next();
     std::this_thread::sleep_for(200ms);
     EXPECT_EQ(tFrames.Drain(), 0);
+    // Backwards from the very beginning there is one picture, however late it is played.
+    for (int i = 0; i < 20; ++i)
+    {
+        WORKS(HistoryStreamCreate, &nOther, m_nLogin, &tPara, eHistoryPaused);
+        WORKS(HistoryStreamCB, nOther, OnFrame, User(tOther));
+        WORKS(HistoryStreamSetSpeed, nOther, eSpeedReverse + eSpeedNormal * 16);
+        WORKS(StreamMediaControl, nOther, eTaskPlay);
+        EXPECT_TRUE(tOther.Next().IsKey());
+        EXPECT_TRUE(tOther.Next().IsEnd());
+        WORKS(HistoryStreamDestroy, nOther);
+    }
     // A second one in step with the first: what either does, both do.
     auto tTypes = Sized<tagHistoryStreamMultiTypePara>();
     tTypes.dwChannel = 1;

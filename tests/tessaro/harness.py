@@ -25,9 +25,9 @@ def environment(password="admin", **more):
     return env | {key: value for key, value in more.items()}
 
 
-def run(*arguments, code=0, stdin="", **env):
-    """What it writes to its two outputs; its exit code must be the one expected. No terminal anywhere."""
-    done = subprocess.run([TESSARO, *map(str, arguments)], input=stdin, env=environment(**env), cwd=WORK, timeout=PATIENCE,
+def run(*arguments, code=0, stdin="", by=(), **env):
+    """What it writes to its two outputs; its exit code must be the one expected. No terminal anywhere. by: what runs it."""
+    done = subprocess.run([*by, TESSARO, *map(str, arguments)], input=stdin, env=environment(**env), cwd=WORK, timeout=PATIENCE,
                           capture_output=True, text=True, start_new_session=True)
     assert done.returncode == code, f"{arguments}: exit code {done.returncode}, not {code}\n{done.stdout}\n{done.stderr}"
     return done.stdout, done.stderr
@@ -39,6 +39,18 @@ def run_json(*arguments, **more):
 
 def run_lines(*arguments, **more):
     return [json.loads(line) for line in run("--json", *arguments, **more)[0].splitlines()]
+
+
+class Server:
+    """A server of ours, until close(): its ports are the numbers in its first line."""
+
+    def __init__(self, program, *arguments):
+        self.process = subprocess.Popen([os.environ[program], *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                        env=os.environ | {"TESSARO_PASSWORD": "secret"})
+        self.ports = re.findall(r"\b\d+", self.process.stdout.readline())
+
+    def close(self):
+        self.process.communicate()
 
 
 class Terminal:

@@ -1,47 +1,39 @@
 #pragma once
 
-#include "tools/tessaro/Context.h"
+#include "tools/tessaro/Line.h"
 
-#include <CLI/CLI.hpp>
-#include <functional>
 #include <span>
 
 namespace tessaro
 {
-/// How a negative number begins when a command gets it.
-inline constexpr char g_szMinus[] = "\u2212";
-
-/// What a command does when its command line was read: what the program ends with (eExit), or a CFailure.
-using Action = std::function<int(tagContext&)>;
-
 struct tagCommand
 {
     char const* szName;
     char const* szHelp;
-    /// Adds the command's options to its line, and says what it does. Each is defined in the file of its name under
+    /// Adds the command's options and what it does to its line. Each is defined in the file of its name under
     /// commands/.
-    Action (*pfnDeclare)(CLI::App& tLine);
+    void (*pfnDeclare)(CLine& tLine);
 };
 
 /// All commands, in the order of the help.
 std::span<tagCommand const> Commands();
 
-Action DeclareAlarm(CLI::App& tLine);
-Action DeclareCheckPlugin(CLI::App& tLine);
-Action DeclareConfig(CLI::App& tLine);
-Action DeclareDoctor(CLI::App& tLine);
-Action DeclareDownload(CLI::App& tLine);
-Action DeclareEvents(CLI::App& tLine);
-Action DeclareInfo(CLI::App& tLine);
-Action DeclareLive(CLI::App& tLine);
-Action DeclareLog(CLI::App& tLine);
-Action DeclarePlay(CLI::App& tLine);
-Action DeclareProbe(CLI::App& tLine);
-Action DeclarePtz(CLI::App& tLine);
-Action DeclareRecordings(CLI::App& tLine);
-Action DeclareSnapshot(CLI::App& tLine);
-Action DeclareTalk(CLI::App& tLine);
-Action DeclareTrace(CLI::App& tLine);
-Action DeclareUpgrade(CLI::App& tLine);
-Action DeclareWall(CLI::App& tLine);
+void DeclareAlarm(CLine& tLine);
+void DeclareCheckPlugin(CLine& tLine);
+void DeclareConfig(CLine& tLine);
+void DeclareDoctor(CLine& tLine);
+void DeclareDownload(CLine& tLine);
+void DeclareEvents(CLine& tLine);
+void DeclareInfo(CLine& tLine);
+void DeclareLive(CLine& tLine);
+void DeclareLog(CLine& tLine);
+void DeclarePlay(CLine& tLine);
+void DeclareProbe(CLine& tLine);
+void DeclarePtz(CLine& tLine);
+void DeclareRecordings(CLine& tLine);
+void DeclareSnapshot(CLine& tLine);
+void DeclareTalk(CLine& tLine);
+void DeclareTrace(CLine& tLine);
+void DeclareUpgrade(CLine& tLine);
+void DeclareWall(CLine& tLine);
 } // namespace tessaro

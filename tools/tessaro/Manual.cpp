@@ -30,44 +30,37 @@ std::string Escaped(std::string const& strText)
     return !strEscaped.empty() && (strEscaped[0] == '.' || strEscaped[0] == '\'') ? "\\&" + strEscaped : strEscaped;
 }
 
-std::string OptionNames(CLI::Option const& tOption)
-{
-    const std::string strType = tOption.get_positional() ? "" : tOption.get_type_name();
-    return tOption.get_name(tOption.get_positional(), !tOption.get_positional()) +
-           (strType.empty() || tOption.get_items_expected_max() == 0 ? "" : " " + strType);
-}
-
-std::string ManualOptions(CLI::App const& tApp)
+std::string ManualOptions(tagLineText const& tLine)
 {
     std::string strText;
-    for (CLI::Option const* const pOption : tApp.get_options())
+    for (tagOptionText const& t : tLine.atOptions)
     {
-        strText += fmt::format(".TP\n.B {}\n{}\n", Escaped(OptionNames(*pOption)), Escaped(pOption->get_description()));
+        strText += fmt::format(".TP\n.B {}\n{}\n", Escaped(t.strName), Escaped(t.strHelp));
     }
     return strText;
 }
 
 // The commands of a command line, and theirs.
-std::string ManualCommands(CLI::App const& tApp, std::string const& strBefore)
+std::string ManualCommands(tagLineText const& tLine, std::string const& strBefore)
 {
     std::string strText;
-    for (CLI::App const* const pLine : tApp.get_subcommands(nullptr))
+    for (tagLineText const& t : tLine.atCommands)
     {
-        const std::string strName = strBefore + pLine->get_name();
-        strText += fmt::format(".SS {}\n{}\n{}{}", Escaped(strName), Escaped(pLine->get_description()),
-                               ManualOptions(*pLine), ManualCommands(*pLine, strName + " "));
+        const std::string strName = strBefore + t.strName;
+        strText += fmt::format(".SS {}\n{}\n{}{}", Escaped(strName), Escaped(t.strHelp), ManualOptions(t),
+                               ManualCommands(t, strName + " "));
     }
     return strText;
 }
 
-std::string OptionWords(CLI::App const& tApp)
+std::string OptionWords(tagLineText const& tLine)
 {
     std::string strWords;
-    for (CLI::Option const* const pOption : tApp.get_options())
+    for (tagOptionText const& t : tLine.atOptions)
     {
-        for (std::string const& strName : pOption->get_lnames())
+        for (std::string const& strWord : t.astrWords)
         {
-            strWords += " --" + strName;
+            strWords += " " + strWord;
         }
     }
     return strWords;
@@ -91,14 +84,14 @@ std::string ManualEnd()
                      "tells about a command.";
 }
 
-std::string ManualPage(CLI::App const& tApp)
+std::string ManualPage(tagLineText const& tAll)
 {
-    std::string strText = fmt::format(".TH TESSARO 1 \"\" \"{}\" \"User Commands\"\n.SH NAME\n"
-                                      "tessaro \\- cameras, recorders and video decoders from the command line\n"
-                                      ".SH SYNOPSIS\n.B tessaro\n[OPTIONS] COMMAND ...\n.SH DESCRIPTION\n{}\n"
-                                      ".SH OPTIONS\n{}.SH COMMANDS\n{}.SH EXIT STATUS\n",
-                                      TessaroExtra_Version(), Escaped(tApp.get_description()), ManualOptions(tApp),
-                                      ManualCommands(tApp, ""));
+    std::string strText =
+        fmt::format(".TH TESSARO 1 \"\" \"{}\" \"User Commands\"\n.SH NAME\n"
+                    "tessaro \\- cameras, recorders and video decoders from the command line\n"
+                    ".SH SYNOPSIS\n.B tessaro\n[OPTIONS] COMMAND ...\n.SH DESCRIPTION\n{}\n"
+                    ".SH OPTIONS\n{}.SH COMMANDS\n{}.SH EXIT STATUS\n",
+                    TessaroExtra_Version(), Escaped(tAll.strHelp), ManualOptions(tAll), ManualCommands(tAll, ""));
     for (tagExitText const& t : ExitTexts())
     {
         strText += fmt::format(".TP\n.B {}\n{}\n", static_cast<int>(t.eCode), Escaped(t.szMeaning));
@@ -111,19 +104,19 @@ std::string ManualPage(CLI::App const& tApp)
     return strText;
 }
 
-std::string BashCompletion(CLI::App const& tApp)
+std::string BashCompletion(tagLineText const& tAll)
 {
     std::string strCases;
     std::string strCommands;
-    for (CLI::App const* const pLine : tApp.get_subcommands(nullptr))
+    for (tagLineText const& t : tAll.atCommands)
     {
         std::string strInner;
-        for (CLI::App const* const pInner : pLine->get_subcommands(nullptr))
+        for (tagLineText const& tInner : t.atCommands)
         {
-            strInner += " " + pInner->get_name() + OptionWords(*pInner);
+            strInner += " " + tInner.strName + OptionWords(tInner);
         }
-        strCommands += " " + pLine->get_name();
-        strCases += fmt::format("        {}) words+=\"{}{}\" ;;\n", pLine->get_name(), OptionWords(*pLine), strInner);
+        strCommands += " " + t.strName;
+        strCases += fmt::format("        {}) words+=\"{}{}\" ;;\n", t.strName, OptionWords(t), strInner);
     }
     return fmt::format(
         "_tessaro()\n{{\n    local words=\"{}\" word command=\n"
@@ -133,6 +126,6 @@ std::string BashCompletion(CLI::App const& tApp)
         "    COMPREPLY=($(compgen -W \"$words\" -- \"${{COMP_WORDS[COMP_CWORD]}}\"))\n"
         "    [ ${{#COMPREPLY[@]}} -gt 0 ] || COMPREPLY=($(compgen -f -- \"${{COMP_WORDS[COMP_CWORD]}}\"))\n"
         "}}\ncomplete -o filenames -F _tessaro tessaro",
-        OptionWords(tApp), strCommands, strCases);
+        OptionWords(tAll), strCommands, strCases);
 }
 } // namespace tessaro

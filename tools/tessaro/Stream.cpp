@@ -245,14 +245,12 @@ bool CLiveStream::AwaitFirst(int nSeconds)
     return Came();
 }
 
-void AddLiveOptions(CLI::App& tLine, tagLiveOptions& tOptions)
+void AddLiveOptions(CLine& tLine, tagLiveOptions& tOptions)
 {
-    tLine.add_option("--channel", tOptions.dwChannel, "the device's channel, from 0")->type_name("N");
-    tLine.add_flag("--sub", tOptions.bSub, "the sub stream, which is smaller");
-    tLine
-        .add_option("--transport", tOptions.strTransport,
-                    "how an rtsp:// stream travels: tcp, udp, multicast, automatic")
-        ->check(CLI::IsMember({"tcp", "udp", "multicast", "automatic"}))
-        ->type_name("KIND");
+    tLine.Option("--channel", tOptions.dwChannel, "the device's channel, from 0").Value("N");
+    tLine.Flag("--sub", tOptions.bSub, "the sub stream, which is smaller");
+    tLine.Option("--transport", tOptions.strTransport, "how an rtsp:// stream travels: tcp, udp, multicast, automatic")
+        .OneOf({"tcp", "udp", "multicast", "automatic"})
+        .Value("KIND");
 }
 } // namespace tessaro

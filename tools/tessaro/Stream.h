@@ -1,9 +1,9 @@
 #pragma once
 
 #include "tools/tessaro/Failure.h"
+#include "tools/tessaro/Line.h"
 #include "tools/tessaro/Session.h"
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -95,5 +95,5 @@ private:
 };
 
 /// Options of every command that opens a live stream.
-void AddLiveOptions(CLI::App& tLine, tagLiveOptions& tOptions);
+void AddLiveOptions(CLine& tLine, tagLiveOptions& tOptions);
 } // namespace tessaro

@@ -6,25 +6,23 @@
 
 namespace tessaro
 {
-void AddTimeOptions(CLI::App& tLine, std::string& strFrom, std::string& strTo)
+void AddTimeOptions(CLine& tLine, std::string& strFrom, std::string& strTo)
 {
-    const CLI::Validator tTime(
-        [](std::string& strText)
-        { return ParseTime(strText) ? std::string() : "\"" + strText + "\" is no time: 2024-05-31T08:00"; },
-        "TIME");
-    tLine.add_option("--from", strFrom, "from this time (UTC) on")->check(tTime);
-    tLine.add_option("--to", strTo, "up to this time (UTC)")->check(tTime);
+    const auto Check = [](std::string const& strText)
+    { return ParseTime(strText) ? "" : "\"" + strText + "\" is no time: 2024-05-31T08:00"; };
+    tLine.Option("--from", strFrom, "from this time (UTC) on").Checked("TIME", Check);
+    tLine.Option("--to", strTo, "up to this time (UTC)").Checked("TIME", Check);
 }
 
-void AddSpanOptions(CLI::App& tLine, tagSpan& tSpan)
+void AddSpanOptions(CLine& tLine, tagSpan& tSpan)
 {
-    tLine.add_option("--channel", tSpan.dwChannel, "the device's channel, from 0")->type_name("N");
-    tLine.add_flag("--sub", tSpan.bSub, "the sub stream");
+    tLine.Option("--channel", tSpan.dwChannel, "the device's channel, from 0").Value("N");
+    tLine.Flag("--sub", tSpan.bSub, "the sub stream");
     AddTimeOptions(tLine, tSpan.strFrom, tSpan.strTo);
-    tLine.add_option("--type", tSpan.astrTypes, "why it was recorded: " + NamesOf<eHistoryStreamType>().List())
-        ->delimiter(',')
-        ->check(CLI::IsMember({"any", "continuous", "motion", "alarm", "manual"}))
-        ->type_name("KIND,...");
+    tLine.Option("--type", tSpan.astrTypes, "why it was recorded: " + NamesOf<eHistoryStreamType>().List())
+        .List()
+        .OneOf({"any", "continuous", "motion", "alarm", "manual"})
+        .Value("KIND,...");
 }
 
 std::int64_t TimeOf(std::string const& strText)

@@ -1,8 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "tools/tessaro/Line.h"
+
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tessaro
 {
@@ -22,9 +24,9 @@ struct tagSpan
 };
 
 /// Their options.
-void AddSpanOptions(CLI::App& tLine, tagSpan& tSpan);
+void AddSpanOptions(CLine& tLine, tagSpan& tSpan);
 /// Those of a time alone.
-void AddTimeOptions(CLI::App& tLine, std::string& strFrom, std::string& strTo);
+void AddTimeOptions(CLine& tLine, std::string& strFrom, std::string& strTo);
 /// A time that a person wrote, checked by the options before; 0: none.
 std::int64_t TimeOf(std::string const& strText);
 } // namespace tessaro

@@ -53,16 +53,19 @@ public:
         m_llTimeUs = llTimeUs;
         m_llSinceUs = m_llSinceUs == 0 ? 0 : llNowUs;
     }
-    /// The same, because somebody wants it so.
-    void Seek(int64_t llTimeUs, int64_t llNowUs)
+    /// The same, because somebody wants it so. It runs on when playing has got there: a pump that comes late mustn't
+    /// begin elsewhere, backwards perhaps before the first picture.
+    void Seek(int64_t llTimeUs)
     {
-        Set(llTimeUs, llNowUs);
+        m_llTimeUs = llTimeUs;
+        m_llSinceUs = 0;
         ++m_dwSeeks;
     }
-    /// In thousandths.
+    /// In thousandths. Another direction is taken as a position is.
     void SetSpeed(uint32_t dwSpeed, bool bReverse, int64_t llNowUs)
     {
         Set(At(llNowUs), llNowUs);
+        m_llSinceUs = bReverse == m_bReverse ? m_llSinceUs : 0;
         m_dwSpeed = dwSpeed;
         m_bReverse = bReverse;
     }

@@ -156,7 +156,7 @@ int CPlayback::Position(eOperationType eAction, tagTimeInfo& tTime)
     {
         return eResultNotFound;
     }
-    Steer([&](CPlayClock& tClock, int64_t llNowUs) { tClock.Seek(tTime.llTimeUs, llNowUs); });
+    Steer([&](CPlayClock& tClock, int64_t) { tClock.Seek(tTime.llTimeUs); });
     return eResultOk;
 }
 

@@ -135,11 +135,6 @@ int LogIn(tagTried& tTried, void** phLogin)
     return g_cProtocolSet.UserLogin(phLogin, &tLogin, tTried.eProtocol);
 }
 
-tagVerdict Bad(std::string const& strText)
-{
-    return {tagVerdict::eBroken, strText};
-}
-
 tagVerdict Login(tagTried& tTried)
 {
     void* hLogin = nullptr;
@@ -304,7 +299,7 @@ tagVerdict StopAndStart(tagTried& tTried)
                : Bad(fmt::format("a call on a stopped plug-in answers {}", nAfter));
 }
 
-constexpr tagRule g_atRules[] = {
+constexpr tagRule g_atCallRules[] = {
     {"null handle", "a null handle is answered with eResultBadHandle, by every operation", false, &NullHandle},
     {"strange handle", "so is one that nobody gave out", false, &StrangeHandle},
     {"login", "a login gives a handle, and can be closed", true, &Login},
@@ -321,6 +316,6 @@ constexpr tagRule g_atRules[] = {
 
 std::span<tagRule const> CallRules()
 {
-    return g_atRules;
+    return g_atCallRules;
 }
 } // namespace tessaro

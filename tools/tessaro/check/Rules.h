@@ -21,6 +21,11 @@ struct tagVerdict
     std::string strText;
 };
 
+inline tagVerdict Bad(std::string const& strText)
+{
+    return {tagVerdict::eBroken, strText};
+}
+
 /// What a rule works with: the plug-in behind the protocol set, as the library uses it, and a device to try it on.
 struct tagTried
 {

@@ -18,11 +18,6 @@ namespace
 constexpr auto g_tPatience = std::chrono::seconds(20);
 constexpr auto g_tQuiet = std::chrono::milliseconds(500); // how long nothing must come after a close
 
-tagVerdict Bad(std::string const& strText)
-{
-    return {tagVerdict::eBroken, strText};
-}
-
 // A live stream, straight at the plug-in, and what comes of it.
 class CStream
 {
@@ -329,7 +324,7 @@ tagVerdict QueryEnds(tagTried& tTried)
     return tVerdict;
 }
 
-constexpr tagRule g_atRules[] = {
+constexpr tagRule g_atStreamRules[] = {
     {"query", "after the last entry every call answers eResultNoMoreEntries, until the query is closed", true,
      &QueryEnds},
     {"frames", "frames are whole: the first video frame is a key frame, times and sequence rise", true, &Frames},
@@ -344,6 +339,6 @@ constexpr tagRule g_atRules[] = {
 
 std::span<tagRule const> StreamRules()
 {
-    return g_atRules;
+    return g_atStreamRules;
 }
 } // namespace tessaro

@@ -11,7 +11,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagAlarmOptions
 {
     std::string strAddress;
     unsigned int dwOutput = 0;
@@ -39,7 +39,7 @@ json Contacts(CSession const& tSession, GetStates pfnGet, eConfigType eType, std
     return tRows;
 }
 
-int List(tagContext& tContext, tagOptions const& tOptions)
+int List(tagContext& tContext, tagAlarmOptions const& tOptions)
 {
     const CSession tSession(tContext, tOptions.strAddress);
     tSession.NeedsDevice("alarm contacts");
@@ -54,7 +54,7 @@ int List(tagContext& tContext, tagOptions const& tOptions)
     return eExitDone;
 }
 
-int Set(tagContext& tContext, tagOptions const& tOptions)
+int Set(tagContext& tContext, tagAlarmOptions const& tOptions)
 {
     char* pEnd = nullptr;
     const unsigned long dwMs = std::strtoul(tOptions.strState.c_str(), &pEnd, 10);
@@ -76,7 +76,7 @@ int Set(tagContext& tContext, tagOptions const& tOptions)
     return eExitDone;
 }
 
-int Clear(tagContext& tContext, tagOptions const& tOptions)
+int Clear(tagContext& tContext, tagAlarmOptions const& tOptions)
 {
     const auto Event = NamesOf<eDeviceEvent>().Find(tOptions.strEvent);
     if (!tOptions.strEvent.empty() && !Event)
@@ -94,26 +94,19 @@ int Clear(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareAlarm(CLI::App& tLine)
+void DeclareAlarm(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    auto pfnRun = std::make_shared<Action>([pt](tagContext& t) { return List(t, *pt); });
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.require_subcommand(0, 1);
-    const auto Add = [&](char const* szName, char const* szHelp, int (*pfn)(tagContext&, tagOptions const&))
-    {
-        CLI::App* const pAction = tLine.add_subcommand(szName, szHelp);
-        pAction->fallthrough();
-        pAction->callback([pfnRun, pt, pfn] { *pfnRun = [pt, pfn](tagContext& t) { return pfn(t, *pt); }; });
-        return pAction;
-    };
-    Add("list", "all inputs and outputs, which is what no action does too", &List);
-    CLI::App* const pSet = Add("set", "switch an output", &Set);
-    pSet->add_option("output", pt->dwOutput, "which output, from 0")->required();
-    pSet->add_option("state", pt->strState, "on, off, or on for so many milliseconds")->required();
-    CLI::App* const pClear = Add("clear", "end what the device does because of an alarm", &Clear);
-    pClear->add_option("--event", pt->strEvent, "because of this event alone")->type_name("EVENT");
-    pClear->add_option("--channel", pt->dwChannel, "of this channel or input alone")->type_name("N");
-    return [pfnRun](tagContext& tContext) { return (*pfnRun)(tContext); };
+    auto pt = std::make_shared<tagAlarmOptions>();
+    const auto Act = [pt](int (*pfn)(tagContext&, tagAlarmOptions const&)) -> Action
+    { return [pt, pfn](tagContext& t) { return pfn(t, *pt); }; };
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Does(Act(&List));
+    tLine.Add("list", "all inputs and outputs, which is what no action does too", Act(&List));
+    CLine tSet = tLine.Add("set", "switch an output", Act(&Set));
+    tSet.Option("output", pt->dwOutput, "which output, from 0").Needed();
+    tSet.Option("state", pt->strState, "on, off, or on for so many milliseconds").Needed();
+    CLine tClear = tLine.Add("clear", "end what the device does because of an alarm", Act(&Clear));
+    tClear.Option("--event", pt->strEvent, "because of this event alone").Value("EVENT");
+    tClear.Option("--channel", pt->dwChannel, "of this channel or input alone").Value("N");
 }
 } // namespace tessaro

@@ -20,7 +20,7 @@ namespace
 {
 constexpr unsigned int g_dwRuleSeconds = 120;
 
-struct tagOptions
+struct tagCheckPluginOptions
 {
     std::string strFile;
     std::string strAddress;
@@ -43,6 +43,20 @@ struct tagReport
     }
 };
 
+// Loads and starts the plug-in, and RTSP's, through which others get their streams.
+int StartTried(tagTried const& tTried, std::string const& strFile)
+{
+    if (!tTried.IsRtsp())
+    {
+        g_cProtocolSet.InsertProtocol(eProtocolRTSP, PluginName(eProtocolRTSP).c_str());
+        g_cProtocolSet.Start(eProtocolRTSP);
+    }
+    g_cProtocolSet.InsertProtocol(tTried.eProtocol, strFile.c_str());
+    const int nStarted = g_cProtocolSet.Start(tTried.eProtocol);
+    g_cProtocolSet.SetMaxChannel(16, eProtocolRTSP);
+    return nStarted;
+}
+
 // One rule in a process of its own, so that a plug-in which crashes breaks that rule alone.
 tagVerdict TryRule(tagRule const& tRule, tagTried tTried, std::string const& strFile)
 {
@@ -56,16 +70,12 @@ tagVerdict TryRule(tagRule const& tRule, tagTried tTried, std::string const& str
     if (nChild == 0)
     {
         alarm(g_dwRuleSeconds);
-        g_cProtocolSet.InsertProtocol(tTried.eProtocol, strFile.c_str());
-        const int nStarted = g_cProtocolSet.Start(tTried.eProtocol);
-        if (tTried.IsRtsp())
-        {
-            g_cProtocolSet.SetMaxChannel(16, eProtocolRTSP);
-        }
+        const int nStarted = StartTried(tTried, strFile);
         const tagVerdict t = nStarted == eResultOk
                                  ? tRule.pfnTry(tTried)
                                  : tagVerdict{tagVerdict::eBroken, fmt::format("Start answers {}", nStarted)};
         g_cProtocolSet.Stop(tTried.eProtocol);
+        g_cProtocolSet.Stop(eProtocolRTSP);
         const std::string strAnswer = fmt::format("{}{}", static_cast<int>(t.eWhat), t.strText);
         [[maybe_unused]] const auto nWritten = write(anPipe[1], strAnswer.data(), strAnswer.size());
         _exit(0);
@@ -110,7 +120,7 @@ tagTrial Recognise(std::string const& strFile, eProtocolType& eProtocol)
     return tBest;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagCheckPluginOptions const& tOptions)
 {
     std::error_code tError;
     const std::string strFile = std::filesystem::absolute(tOptions.strFile, tError).string();
@@ -169,12 +179,12 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareCheckPlugin(CLI::App& tLine)
+void DeclareCheckPlugin(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("file", pt->strFile, "the plug-in")->required();
-    tLine.add_option("address", pt->strAddress,
-                     "a device to try it on, of the plug-in's protocol; without it only what needs none is tried");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    auto pt = std::make_shared<tagCheckPluginOptions>();
+    tLine.Option("file", pt->strFile, "the plug-in").Needed();
+    tLine.Option("address", pt->strAddress,
+                 "a device to try it on, of the plug-in's protocol; without it only what needs none is tried");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

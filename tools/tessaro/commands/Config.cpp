@@ -45,7 +45,7 @@ constexpr tagBlock g_atBlocks[] = {
     {"focus", eCameraFocus, eOf::Camera, false},
 };
 
-struct tagOptions
+struct tagConfigOptions
 {
     std::string strAddress;
     std::string strBlock;
@@ -130,7 +130,7 @@ json All(CSession const& tSession)
     return tResult;
 }
 
-int Get(tagContext& tContext, tagOptions const& tOptions)
+int Get(tagContext& tContext, tagConfigOptions const& tOptions)
 {
     tagBlock const* const ptBlock = tOptions.strBlock.empty() ? nullptr : &Find(tOptions.strBlock);
     const CSession tSession(tContext, tOptions.strAddress);
@@ -184,7 +184,7 @@ json Wanted(std::string const& strValue)
     }
 }
 
-int Set(tagContext& tContext, tagOptions const& tOptions)
+int Set(tagContext& tContext, tagConfigOptions const& tOptions)
 {
     tagBlock const& tBlock = Find(tOptions.strBlock);
     const json tWanted = Wanted(tOptions.strValue);
@@ -238,7 +238,7 @@ void DescribeFields(tagRecord const& tRecord, std::string const& strBefore, json
     }
 }
 
-int Fields(tagContext& tContext, tagOptions const& tOptions)
+int Fields(tagContext& tContext, tagConfigOptions const& tOptions)
 {
     json tRows = json::array();
     if (tOptions.strBlock.empty())
@@ -262,36 +262,30 @@ int Fields(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareConfig(CLI::App& tLine)
+void DeclareConfig(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    auto pfnRun = std::make_shared<Action>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.require_subcommand(1);
+    auto pt = std::make_shared<tagConfigOptions>();
     const auto Add =
-        [&](char const* szName, char const* szHelp, int (*pfn)(tagContext&, tagOptions const&), bool bBlock)
+        [&](char const* szName, char const* szHelp, int (*pfn)(tagContext&, tagConfigOptions const&), bool bBlock)
     {
-        CLI::App* const pAction = tLine.add_subcommand(szName, szHelp);
-        pAction->fallthrough();
-        pAction->add_option("block", pt->strBlock, "which block; tessaro config ADDRESS fields lists them")
-            ->required(bBlock);
-        pAction->callback([pfnRun, pt, pfn] { *pfnRun = [pt, pfn](tagContext& t) { return pfn(t, *pt); }; });
-        return pAction;
+        CLine tAction = tLine.Add(szName, szHelp, [pt, pfn](tagContext& t) { return pfn(t, *pt); });
+        tAction.Option("block", pt->strBlock, "which block; tessaro config ADDRESS fields lists them").Needed(bBlock);
+        return tAction;
     };
-    CLI::App* const pGet = Add("get", "read a block, or all of them", &Get, false);
-    CLI::App* const pSet = Add("set", "write a block: read it, change what is named, write it back", &Set, true);
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.NeedsCommand();
+    CLine tGet = Add("get", "read a block, or all of them", &Get, false);
+    CLine tSet = Add("set", "write a block: read it, change what is named, write it back", &Set, true);
     Add("fields", "what the fields of a block mean, from the interface's own words; without a block: the blocks",
         &Fields, false);
-    for (CLI::App* const pAction : {pGet, pSet})
+    for (CLine* const pAction : {&tGet, &tSet})
     {
-        pAction->add_option("--index", pt->dwIndex, "which channel, input or output, from 0")->type_name("N");
-        pAction->add_flag("--sub", pt->bSub, "of the sub stream");
+        pAction->Option("--index", pt->dwIndex, "which channel, input or output, from 0").Value("N");
+        pAction->Flag("--sub", pt->bSub, "of the sub stream");
     }
-    pSet->add_option(
-            "value", pt->strValue,
-            "field=value, or JSON: '{...}', a file's name, or - for standard input; passwords of users so, never "
-            "on the command line")
-        ->required();
-    return [pfnRun](tagContext& tContext) { return (*pfnRun)(tContext); };
+    tSet.Option("value", pt->strValue,
+                "field=value, or JSON: '{...}', a file's name, or - for standard input; passwords of users so, never "
+                "on the command line")
+        .Needed();
 }
 } // namespace tessaro

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <unistd.h>
 
 namespace tessaro
 {
@@ -23,6 +24,10 @@ constexpr std::int64_t g_llClockOffUs = 2000000;
 
 std::string PluginAdvice(tagTrial const& tTrial, bool bRight, std::string const& strKind)
 {
+    if (access(tTrial.strFile.c_str(), R_OK) != 0)
+    {
+        return "this user may not read it: give everyone the right to";
+    }
     if (!bRight)
     {
         bool bIgnored = false;
@@ -342,10 +347,10 @@ int Run(tagContext& tContext, std::string const& strAddress)
 }
 } // namespace
 
-Action DeclareDoctor(CLI::App& tLine)
+void DeclareDoctor(CLine& tLine)
 {
     auto pstrAddress = std::make_shared<std::string>();
-    tLine.add_option("address", *pstrAddress, g_szAddressHelp);
-    return [pstrAddress](tagContext& tContext) { return Run(tContext, *pstrAddress); };
+    tLine.Option("address", *pstrAddress, g_szAddressHelp);
+    tLine.Does([pstrAddress](tagContext& tContext) { return Run(tContext, *pstrAddress); });
 }
 } // namespace tessaro

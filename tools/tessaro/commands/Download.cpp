@@ -21,7 +21,7 @@ namespace
 {
 constexpr int g_nTries = 5;
 
-struct tagOptions
+struct tagDownloadOptions
 {
     std::string strAddress;
     std::string strOut;
@@ -65,7 +65,7 @@ struct tagProgress
     }
 };
 
-tagFileDownloadPara Wanted(tagOptions const& tOptions, std::uint64_t ullOffset)
+tagFileDownloadPara Wanted(tagDownloadOptions const& tOptions, std::uint64_t ullOffset)
 {
     auto tPara = Sized<tagFileDownloadPara>();
     tPara.dwKind = static_cast<std::uint32_t>(*NamesOf<eFileKind>().Find(tOptions.strKind));
@@ -89,8 +89,8 @@ std::string ProgressText(std::uint64_t ullBytes, std::uint64_t ullLength, double
 }
 
 // One connection's part of the download. What ended it: 0 all of it is there; nothing: Ctrl-C.
-std::optional<int> Transfer(COutput& tOut, CSession const& tSession, tagOptions const& tOptions, tagProgress& tProgress,
-                            std::uint64_t& ullLength)
+std::optional<int> Transfer(COutput& tOut, CSession const& tSession, tagDownloadOptions const& tOptions,
+                            tagProgress& tProgress, std::uint64_t& ullLength)
 {
     tagFileDownloadPara tPara = Wanted(tOptions, tProgress.ullBytes);
     CMedia tMedia(&ClientAdapter_FileDownloadDisconnect);
@@ -143,7 +143,7 @@ bool GoesOnAfter(int nResult)
     throw CFailure(eExitFailed, fmt::format("{} can't be written: {}", strFile, strerror(nError)));
 }
 
-int Fetch(tagContext& tContext, CSession const& tSession, tagOptions const& tOptions)
+int Fetch(tagContext& tContext, CSession const& tSession, tagDownloadOptions const& tOptions)
 {
     const std::string strPart = tOptions.strOut + ".part";
     tagProgress tProgress;
@@ -191,7 +191,7 @@ int Fetch(tagContext& tContext, CSession const& tSession, tagOptions const& tOpt
 }
 
 // The files of a kind that the device has. Asked under a media connection, whichever.
-int List(tagContext& tContext, CSession const& tSession, tagOptions const& tOptions)
+int List(tagContext& tContext, CSession const& tSession, tagDownloadOptions const& tOptions)
 {
     CMedia tParent(&ClientAdapter_RealStreamDisconnect);
     tagRealStreamPara tStream{};
@@ -222,7 +222,7 @@ int List(tagContext& tContext, CSession const& tSession, tagOptions const& tOpti
     return eExitDone;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagDownloadOptions const& tOptions)
 {
     if (!tOptions.bList && tOptions.strOut.empty())
     {
@@ -234,25 +234,23 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareDownload(CLI::App& tLine)
+void DeclareDownload(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.add_option("out", pt->strOut, "the file to write; until it is complete its name ends in .part");
+    auto pt = std::make_shared<tagDownloadOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Option("out", pt->strOut, "the file to write; until it is complete its name ends in .part");
     AddSpanOptions(tLine, pt->tSpan);
+    tLine.Option("--file", pt->strFile, "a file by its name on the device; else the channel's recordings of the time")
+        .Value("NAME");
+    tLine.Option("--kind", pt->strKind, "what it is: " + NamesOf<eFileKind>().List())
+        .OneOf({"any", "recording", "picture", "configuration", "firmware", "log", "support", "audio"})
+        .Value("KIND");
     tLine
-        .add_option("--file", pt->strFile,
-                    "a file by its name on the device; else the channel's recordings of the time")
-        ->type_name("NAME");
-    tLine.add_option("--kind", pt->strKind, "what it is: " + NamesOf<eFileKind>().List())
-        ->check(CLI::IsMember({"any", "recording", "picture", "configuration", "firmware", "log", "support", "audio"}))
-        ->type_name("KIND");
-    tLine
-        .add_option("--format", pt->strFormat,
-                    "how recordings are packed: mp4, mpeg_ts, or native as they lie on the device")
-        ->check(CLI::IsMember({"native", "mp4", "mpeg_ts"}))
-        ->type_name("KIND");
-    tLine.add_flag("--list", pt->bList, "show the files of the kind instead");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+        .Option("--format", pt->strFormat,
+                "how recordings are packed: mp4, mpeg_ts, or native as they lie on the device")
+        .OneOf({"native", "mp4", "mpeg_ts"})
+        .Value("KIND");
+    tLine.Flag("--list", pt->bList, "show the files of the kind instead");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

@@ -14,7 +14,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagEventsOptions
 {
     std::string strAddress;
     std::vector<std::string> astrOnly;
@@ -149,7 +149,7 @@ unsigned long Mask(std::vector<std::string> const& astrOnly)
     return dwMask;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagEventsOptions const& tOptions)
 {
     const unsigned long dwMask = Mask(tOptions.astrOnly);
     std::mutex tMutex;
@@ -193,17 +193,15 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareEvents(CLI::App& tLine)
+void DeclareEvents(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.add_option("--only", pt->astrOnly, "these events alone: " + NamesOf<eDeviceEvent>().List())
-        ->delimiter(',')
-        ->type_name("EVENT,...");
-    tLine.add_option("--seconds", pt->dSeconds, "for so long; else until Ctrl-C")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
-    tLine.add_option("--count", pt->dwCount, "end after so many; 1 if fewer come in the time")->type_name("N");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    auto pt = std::make_shared<tagEventsOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Option("--only", pt->astrOnly, "these events alone: " + NamesOf<eDeviceEvent>().List())
+        .List()
+        .Value("EVENT,...");
+    tLine.Option("--seconds", pt->dSeconds, "for so long; else until Ctrl-C").Positive().Value("N");
+    tLine.Option("--count", pt->dwCount, "end after so many; 1 if fewer come in the time").Value("N");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

@@ -15,7 +15,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagInfoOptions
 {
     std::vector<std::string> astrAddresses;
     bool bMatrix = false;
@@ -178,7 +178,7 @@ json Matrix(std::vector<std::unique_ptr<CSession>> const& apSessions)
     return tRows;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagInfoOptions const& tOptions)
 {
     std::vector<std::unique_ptr<CSession>> apSessions;
     json tDevices = json::array();
@@ -208,11 +208,11 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareInfo(CLI::App& tLine)
+void DeclareInfo(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->astrAddresses, g_szAddressHelp)->required();
-    tLine.add_flag("--matrix", pt->bMatrix, "also what each device can do: all operations, a column for each device");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    auto pt = std::make_shared<tagInfoOptions>();
+    tLine.Option("address", pt->astrAddresses, g_szAddressHelp).Needed();
+    tLine.Flag("--matrix", pt->bMatrix, "also what each device can do: all operations, a column for each device");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

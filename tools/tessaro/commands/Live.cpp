@@ -16,7 +16,7 @@ namespace
 constexpr int g_nCellWidth = 320;
 constexpr int g_nCellHeight = 180;
 
-struct tagOptions
+struct tagWatchOptions
 {
     std::string strAddress;
     tagLiveOptions tLive;
@@ -48,7 +48,7 @@ void Repeat(double dSeconds, double dEvery, F fnStep)
     }
 }
 
-int Watch(tagContext& tContext, tagOptions const& tOptions)
+int Watch(tagContext& tContext, tagWatchOptions const& tOptions)
 {
     COutput& tOut = tContext.tOut;
     const std::unique_ptr<CMuxer> pMuxer =
@@ -101,7 +101,7 @@ struct tagCell
     std::string strProblem;
 };
 
-int Wall(tagContext& tContext, tagOptions const& tOptions)
+int Wall(tagContext& tContext, tagWatchOptions const& tOptions)
 {
     COutput& tOut = tContext.tOut;
     const CSession tSession(tContext, tOptions.strAddress);
@@ -161,25 +161,19 @@ int Wall(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareLive(CLI::App& tLine)
+void DeclareLive(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
+    auto pt = std::make_shared<tagWatchOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
     AddLiveOptions(tLine, pt->tLive);
-    tLine.add_option("--seconds", pt->dSeconds, "for so long; else until Ctrl-C")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
-    tLine.add_option("--every", pt->dEvery, "report, or draw, every so many seconds")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
-    auto* const pFile =
-        tLine
-            .add_option("--mp4", pt->strFile,
-                        "write the frames there as they are; the name's end may also be .mkv, .mov, .ts")
-            ->type_name("FILE");
-    tLine.add_option("--wall", pt->strWall, "a contact sheet of all channels as PNG, drawn again and again")
-        ->type_name("FILE")
-        ->excludes(pFile);
-    return [pt](tagContext& tContext) { return pt->strWall.empty() ? Watch(tContext, *pt) : Wall(tContext, *pt); };
+    tLine.Option("--seconds", pt->dSeconds, "for so long; else until Ctrl-C").Positive().Value("N");
+    tLine.Option("--every", pt->dEvery, "report, or draw, every so many seconds").Positive().Value("N");
+    COption tFile = tLine.Option("--mp4", pt->strFile,
+                                 "write the frames there as they are; the name's end may also be .mkv, .mov, .ts");
+    tFile.Value("FILE");
+    tLine.Option("--wall", pt->strWall, "a contact sheet of all channels as PNG, drawn again and again")
+        .Value("FILE")
+        .NotWith(tFile);
+    tLine.Does([pt](tagContext& tContext) { return pt->strWall.empty() ? Watch(tContext, *pt) : Wall(tContext, *pt); });
 }
 } // namespace tessaro

@@ -12,7 +12,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagLogOptions
 {
     std::string strAddress;
     std::string strFrom;
@@ -23,7 +23,7 @@ struct tagOptions
     unsigned int dwLast = 0;
 };
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagLogOptions const& tOptions)
 {
     const CSession tSession(tContext, tOptions.strAddress);
     tSession.NeedsDevice("log");
@@ -60,18 +60,18 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareLog(CLI::App& tLine)
+void DeclareLog(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
+    auto pt = std::make_shared<tagLogOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
     AddTimeOptions(tLine, pt->strFrom, pt->strTo);
-    tLine.add_option("--type", pt->astrTypes, "about: " + NamesOf<eLogType>().List())
-        ->delimiter(',')
-        ->check(CLI::IsMember({"system", "configuration", "alarm", "recording", "access"}))
-        ->type_name("KIND,...");
-    tLine.add_option("--user", pt->strUser, "of this user")->type_name("NAME");
-    tLine.add_option("--text", pt->strText, "with this in it")->type_name("TEXT");
-    tLine.add_option("--last", pt->dwLast, "the last so many")->type_name("N");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    tLine.Option("--type", pt->astrTypes, "about: " + NamesOf<eLogType>().List())
+        .List()
+        .OneOf({"system", "configuration", "alarm", "recording", "access"})
+        .Value("KIND,...");
+    tLine.Option("--user", pt->strUser, "of this user").Value("NAME");
+    tLine.Option("--text", pt->strText, "with this in it").Value("TEXT");
+    tLine.Option("--last", pt->dwLast, "the last so many").Value("N");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

@@ -3,8 +3,8 @@
 #include "tools/tessaro/Command.h"
 #include "tools/tessaro/Failure.h"
 #include "tools/tessaro/Interrupt.h"
+#include "tools/tessaro/Search.h"
 #include "tools/tessaro/Stream.h"
-#include "tools/tessaro/Times.h"
 #include "tools/tessaro/media/Muxer.h"
 #include "tools/tessaro/media/Pictures.h"
 
@@ -16,7 +16,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagPlayOptions
 {
     std::string strAddress;
     tagSpan tSpan;
@@ -54,7 +54,27 @@ int OnFrame(void*, tagStreamMediaFrame const* ptFrame, unsigned long dwUser)
     return 0;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+// Backwards one begins at the end.
+void GoToEnd(CSession const& tSession, tagPlayOptions const& tOptions, int nPlayback)
+{
+    auto tTime = Sized<tagTimeInfo>();
+    for (auto const& t : FindRecordings(tSession, tOptions.tSpan, tOptions.strFile))
+    {
+        tTime.llTimeUs = std::max(tTime.llTimeUs, t.llEndUs - 1);
+    }
+    if (const std::int64_t llToUs = tOptions.tSpan.ToUs())
+    {
+        tTime.llTimeUs = std::min(tTime.llTimeUs, llToUs - 1);
+    }
+    if (tTime.llTimeUs <= 0)
+    {
+        throw CFailure(eExitFailed, "where the recording ends isn't known",
+                       "is it one of another --channel, or --sub?");
+    }
+    Check(ClientAdapter_HistoryStreamPosition(nPlayback, eOperationSet, &tTime), "going to the end of the recording");
+}
+
+int Run(tagContext& tContext, tagPlayOptions const& tOptions)
 {
     COutput& tOut = tContext.tOut;
     tagSink tSink;
@@ -81,6 +101,10 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
             static_cast<unsigned long>(std::lround(std::abs(tOptions.dSpeed) * static_cast<int>(eSpeedNormal)));
         Check(ClientAdapter_HistoryStreamSetSpeed(tMedia.Id(), dwSpeed + (tOptions.dSpeed < 0 ? eSpeedReverse : 0)),
               fmt::format("playing at {} times the speed", tOptions.dSpeed));
+    }
+    if (tOptions.dSpeed < 0)
+    {
+        GoToEnd(tSession, tOptions, tMedia.Id());
     }
     Check(ClientAdapter_StreamMediaControl(tMedia.Id(), eTaskPlay), "playing");
     CRates tRates(tSink.tCount);
@@ -125,24 +149,21 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclarePlay(CLI::App& tLine)
+void DeclarePlay(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
+    auto pt = std::make_shared<tagPlayOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
     AddSpanOptions(tLine, pt->tSpan);
-    tLine.add_option("--file", pt->strFile, "a recording by its name, as tessaro recordings --list shows it")
-        ->type_name("NAME");
+    tLine.Option("--file", pt->strFile, "a recording by its name, as tessaro recordings --list shows it").Value("NAME");
     tLine
-        .add_option("--speed", pt->dSpeed,
-                    "so many times as fast, 0.125 to 16; --speed=-1 plays backwards, key frames alone")
-        ->type_name("X");
-    tLine.add_option("--seconds", pt->dSeconds, "for so long; else to the end")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
-    tLine.add_option("--mp4", pt->strOut, "write the frames there as they are")->type_name("FILE");
-    tLine.add_option("--picture", pt->strPicture, "write the last key frame there, as PNG")->type_name("FILE");
-    tLine.add_flag("--key-frames", pt->bKeyFrames, "key frames alone");
-    tLine.add_flag("--no-audio", pt->bNoAudio, "video alone");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+        .Option("--speed", pt->dSpeed,
+                "so many times as fast, 0.125 to 16; --speed=-1 plays backwards from the end, key frames alone")
+        .Value("X");
+    tLine.Option("--seconds", pt->dSeconds, "for so long; else to the end").Positive().Value("N");
+    tLine.Option("--mp4", pt->strOut, "write the frames there as they are").Value("FILE");
+    tLine.Option("--picture", pt->strPicture, "write the last key frame there, as PNG").Value("FILE");
+    tLine.Flag("--key-frames", pt->bKeyFrames, "key frames alone");
+    tLine.Flag("--no-audio", pt->bNoAudio, "video alone");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

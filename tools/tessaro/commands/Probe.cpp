@@ -14,7 +14,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagProbeOptions
 {
     unsigned int dwSeconds = 3;
     std::string strInterface;
@@ -73,7 +73,7 @@ void OnFound(tagDeviceProbeConfig* ptConfig)
     CInterrupt::Instance().Wake();
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagProbeOptions const& tOptions)
 {
     CService tService;
     auto tPara = Sized<tagDeviceProbeParameter>();
@@ -119,13 +119,12 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareProbe(CLI::App& tLine)
+void DeclareProbe(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("--seconds", pt->dwSeconds, "look for so long")->check(CLI::Range(1u, 3600u))->type_name("N");
-    tLine.add_option("--interface", pt->strInterface, "look on this network interface alone")->type_name("NAME");
-    tLine.add_option("--address", pt->strAddress, "ask this device alone, by its host name or address")
-        ->type_name("HOST");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    auto pt = std::make_shared<tagProbeOptions>();
+    tLine.Option("--seconds", pt->dwSeconds, "look for so long").Between(1, 3600).Value("N");
+    tLine.Option("--interface", pt->strInterface, "look on this network interface alone").Value("NAME");
+    tLine.Option("--address", pt->strAddress, "ask this device alone, by its host name or address").Value("HOST");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

@@ -14,7 +14,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagPtzOptions
 {
     std::string strAddress;
     unsigned int dwChannel = 0;
@@ -106,8 +106,7 @@ private:
 
 long Number(std::string const& strWord, char const* szName)
 {
-    const bool bNegative = strWord.starts_with(g_szMinus);
-    const std::string strDigits = bNegative ? "-" + strWord.substr(std::size(g_szMinus) - 1) : strWord;
+    const std::string strDigits = Typed(strWord);
     char* pEnd = nullptr;
     const long n = std::strtol(strDigits.c_str(), &pEnd, 10);
     if (*pEnd != '\0')
@@ -146,7 +145,7 @@ void ShowPosition(COutput& tOut, json const& t)
     tOut.Result({{"position", t}});
 }
 
-int Perform(tagContext& tContext, tagOptions const& tOptions, tagPtzAction const& tAction)
+int Perform(tagContext& tContext, tagPtzOptions const& tOptions, tagPtzAction const& tAction)
 {
     long an[4];
     for (std::size_t i = 0; i < 4; ++i)
@@ -168,7 +167,7 @@ int Perform(tagContext& tContext, tagOptions const& tOptions, tagPtzAction const
     return eExitDone;
 }
 
-int List(tagContext& tContext, tagOptions const& tOptions)
+int List(tagContext& tContext, tagPtzOptions const& tOptions)
 {
     const CSession tSession(tContext, tOptions.strAddress);
     tSession.NeedsDevice("head that moves");
@@ -192,7 +191,7 @@ int List(tagContext& tContext, tagOptions const& tOptions)
 }
 
 // Keys move the camera as long as they are pressed: a terminal repeats them, and each movement is short.
-int Keys(tagContext& tContext, tagOptions const& tOptions)
+int Keys(tagContext& tContext, tagPtzOptions const& tOptions)
 {
     constexpr int nMs = 400;
     constexpr long nSpeed = 5000;
@@ -228,35 +227,27 @@ int Keys(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclarePtz(CLI::App& tLine)
+void DeclarePtz(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    auto pfnRun = std::make_shared<Action>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.add_option("--channel", pt->dwChannel, "the device's channel, from 0")->type_name("N");
-    tLine.add_flag("--wait", pt->bWait, "until the camera has arrived");
-    tLine.require_subcommand(1);
-    for (tagPtzAction const& tAction : g_atActions)
+    auto pt = std::make_shared<tagPtzOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Option("--channel", pt->dwChannel, "the device's channel, from 0").Value("N");
+    tLine.Flag("--wait", pt->bWait, "until the camera has arrived");
+    tLine.NeedsCommand();
+    for (tagPtzAction const& t : g_atActions)
     {
-        CLI::App* const pAction = tLine.add_subcommand(tAction.szName, tAction.szHelp);
-        pAction->fallthrough();
-        for (std::size_t i = 0; i < 4 && tAction.aszWords[i]; ++i)
+        CLine tAction =
+            tLine.Add(t.szName, t.szHelp, [pt, &t](tagContext& tContext) { return Perform(tContext, *pt, t); });
+        for (std::size_t i = 0; i < t.aszWords.size() && t.aszWords[i]; ++i)
         {
-            std::string strName = tAction.aszWords[i];
-            const bool bOptional = strName[0] == '[';
-            strName = bOptional ? strName.substr(1, strName.size() - 2) : strName;
-            pAction->add_option(strName, pt->astrWords[i], "")->required(!bOptional);
+            const std::string strWord = t.aszWords[i];
+            const bool bOptional = strWord[0] == '[';
+            tAction.Option(bOptional ? strWord.substr(1, strWord.size() - 2) : strWord, pt->astrWords[i], "")
+                .Needed(!bOptional);
         }
-        pAction->allow_extras(false);
-        pAction->callback([pfnRun, pt, &tAction]
-                          { *pfnRun = [pt, &tAction](tagContext& t) { return Perform(t, *pt, tAction); }; });
     }
-    tLine.add_subcommand("list", "where it looks, its presets and tours, what it can do")
-        ->fallthrough()
-        ->callback([pfnRun, pt] { *pfnRun = [pt](tagContext& t) { return List(t, *pt); }; });
-    tLine.add_subcommand("keys", "move it with the keys of the terminal")
-        ->fallthrough()
-        ->callback([pfnRun, pt] { *pfnRun = [pt](tagContext& t) { return Keys(t, *pt); }; });
-    return [pfnRun](tagContext& tContext) { return (*pfnRun)(tContext); };
+    tLine.Add("list", "where it looks, its presets and tours, what it can do",
+              [pt](tagContext& t) { return List(t, *pt); });
+    tLine.Add("keys", "move it with the keys of the terminal", [pt](tagContext& t) { return Keys(t, *pt); });
 }
 } // namespace tessaro

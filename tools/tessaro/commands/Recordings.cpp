@@ -2,8 +2,7 @@
 
 #include "tools/tessaro/Command.h"
 #include "tools/tessaro/Failure.h"
-#include "tools/tessaro/Session.h"
-#include "tools/tessaro/Times.h"
+#include "tools/tessaro/Search.h"
 
 #include <RecordTables.h>
 #include <map>
@@ -16,7 +15,7 @@ namespace
 constexpr std::int64_t g_llDayUs = INT64_C(86400) * 1000000;
 constexpr std::size_t g_nCells = 48; // half an hour each
 
-struct tagOptions
+struct tagRecordingsOptions
 {
     std::string strAddress;
     tagSpan tSpan;
@@ -34,9 +33,9 @@ int Strength(char ch)
     return static_cast<int>(std::string_view(".#OMA").find(ch));
 }
 
-using Days = std::map<std::int64_t, std::string>;
+using DayBars = std::map<std::int64_t, std::string>;
 
-void Draw(Days& tDays, std::int64_t llStartUs, std::int64_t llEndUs, char ch)
+void Draw(DayBars& tDays, std::int64_t llStartUs, std::int64_t llEndUs, char ch)
 {
     const std::int64_t llCellUs = g_llDayUs / static_cast<std::int64_t>(g_nCells);
     for (std::int64_t ll = llStartUs / llCellUs; ll * llCellUs < llEndUs; ++ll)
@@ -48,33 +47,18 @@ void Draw(Days& tDays, std::int64_t llStartUs, std::int64_t llEndUs, char ch)
     }
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagRecordingsOptions const& tOptions)
 {
     const CSession tSession(tContext, tOptions.strAddress);
     tSession.NeedsDevice("recordings");
-    auto tFactor = Sized<tagHistoryStreamMultiTypeQueryFactor>();
-    tFactor.dwTypes = tOptions.tSpan.Types();
-    tFactor.ullChannels = std::uint64_t{1} << (tOptions.tSpan.dwChannel & 63);
-    tFactor.dwStreamKind = tOptions.tSpan.Kind();
-    tFactor.llStartUs = tOptions.tSpan.FromUs();
-    tFactor.llEndUs = tOptions.tSpan.ToUs();
-    CMedia tQuery(&ClientAdapter_HistoryStreamQueryDisconnect);
-    Check(ClientAdapter_HistoryStreamMultiTypeQueryConnect(tQuery.Target(), tSession.Login(), &tFactor),
-          "searching for recordings");
     json tRows = json::array();
-    Days tDays;
+    DayBars tDays;
     std::uint64_t ullBytes = 0;
-    auto t = Sized<tagHistoryStreamMultiTypeQueryResult>();
-    int nResult = eResultOk;
-    while ((nResult = ClientAdapter_HistoryStreamMultiTypeQueryNext(tQuery.Id(), &t)) == eResultOk)
+    for (tagHistoryStreamMultiTypeQueryResult const& t : FindRecordings(tSession, tOptions.tSpan))
     {
         tRows.push_back(ToJson(t));
         ullBytes += t.ullLength;
         Draw(tDays, t.llStartUs, t.llEndUs, Letter(t.dwType));
-    }
-    if (nResult != eResultNoMoreEntries)
-    {
-        throw CFailure(nResult, "reading the recordings found");
     }
     COutput& tOut = tContext.tOut;
     if (tOptions.bList)
@@ -107,12 +91,12 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareRecordings(CLI::App& tLine)
+void DeclareRecordings(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
+    auto pt = std::make_shared<tagRecordingsOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
     AddSpanOptions(tLine, pt->tSpan);
-    tLine.add_flag("--list", pt->bList, "also each recording, with the name to play, download or protect it");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    tLine.Flag("--list", pt->bList, "also each recording, with the name to play, download or protect it");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

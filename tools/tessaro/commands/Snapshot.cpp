@@ -13,7 +13,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagSnapshotOptions
 {
     std::string strAddress;
     tagLiveOptions tLive;
@@ -25,7 +25,7 @@ struct tagOptions
 };
 
 // False: the device takes none.
-bool ByDevice(CSession const& tSession, tagOptions const& tOptions, json& tResult)
+bool ByDevice(CSession const& tSession, tagSnapshotOptions const& tOptions, json& tResult)
 {
     auto tInfo = Sized<tagImageFileInfo>();
     tInfo.dwWidth = tOptions.dwWidth;
@@ -45,7 +45,7 @@ bool ByDevice(CSession const& tSession, tagOptions const& tOptions, json& tResul
     return true;
 }
 
-void FromStream(CSession const& tSession, tagOptions const& tOptions, json& tResult)
+void FromStream(CSession const& tSession, tagSnapshotOptions const& tOptions, json& tResult)
 {
     if (!tOptions.strOut.ends_with(".png"))
     {
@@ -76,7 +76,7 @@ void FromStream(CSession const& tSession, tagOptions const& tOptions, json& tRes
         {"file", tOptions.strOut}, {"width", tPicture->nWidth}, {"height", tPicture->nHeight}, {"source", "stream"}};
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagSnapshotOptions const& tOptions)
 {
     const CSession tSession(tContext, tOptions.strAddress);
     json tResult;
@@ -91,21 +91,18 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareSnapshot(CLI::App& tLine)
+void DeclareSnapshot(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.add_option("out", pt->strOut, "the file to write: .png, or .jpg where the device takes the picture")
-        ->required();
+    auto pt = std::make_shared<tagSnapshotOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Option("out", pt->strOut, "the file to write: .png, or .jpg where the device takes the picture").Needed();
     AddLiveOptions(tLine, pt->tLive);
-    tLine
-        .add_option("--target", pt->strTarget, "what --channel numbers: channel, or of a decoder window, screen, wall")
-        ->check(CLI::IsMember({"channel", "window", "screen", "wall"}))
-        ->type_name("KIND");
-    tLine.add_option("--width", pt->dwWidth, "at most so many pixels wide")->type_name("N");
-    tLine.add_option("--height", pt->dwHeight, "at most so many pixels high")->type_name("N");
-    tLine.add_flag("--from-stream", pt->bStream,
-                   "decode it from the live stream, also where the device takes pictures");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    tLine.Option("--target", pt->strTarget, "what --channel numbers: channel, or of a decoder window, screen, wall")
+        .OneOf({"channel", "window", "screen", "wall"})
+        .Value("KIND");
+    tLine.Option("--width", pt->dwWidth, "at most so many pixels wide").Value("N");
+    tLine.Option("--height", pt->dwHeight, "at most so many pixels high").Value("N");
+    tLine.Flag("--from-stream", pt->bStream, "decode it from the live stream, also where the device takes pictures");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

@@ -14,7 +14,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagTalkOptions
 {
     std::string strAddress;
     tagLiveOptions tLive;
@@ -66,7 +66,7 @@ std::uint64_t Send(COutput& tOut, int nVoice, CSoundSource& tSource, tagVoiceStr
     return ullSent;
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagTalkOptions const& tOptions)
 {
     if (tOptions.strSound.empty() && tOptions.strListen.empty())
     {
@@ -112,18 +112,18 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareTalk(CLI::App& tLine)
+void DeclareTalk(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.add_option("sound", pt->strSound,
-                     "what to say: any file with sound, or - for 16-bit samples from standard input: "
-                     "arecord -t raw -f S16_LE -r 8000 | tessaro talk ADDRESS -");
+    auto pt = std::make_shared<tagTalkOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Option("sound", pt->strSound,
+                 "what to say: any file with sound, or - for 16-bit samples from standard input: "
+                 "arecord -t raw -f S16_LE -r 8000 | tessaro talk ADDRESS -");
     AddLiveOptions(tLine, pt->tLive);
-    tLine.add_option("--listen", pt->strListen, "write what the device says there, as WAV")->type_name("FILE");
-    tLine.add_option("--seconds", pt->dSeconds, "for so long; else to the sound's end, or until Ctrl-C")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    tLine.Option("--listen", pt->strListen, "write what the device says there, as WAV").Value("FILE");
+    tLine.Option("--seconds", pt->dSeconds, "for so long; else to the sound's end, or until Ctrl-C")
+        .Positive()
+        .Value("N");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

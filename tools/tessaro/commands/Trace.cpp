@@ -21,7 +21,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagTraceOptions
 {
     std::string strFile;
     bool bReplay = false;
@@ -161,7 +161,7 @@ json Summary(std::string const& strFile)
     return tRows;
 }
 
-int Record(tagContext& tContext, tagOptions const& tOptions)
+int Record(tagContext& tContext, tagTraceOptions const& tOptions)
 {
     if (tOptions.astrProgram.empty())
     {
@@ -189,7 +189,9 @@ int Record(tagContext& tContext, tagOptions const& tOptions)
     setenv("TESSARO_TRACE_FILE", std::filesystem::absolute(tOptions.strFile).c_str(), 1);
     std::error_code tError;
     std::filesystem::remove(tOptions.strFile, tError);
-    const int nExit = RunProgram(tOptions.astrProgram);
+    std::vector<std::string> astrProgram;
+    std::ranges::transform(tOptions.astrProgram, std::back_inserter(astrProgram), &Typed);
+    const int nExit = RunProgram(astrProgram);
     if (!std::filesystem::exists(tOptions.strFile, tError))
     {
         throw CFailure(eExitFailed,
@@ -201,7 +203,7 @@ int Record(tagContext& tContext, tagOptions const& tOptions)
     return nExit == 0 ? eExitDone : eExitFailed;
 }
 
-int Replay(tagContext& tContext, tagOptions const& tOptions)
+int Replay(tagContext& tContext, tagTraceOptions const& tOptions)
 {
     const std::string strPassword = getenv("TESSARO_PASSWORD") || !tContext.strPasswordFile.empty()
                                         ? AskPassword(tContext.strPasswordFile, "")
@@ -218,7 +220,8 @@ int Replay(tagContext& tContext, tagOptions const& tOptions)
         tOptions.strFile,
         [&](json const& t, std::size_t nLine)
         {
-            if (!t.contains("call") || CInterrupt::Instance().Asked())
+            // What one plug-in asked of another it asks for again by itself.
+            if (!t.contains("call") || t.contains("inside") || CInterrupt::Instance().Asked())
             {
                 return;
             }
@@ -259,25 +262,14 @@ int Replay(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareTrace(CLI::App& tLine)
+void DeclareTrace(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine
-        .add_option("file", pt->strFile, "the trace: a line of JSON for each call and callback; passwords show as ***")
-        ->required();
-    tLine.add_option("program", pt->astrProgram, "after --: the program to run, and its arguments");
-    tLine.add_flag("--replay", pt->bReplay, "make the calls of the trace again, and show which results differ");
-    tLine.add_flag("--fast", pt->bFast, "replay without the pauses between calls");
-    return [pt](tagContext& tContext)
-    {
-        for (std::string& str : pt->astrProgram) // negative numbers, as the program wants them
-        {
-            if (str.starts_with(g_szMinus))
-            {
-                str = "-" + str.substr(std::size(g_szMinus) - 1);
-            }
-        }
-        return pt->bReplay ? Replay(tContext, *pt) : Record(tContext, *pt);
-    };
+    auto pt = std::make_shared<tagTraceOptions>();
+    tLine.Option("file", pt->strFile, "the trace: a line of JSON for each call and callback; passwords show as ***")
+        .Needed();
+    tLine.Option("program", pt->astrProgram, "after --: the program to run, and its arguments");
+    tLine.Flag("--replay", pt->bReplay, "make the calls of the trace again, and show which results differ");
+    tLine.Flag("--fast", pt->bFast, "replay without the pauses between calls");
+    tLine.Does([pt](tagContext& t) { return pt->bReplay ? Replay(t, *pt) : Record(t, *pt); });
 }
 } // namespace tessaro

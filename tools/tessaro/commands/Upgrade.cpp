@@ -17,7 +17,7 @@ namespace tessaro
 {
 namespace
 {
-struct tagOptions
+struct tagUpgradeOptions
 {
     std::string strAddress;
     std::string strFile;
@@ -38,7 +38,7 @@ std::string Firmware(CSession const& tSession)
     return tSession.Read(eConfigIdentity, 0, tIdentity) == eResultOk ? Text(tIdentity.szFirmware) : "";
 }
 
-void Agree(tagOptions const& tOptions, std::string const& strFirmware)
+void Agree(tagUpgradeOptions const& tOptions, std::string const& strFirmware)
 {
     if (tOptions.bYes)
     {
@@ -58,7 +58,7 @@ void Agree(tagOptions const& tOptions, std::string const& strFirmware)
     }
 }
 
-void Upload(COutput& tOut, CSession const& tSession, tagOptions const& tOptions, tagUpload& tUpload)
+void Upload(COutput& tOut, CSession const& tSession, tagUpgradeOptions const& tOptions, tagUpload& tUpload)
 {
     auto tPara = Sized<tagFileUploadPara>();
     tPara.dwKind = eFileFirmware;
@@ -100,7 +100,7 @@ void Upload(COutput& tOut, CSession const& tSession, tagOptions const& tOptions,
     }
 }
 
-int Run(tagContext& tContext, tagOptions const& tOptions)
+int Run(tagContext& tContext, tagUpgradeOptions const& tOptions)
 {
     if (tOptions.strFile.size() >= sizeof tagFileUploadPara::szPath ||
         !std::filesystem::is_regular_file(tOptions.strFile))
@@ -140,15 +140,13 @@ int Run(tagContext& tContext, tagOptions const& tOptions)
 }
 } // namespace
 
-Action DeclareUpgrade(CLI::App& tLine)
+void DeclareUpgrade(CLine& tLine)
 {
-    auto pt = std::make_shared<tagOptions>();
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.add_option("file", pt->strFile, "the firmware, as its maker gives it out")->required();
-    tLine.add_flag("--yes", pt->bYes, "don't ask");
-    tLine.add_option("--wait", pt->dWait, "wait so many seconds for the device to come back")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
-    return [pt](tagContext& tContext) { return Run(tContext, *pt); };
+    auto pt = std::make_shared<tagUpgradeOptions>();
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Option("file", pt->strFile, "the firmware, as its maker gives it out").Needed();
+    tLine.Flag("--yes", pt->bYes, "don't ask");
+    tLine.Option("--wait", pt->dWait, "wait so many seconds for the device to come back").Positive().Value("N");
+    tLine.Does([pt](tagContext& tContext) { return Run(tContext, *pt); });
 }
 } // namespace tessaro

@@ -15,7 +15,7 @@ namespace
 {
 constexpr std::size_t g_nMostWindows = 1024;
 
-struct tagOptions
+struct tagWallOptions
 {
     std::string strAddress;
     unsigned int dwWindow = 0;
@@ -27,7 +27,7 @@ struct tagOptions
     std::string strSourcePassword;
 };
 
-json Layout(CSession const& tSession)
+json ReadLayout(CSession const& tSession)
 {
     std::vector<tagDecoderWindow> atWindows(g_nMostWindows);
     auto t = Sized<tagDecoderDeviceConfig>();
@@ -38,7 +38,7 @@ json Layout(CSession const& tSession)
     return ToJson(t);
 }
 
-json States(CSession const& tSession)
+json ReadStates(CSession const& tSession)
 {
     std::vector<tagDecoderWindowStatus> atWindows(g_nMostWindows);
     auto t = Sized<tagDecoderChannelStatus>();
@@ -86,10 +86,10 @@ void Sketch(COutput& tOut, json const& tLayout)
     }
 }
 
-int Show(tagContext& tContext, CSession const& tSession, tagOptions const&)
+int Show(tagContext& tContext, CSession const& tSession, tagWallOptions const&)
 {
-    const json tLayout = Layout(tSession);
-    const json tStates = States(tSession);
+    const json tLayout = ReadLayout(tSession);
+    const json tStates = ReadStates(tSession);
     COutput& tOut = tContext.tOut;
     tOut.Say("\"{}\": {} x {} screens, {} windows", tLayout["name"].get<std::string>(), tLayout["columns"].dump(),
              tLayout["rows"].dump(), tLayout["entries"].size());
@@ -109,7 +109,7 @@ int Show(tagContext& tContext, CSession const& tSession, tagOptions const&)
     return eExitDone;
 }
 
-int Split(tagContext& tContext, CSession const& tSession, tagOptions const& tOptions)
+int Split(tagContext& tContext, CSession const& tSession, tagWallOptions const& tOptions)
 {
     std::vector<unsigned long> adwChannels = tOptions.adwChannels;
     adwChannels.resize(tOptions.dwMode, TESSARO_ALL);
@@ -140,7 +140,7 @@ tagDecoderSource Source(tagContext const& tContext, std::string const& strText)
     return t;
 }
 
-int Connect(tagContext& tContext, CSession const& tSession, tagOptions const& tOptions)
+int Connect(tagContext& tContext, CSession const& tSession, tagWallOptions const& tOptions)
 {
     tagContext tOther{};
     tOther.strPasswordFile = tOptions.strSourcePassword.empty() ? tContext.strPasswordFile : tOptions.strSourcePassword;
@@ -152,14 +152,14 @@ int Connect(tagContext& tContext, CSession const& tSession, tagOptions const& tO
     return Show(tContext, tSession, tOptions);
 }
 
-int Disconnect(tagContext& tContext, CSession const& tSession, tagOptions const& tOptions)
+int Disconnect(tagContext& tContext, CSession const& tSession, tagWallOptions const& tOptions)
 {
     Check(ClientAdapter_DecoderDynamicDisconnect(tSession.Login(), tOptions.dwWindow, eDecoderRestore),
           fmt::format("ending what window {} shows", tOptions.dwWindow));
     return Show(tContext, tSession, tOptions);
 }
 
-int Set(tagContext& tContext, CSession const& tSession, tagOptions const& tOptions)
+int Set(tagContext& tContext, CSession const& tSession, tagWallOptions const& tOptions)
 {
     std::ifstream tFile(tOptions.strFile);
     const json tWanted = json::parse(tOptions.strFile == "-" ? std::cin : tFile, nullptr, false);
@@ -184,10 +184,10 @@ int Set(tagContext& tContext, CSession const& tSession, tagOptions const& tOptio
 }
 } // namespace
 
-Action DeclareWall(CLI::App& tLine)
+void DeclareWall(CLine& tLine)
 {
-    using Part = int (*)(tagContext&, CSession const&, tagOptions const&);
-    auto pt = std::make_shared<tagOptions>();
+    using Part = int (*)(tagContext&, CSession const&, tagWallOptions const&);
+    auto pt = std::make_shared<tagWallOptions>();
     const auto Act = [pt](Part pfn) -> Action
     {
         return [pt, pfn](tagContext& tContext)
@@ -197,37 +197,25 @@ Action DeclareWall(CLI::App& tLine)
             return pfn(tContext, tSession, *pt);
         };
     };
-    auto pfnRun = std::make_shared<Action>(Act(&Show));
-    tLine.add_option("address", pt->strAddress, g_szAddressHelp)->required();
-    tLine.require_subcommand(0, 1);
-    const auto Add = [&](char const* szName, char const* szHelp, Part pfn)
-    {
-        CLI::App* const pAction = tLine.add_subcommand(szName, szHelp);
-        pAction->fallthrough();
-        const Action fnAct = Act(pfn);
-        pAction->callback([pfnRun, fnAct] { *pfnRun = fnAct; });
-        return pAction;
-    };
-    Add("show", "the layout and what each window shows, which is what no action does too", &Show);
-    CLI::App* const pSplit = Add("split", "split a screen evenly", &Split);
-    pSplit->add_option("screen", pt->dwWindow, "which screen, from 0")->required();
-    pSplit->add_option("windows", pt->dwMode, "into so many: 1, 4, 6, 8, 9, 16, 25, 36")->required();
-    pSplit->add_option("channels", pt->adwChannels, "the decoder's own channel of each window in turn");
-    CLI::App* const pConnect = Add("connect", "show a source in a window for now", &Connect);
-    pConnect->add_option("window", pt->dwWindow, "which window")->required();
-    pConnect
-        ->add_option("source", pt->strSource,
-                     "the decoder's own channel by its number, or an address as the decoder sees it")
-        ->required();
-    pConnect->add_option("--seconds", pt->dwSeconds, "for so long")->type_name("N");
-    pConnect->add_option("--source-password-file", pt->strSourcePassword, "the source's password, if it is another")
-        ->type_name("FILE");
-    Add("disconnect", "end what connect began", &Disconnect)
-        ->add_option("window", pt->dwWindow, "which window")
-        ->required();
-    Add("set", "write a layout", &Set)
-        ->add_option("file", pt->strFile, "JSON as show --json prints it; - for standard input")
-        ->required();
-    return [pfnRun](tagContext& tContext) { return (*pfnRun)(tContext); };
+    tLine.Option("address", pt->strAddress, g_szAddressHelp).Needed();
+    tLine.Does(Act(&Show));
+    tLine.Add("show", "the layout and what each window shows, which is what no action does too", Act(&Show));
+    CLine tSplit = tLine.Add("split", "split a screen evenly", Act(&Split));
+    tSplit.Option("screen", pt->dwWindow, "which screen, from 0").Needed();
+    tSplit.Option("windows", pt->dwMode, "into so many: 1, 4, 6, 8, 9, 16, 25, 36").Needed();
+    tSplit.Option("channels", pt->adwChannels, "the decoder's own channel of each window in turn");
+    CLine tConnect = tLine.Add("connect", "show a source in a window for now", Act(&Connect));
+    tConnect.Option("window", pt->dwWindow, "which window").Needed();
+    tConnect
+        .Option("source", pt->strSource,
+                "the decoder's own channel by its number, or an address as the decoder sees it")
+        .Needed();
+    tConnect.Option("--seconds", pt->dwSeconds, "for so long").Value("N");
+    tConnect.Option("--source-password-file", pt->strSourcePassword, "the source's password, if it is another")
+        .Value("FILE");
+    CLine tDisconnect = tLine.Add("disconnect", "end what connect began", Act(&Disconnect));
+    tDisconnect.Option("window", pt->dwWindow, "which window").Needed();
+    CLine tSet = tLine.Add("set", "write a layout", Act(&Set));
+    tSet.Option("file", pt->strFile, "JSON as show --json prints it; - for standard input").Needed();
 }
 } // namespace tessaro

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace tessaro
@@ -16,15 +17,9 @@ namespace
 {
 constexpr AVRational g_tMicroseconds = {1, 1000000};
 constexpr std::int64_t g_llWaitUs = 1000000; // for the other track
+constexpr std::size_t g_nEnoughFrames = 8;   // show whether frames come in another order than they are shown in
 
 using Bytes = std::vector<unsigned char>;
-
-struct tagKept
-{
-    tagStreamMediaFrame tFrame;
-    Bytes abyData;
-    Bytes abyConfig;
-};
 
 // The parameter sets at the beginning of a key frame, as they stand: all before its first slice.
 Bytes ParameterSets(tagStreamMediaFrame const& tFrame, Bytes const& abyData)
@@ -49,6 +44,13 @@ Bytes ParameterSets(tagStreamMediaFrame const& tFrame, Bytes const& abyData)
 
 struct CMuxer::tagState
 {
+    struct tagKept
+    {
+        tagStreamMediaFrame tFrame;
+        Bytes abyData;
+        Bytes abyConfig;
+    };
+
     std::string strFile;
     std::mutex tMutex;
     AVFormatContext* pOutput = nullptr;
@@ -57,14 +59,59 @@ struct CMuxer::tagState
     std::string strLeftOut;
     std::deque<tagKept> tWaiting;
     std::optional<std::int64_t> llBaseUs;
-    std::int64_t allLast[2] = {-1, -1};
+    std::int64_t allLast[2] = {INT64_MIN / 2, INT64_MIN / 2}; ///< times of decoding
     AVStream* apTracks[2] = {nullptr, nullptr};
+    std::size_t nReordered = 0;           ///< so many frames at most come before one that is shown earlier
+    std::int64_t llFrameUs = 0;           ///< between two frames
+    std::multiset<std::int64_t> tllShown; ///< times whose turn as a time of decoding hasn't come yet
 
     static int Track(tagStreamMediaFrame const& t) { return t.dwMediaType == eMediaVideo ? 0 : 1; }
     tagKept const* First(int nTrack) const
     {
         const auto it = std::ranges::find_if(tWaiting, [&](tagKept const& t) { return Track(t.tFrame) == nTrack; });
         return it == tWaiting.end() ? nullptr : &*it;
+    }
+
+    std::vector<std::int64_t> WaitingVideo() const
+    {
+        std::vector<std::int64_t> allUs;
+        for (tagKept const& t : tWaiting)
+        {
+            if (Track(t.tFrame) == 0)
+            {
+                allUs.push_back(t.tFrame.llPresentationTimeUs);
+            }
+        }
+        return allUs;
+    }
+
+    // Whether there are frames that are decoded early because others refer to them, and how early.
+    void SeeOrder()
+    {
+        const std::vector<std::int64_t> allUs = WaitingVideo();
+        for (auto it = allUs.begin(); it != allUs.end(); ++it)
+        {
+            const auto nLater = std::count_if(allUs.begin(), it, [&](std::int64_t ll) { return ll > *it; });
+            nReordered = std::max(nReordered, static_cast<std::size_t>(nLater));
+        }
+        if (nReordered > 0)
+        {
+            const auto [itFirst, itLast] = std::ranges::minmax_element(allUs);
+            llFrameUs = (*itLast - *itFirst) / static_cast<std::int64_t>(allUs.size() - 1);
+        }
+    }
+
+    // When a frame is decoded: the times at which frames are shown in their order, so much earlier that none is late.
+    std::int64_t DecodingUs(std::int64_t llShownUs)
+    {
+        tllShown.insert(llShownUs);
+        const std::int64_t llFirstUs = *tllShown.begin();
+        if (tllShown.size() <= nReordered)
+        {
+            return llFirstUs - static_cast<std::int64_t>(nReordered + 1 - tllShown.size()) * llFrameUs;
+        }
+        tllShown.erase(tllShown.begin());
+        return llFirstUs;
     }
 
     void AddTrack(tagKept const& t)
@@ -101,6 +148,7 @@ struct CMuxer::tagState
     void Begin()
     {
         bBegun = true;
+        SeeOrder();
         for (int nTrack = 0; nTrack < 2; ++nTrack)
         {
             if (tagKept const* const pt = First(nTrack))
@@ -132,10 +180,12 @@ struct CMuxer::tagState
         const AvPacket pPacket(av_packet_alloc());
         CheckAv(av_new_packet(pPacket.get(), static_cast<int>(t.abyData.size())), "writing " + strFile);
         std::memcpy(pPacket->data, t.abyData.data(), t.abyData.size());
-        const std::int64_t llTime = av_rescale_q(std::max<std::int64_t>(0, t.tFrame.llPresentationTimeUs - *llBaseUs),
-                                                 g_tMicroseconds, pTrack->time_base);
-        // A container wants times that rise, whatever the device's clock did.
-        pPacket->dts = pPacket->pts = allLast[nTrack] = std::max(llTime, allLast[nTrack] + 1);
+        const std::int64_t llShownUs = std::max<std::int64_t>(0, t.tFrame.llPresentationTimeUs - *llBaseUs);
+        const auto Ticks = [&](std::int64_t llUs) { return av_rescale_q(llUs, g_tMicroseconds, pTrack->time_base); };
+        // A container wants times of decoding that rise, whatever the device's clock did.
+        pPacket->dts = std::max(Ticks(nTrack == 0 ? DecodingUs(llShownUs) : llShownUs), allLast[nTrack] + 1);
+        pPacket->pts = std::max(Ticks(llShownUs), pPacket->dts);
+        allLast[nTrack] = pPacket->dts;
         pPacket->stream_index = pTrack->index;
         pPacket->flags = nTrack == 1 || (t.tFrame.dwFlags & eFrameKey) != 0 ? AV_PKT_FLAG_KEY : 0;
         CheckAv(av_interleaved_write_frame(pOutput, pPacket.get()), "writing " + strFile);
@@ -160,7 +210,8 @@ struct CMuxer::tagState
         }
         tWaiting.push_back(std::move(tKept));
         const auto llWaitedUs = tFrame.llPresentationTimeUs - tWaiting.front().tFrame.llPresentationTimeUs;
-        if (First(0) && (First(1) || llWaitedUs > g_llWaitUs))
+        const bool bAll = First(1) && WaitingVideo().size() >= g_nEnoughFrames;
+        if (First(0) && (bAll || llWaitedUs > g_llWaitUs))
         {
             Begin();
         }

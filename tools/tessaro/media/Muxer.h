@@ -8,7 +8,8 @@
 namespace tessaro
 {
 /// Writes a stream's frames to a file as they are; the file's name says the container (mp4, mkv, mov, ts). What is to
-/// be in it must be known at its beginning: the first frames wait until both tracks have come, or a second has passed.
+/// be in it must be known at its beginning: the first frames wait until both tracks have come and show in which order
+/// frames come (B frames are shown before others that come earlier), or a second has passed.
 class CMuxer
 {
 public:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/tessaro/records/Records.h"
+#include "tools/tessaro/records/Tables.h"
 
 namespace tessaro
 {

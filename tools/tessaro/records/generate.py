@@ -103,7 +103,7 @@ def main():
                   *("        " + field(name, row, counted) for row in rows), "    };",
                   f"    static const tagRecord s_tRecord = {{{quoted(name)}, sizeof({name}), {str(sized).lower()}, s_atFields}};",
                   "    return s_tRecord;", "}"]
-    begin = '#include "tools/tessaro/records/Records.h"\n\n#include "adapter/ClientAdapterExtra.h"\n\nnamespace tessaro\n{\n'
+    begin = '#include "tools/tessaro/records/Tables.h"\n\n#include "adapter/ClientAdapterExtra.h"\n\nnamespace tessaro\n{\n'
     write(out_source,
         f'#include "{pathlib.Path(out_header).name}"\n' + "namespace tessaro\n{\n" + "\n".join(lines) + "\n}\n")
     declarations = [f"template <> tagNames const& NamesOf<{name}>();" for name in enums]

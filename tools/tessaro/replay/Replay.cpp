@@ -1,13 +1,19 @@
 #include "tools/tessaro/replay/Replay.h"
 
+#include "adapter/Globals.h"
 #include "protocol/CClientProtocolBase.h"
 #include "system/Call.h"
 #include "tools/tessaro/Failure.h"
-#include "tools/tessaro/trace/Arguments.h"
+#include "tools/tessaro/Plugins.h"
+#include "tools/tessaro/records/Arguments.h"
+#include "tools/tessaro/records/Blocks.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
-#include <tuple>
+#include <utility>
 
 namespace tessaro
 {
@@ -85,78 +91,91 @@ struct tagCallRoom
 
 constexpr std::size_t g_nBuffer = 1 << 16;
 
-// An argument as it was, in T.
-template <class T>
-T Argument(tagCallRoom& tRoom, std::string const& strName)
+// An argument as it was: a number, or a pointer to room that holds what it led to.
+std::uintptr_t Argument(tagCallRoom& tRoom, std::string const& strName, tagArgumentType const& tType)
 {
-    using Pointed = std::remove_cv_t<std::remove_pointer_t<T>>;
     json const* const pt = tRoom.Find(strName);
-    if constexpr (std::is_enum_v<T>)
+    const auto Address = [](void* p) { return reinterpret_cast<std::uintptr_t>(p); };
+    switch (tType.eKind)
     {
-        return static_cast<T>(pt && pt->is_string() ? NamesOf<T>().Find(pt->get<std::string>()).value_or(0) : 0);
-    }
-    else if constexpr (std::is_integral_v<T>)
+    case eArgument::Named:
     {
-        return pt && pt->is_number() ? pt->get<T>() : T{};
+        const std::string str = pt && pt->is_string() ? pt->get<std::string>() : "0"; // a number where there is no name
+        return static_cast<std::uintptr_t>(tType.pfnNames().Find(str).value_or(std::atoll(str.c_str())));
     }
-    else if constexpr (std::is_same_v<T, void*>)
+    case eArgument::Number:
+        return pt && pt->is_number() ? static_cast<std::uintptr_t>(pt->get<long long>()) : 0;
+    case eArgument::Function:
+        return pt && *pt == "function";
+    case eArgument::Pointer:
     {
         if (strName[0] == 'h')
         {
             const auto it = pt ? tRoom.tHandles.find(pt->get<std::string>()) : tRoom.tHandles.end();
-            return it == tRoom.tHandles.end() ? nullptr : it->second;
+            return it == tRoom.tHandles.end() ? 0 : Address(it->second);
         }
         tagRecord const* const ptRecord = tRoom.tCall.RecordBehind();
-        return ptRecord ? tRoom.Record(*ptRecord, pt && pt->is_object() ? pt : nullptr) : tRoom.Room(g_nBuffer);
+        return Address(ptRecord ? tRoom.Record(*ptRecord, pt && pt->is_object() ? pt : nullptr)
+                                : tRoom.Room(g_nBuffer));
     }
-    else if constexpr (std::is_same_v<T, void**>)
+    case eArgument::NewHandle:
     {
         void*& h = tRoom.ahRoom.emplace_back(nullptr);
         tRoom.tOpened[strName] = &h;
-        return &h;
+        return Address(&h);
     }
-    else if constexpr (std::is_function_v<Pointed>)
+    case eArgument::Text:
+    case eArgument::Bytes:
     {
-        return pt && *pt == "function" ? &tagCounted<T>::Call : nullptr;
-    }
-    else if constexpr (std::is_same_v<Pointed, char> || std::is_same_v<Pointed, unsigned char>)
-    {
-        auto* const sz = reinterpret_cast<char*>(tRoom.Room(g_nBuffer));
+        unsigned char* const sz = tRoom.Room(g_nBuffer);
         if (pt && pt->is_string())
         {
-            pt->get<std::string>().copy(sz, g_nBuffer - 1);
+            pt->get<std::string>().copy(reinterpret_cast<char*>(sz), g_nBuffer - 1);
         }
-        return reinterpret_cast<T>(sz);
+        return Address(sz);
     }
-    else if constexpr (IsBlock<Pointed>)
-    {
-        return pt ? tRoom.MakeBlock<Pointed>(*pt) : nullptr;
-    }
-    else if constexpr (std::is_same_v<Pointed, tagBuffer>)
+    case eArgument::Block:
+        return pt ? Address(tRoom.MakeBlock<tagConfigInformation>(*pt)) : 0;
+    case eArgument::BlockV2:
+        return pt ? Address(tRoom.MakeBlock<tagConfigInformationV2>(*pt)) : 0;
+    case eArgument::Buffer:
     {
         auto* const ptBuffer = reinterpret_cast<tagBuffer*>(tRoom.Room(sizeof(tagBuffer))); // a trace has no contents
         ptBuffer->dwLength = pt ? pt->at("bytes").get<std::uint32_t>() : 0;
         ptBuffer->pData = tRoom.Room(ptBuffer->dwLength + 1);
-        return ptBuffer;
+        return Address(ptBuffer);
     }
-    else if constexpr (HasRecord<Pointed>)
-    {
-        const bool bFilled = tRoom.tCall.Reads() && !pt;
-        return pt || bFilled ? static_cast<T>(tRoom.Record(RecordOf<Pointed>(), pt)) : nullptr;
-    }
-    else if constexpr (std::is_integral_v<Pointed> || std::is_enum_v<Pointed>)
+    case eArgument::RecordAt:
+        return pt || tRoom.tCall.Reads() ? Address(tRoom.Record(tType.pfnRecord(), pt)) : 0;
+    case eArgument::NumberAt:
+    case eArgument::NamedAt:
     {
         unsigned char* const pRoom = tRoom.Room(g_nBuffer);
-        if constexpr (std::is_integral_v<Pointed>)
-        {
-            const Pointed tValue = pt && pt->is_number() ? pt->get<Pointed>() : Pointed{};
-            std::memcpy(pRoom, &tValue, sizeof tValue);
-        }
-        return reinterpret_cast<T>(pRoom);
+        const long long llValue = pt && pt->is_number() ? pt->get<long long>() : 0;
+        std::memcpy(pRoom, &llValue, tType.nSize);
+        return Address(pRoom);
+    }
+    case eArgument::Record: // callbacks' alone
+        break;
+    }
+    return 0;
+}
+
+// The word that Argument made, in its type again.
+template <class T>
+T FromWord(std::uintptr_t nWord)
+{
+    if constexpr (std::is_pointer_v<T> && std::is_function_v<std::remove_pointer_t<T>>)
+    {
+        return nWord ? &tagCounted<T>::Call : nullptr;
+    }
+    else if constexpr (std::is_pointer_v<T>)
+    {
+        return reinterpret_cast<T>(nWord);
     }
     else
     {
-        return T{};
+        return static_cast<T>(nWord);
     }
 }
 
@@ -165,16 +184,16 @@ struct tagReplayed;
 template <class... A>
 struct tagReplayed<int(A...)>
 {
-    static int Call(void* pEntry, tagCallRoom& tRoom, char const* szNames)
+    static constexpr tagArgumentType g_atTypes[] = {ArgumentType<A>()..., {}};
+
+    static int Call(void* pEntry, std::uintptr_t const* anWords)
     {
-        return Make(pEntry, tRoom, SplitNames(szNames), std::index_sequence_for<A...>());
+        return Make(pEntry, anWords, std::index_sequence_for<A...>());
     }
     template <std::size_t... i>
-    static int Make(void* pEntry, tagCallRoom& tRoom, [[maybe_unused]] std::vector<std::string> const& astrNames,
-                    std::index_sequence<i...>)
+    static int Make(void* pEntry, [[maybe_unused]] std::uintptr_t const* anWords, std::index_sequence<i...>)
     {
-        const std::tuple<A...> t{Argument<A>(tRoom, astrNames[i])...};
-        return std::apply(reinterpret_cast<int (*)(A...)>(pEntry), t);
+        return reinterpret_cast<int (*)(A...)>(pEntry)(FromWord<A>(anWords[i])...);
     }
 };
 
@@ -182,19 +201,24 @@ struct tagRow
 {
     char const* szOperation;
     char const* szNames;
-    int (*pfnCall)(void* pEntry, tagCallRoom& tRoom, char const* szNames);
+    tagArgumentType const* atTypes;
+    int (*pfnCall)(void* pEntry, std::uintptr_t const* anWords);
 };
+template <class Signature>
+constexpr tagRow Row(char const* szOperation, char const* szNames)
+{
+    return {szOperation, szNames, tagReplayed<Signature>::g_atTypes, &tagReplayed<Signature>::Call};
+}
 constexpr tagRow g_atRows[] = {
-#define OPERATION(line, name, ...)                                                                                     \
-    {#name, #__VA_ARGS__, &tagReplayed<tagCall<&CClientProtocolBase::name>::Function>::Call},
+#define OPERATION(line, name, ...) Row<tagCall<&CClientProtocolBase::name>::Function>(#name, #__VA_ARGS__),
 #define UNROUTED_OPERATION(...)
 #include "protocol/operations.def"
-    {"Create", "phStream, ptPara, dwChannel", &tagReplayed<int(void**, tagRTSPClientPara*, unsigned int)>::Call},
-    {"StreamCB", "hStream, pfnFrame, dwUser", &tagReplayed<int(void*, StreamMediaCallback, unsigned long)>::Call},
-    {"EventCB", "hStream, pfnEvent, dwUser", &tagReplayed<int(void*, DeviceEventCallback, unsigned long)>::Call},
-    {"Control", "hStream, eControl", &tagReplayed<int(void*, eTaskControl)>::Call},
-    {"Destroy", "hStream", &tagReplayed<int(void*)>::Call},
-    {"Getpackageinfo", "hStream, pInfo, nLength", &tagReplayed<int(void*, void*, int)>::Call},
+    Row<int(void**, tagRTSPClientPara*, unsigned int)>("Create", "phStream, ptPara, dwChannel"),
+    Row<int(void*, StreamMediaCallback, unsigned long)>("StreamCB", "hStream, pfnFrame, dwUser"),
+    Row<int(void*, DeviceEventCallback, unsigned long)>("EventCB", "hStream, pfnEvent, dwUser"),
+    Row<int(void*, eTaskControl)>("Control", "hStream, eControl"),
+    Row<int(void*)>("Destroy", "hStream"),
+    Row<int(void*, void*, int)>("Getpackageinfo", "hStream, pInfo, nLength"),
 };
 } // namespace
 
@@ -219,11 +243,17 @@ int CReplay::Call(json const& tLine)
     void* const pEntry = dlsym(m_hModule, strSymbol.c_str());
     auto const* const ptRow =
         std::ranges::find_if(g_atRows, [&](tagRow const& t) { return strOperation == t.szOperation; });
+    if (!pEntry)
+    {
+        return eResultNoEntryPoint;
+    }
     if (strOperation == "SetProtocolInterface")
     {
-        return tLine.at("result").get<int>();
+        // RTSP's plug-in alone is driven by others, and is started by the trace.
+        g_cProtocolSet.InsertProtocol(eProtocolRTSP, PluginName(eProtocolRTSP).c_str());
+        return reinterpret_cast<int (*)(IProtocol*)>(pEntry)(&g_cProtocolSet);
     }
-    if (!pEntry || ptRow == std::end(g_atRows))
+    if (ptRow == std::end(g_atRows))
     {
         return eResultNoEntryPoint;
     }
@@ -232,10 +262,15 @@ int CReplay::Call(json const& tLine)
     {
         if (tValue.is_number_integer())
         {
-            tRoom.tCall.tWords[strName] = tValue.get<unsigned long>();
+            tRoom.tCall.tWords[strName] = tValue.get<long long>();
         }
     }
-    const int nResult = ptRow->pfnCall(pEntry, tRoom, ptRow->szNames);
+    std::vector<std::uintptr_t> anWords;
+    for (std::string const& strName : SplitNames(ptRow->szNames))
+    {
+        anWords.push_back(Argument(tRoom, strName, ptRow->atTypes[anWords.size()]));
+    }
+    const int nResult = ptRow->pfnCall(pEntry, anWords.data());
     for (auto const& [strName, pHandle] : tRoom.tOpened)
     {
         if (nResult == eResultOk && tLine.at("out").contains(strName))

@@ -14,8 +14,7 @@ public:
     /// strFile: the plug-in. strPassword: for the passwords that a trace doesn't show. Throws CFailure.
     CReplay(std::string const& strFile, std::string strPassword);
 
-    /// Makes one traced call again, and gives its result. What the library itself hands to a plug-in isn't handed
-    /// again.
+    /// Makes one traced call again, and gives its result.
     int Call(json const& tLine);
     /// Frames and other callbacks that came.
     static unsigned long Callbacks();

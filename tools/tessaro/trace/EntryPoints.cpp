@@ -1,4 +1,4 @@
-// The entry points of a protocol whose names are regular: prefix and operation. Compiled once for each prefix.
+// The entry points whose names are regular: a protocol's prefix and the operation's name.
 
 #include "protocol/CClientProtocolBase.h"
 #include "system/Call.h"
@@ -7,16 +7,19 @@
 
 using Adapter_ProtocolSet::CClientProtocolBase;
 
-#define JOINED(prefix, name) prefix##name
-#define SYMBOL(prefix, name) JOINED(prefix, name)
-#define TEXT_OF(symbol)      #symbol
-#define SYMBOL_TEXT(symbol)  TEXT_OF(symbol)
-
 // clang-format off
-#define OPERATION(line, name, ...)                                                                                     \
-    extern "C" TESSARO_API int SYMBOL(TRACE_PREFIX, name)(PARAMETERS(&CClientProtocolBase::name, __VA_ARGS__))         \
+#define ENTRY_POINT(symbol, name, ...)                                                                                 \
+    extern "C" TESSARO_API int symbol(PARAMETERS(&CClientProtocolBase::name, __VA_ARGS__))                             \
     {                                                                                                                  \
-        TRACED(#name, SYMBOL_TEXT(SYMBOL(TRACE_PREFIX, name)), #__VA_ARGS__ __VA_OPT__(,) __VA_ARGS__);                \
+        TRACED(#name, #symbol, #__VA_ARGS__ __VA_OPT__(,) __VA_ARGS__);                                                \
     }
+
+#define OPERATION(line, name, ...) ENTRY_POINT(OnvifClient_##name, name, __VA_ARGS__)
+#include "protocol/operations.def"
+#define OPERATION(line, name, ...) ENTRY_POINT(RTSPClient_##name, name, __VA_ARGS__)
+#include "protocol/operations.def"
+#define OPERATION(line, name, ...) ENTRY_POINT(VTQClient_##name, name, __VA_ARGS__)
+#include "protocol/operations.def"
+#define OPERATION(line, name, ...) ENTRY_POINT(VornClient_##name, name, __VA_ARGS__)
 #include "protocol/operations.def"
 // clang-format on

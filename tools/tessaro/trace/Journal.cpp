@@ -3,8 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -12,18 +10,6 @@ namespace tessaro
 {
 namespace
 {
-struct tagBehind
-{
-    char const* szPrefix;
-    char const* szVariable;
-};
-constexpr tagBehind g_atBehind[] = {
-    {"VTQ", "TESSARO_TRACE_VTQ"},
-    {"RTSP", "TESSARO_TRACE_RTSP"},
-    {"Onvif", "TESSARO_TRACE_ONVIF"},
-    {"Vorn", "TESSARO_TRACE_PRIVATE"},
-};
-
 int OpenFile()
 {
     char const* const szFile = getenv("TESSARO_TRACE_FILE");
@@ -50,20 +36,5 @@ int TraceThread()
     static std::atomic<int> s_nThreads = 0;
     thread_local const int t_nThread = ++s_nThreads;
     return t_nThread;
-}
-
-void* FindBehind(char const* szSymbol)
-{
-    for (tagBehind const& t : g_atBehind)
-    {
-        char const* const szFile =
-            std::strncmp(szSymbol, t.szPrefix, std::strlen(t.szPrefix)) == 0 ? getenv(t.szVariable) : nullptr;
-        if (szFile)
-        {
-            void* const hModule = dlopen(szFile, RTLD_LAZY | RTLD_LOCAL); // the same one each time, never closed
-            return hModule ? dlsym(hModule, szSymbol) : nullptr;
-        }
-    }
-    return nullptr;
 }
 } // namespace tessaro

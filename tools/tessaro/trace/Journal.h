@@ -13,8 +13,4 @@ double TraceTime();
 
 /// A small number for this thread.
 int TraceThread();
-
-/// An entry point of the plug-in that stands behind, by its name; null: that one lacks it. Which plug-in it is follows
-/// from the name's beginning: TESSARO_TRACE_VTQ, _RTSP, _ONVIF and _PRIVATE name the files.
-void* FindBehind(char const* szSymbol);
 } // namespace tessaro

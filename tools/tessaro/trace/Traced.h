@@ -1,21 +1,43 @@
 #pragma once
 
-#include "protocol/IProtocol.h"
-#include "tools/tessaro/trace/Arguments.h"
-#include "tools/tessaro/trace/Journal.h"
+#include "tools/tessaro/records/Arguments.h"
 
-#include <chrono>
-#include <deque>
-#include <mutex>
 #include <tuple>
+#include <type_traits>
+#include <utility>
 
-/// What stands between the library and a plug-in: each call goes on to the plug-in, and leaves a line.
+/// What stands between the library and a plug-in: each call goes on to the plug-in, and leaves a line. What differs
+/// from one signature to the next is here, and no more than passes the arguments on; the rest takes them as data.
 namespace tessaro
 {
-template <class T>
-constexpr bool g_bFunction = std::is_pointer_v<T>&& std::is_function_v<std::remove_pointer_t<T>>;
+/// An entry point, and the one of the plug-in behind.
+struct tagTracedEntry
+{
+    char const* szOperation;
+    char const* szSymbol;
+    char const* szNames; ///< of the arguments
+    void* pBehind;       ///< null: the plug-in lacks it
+};
 
-/// Stands in an application's place as a callback: writes a line, and calls on.
+/// Writes a call's line. apValues: where its arguments lie. pfnCall makes it.
+int TraceCall(tagTracedEntry const& tEntry, tagArgumentType const* atTypes, std::size_t nArguments,
+              void* const* apValues, int (*pfnCall)(tagTracedEntry const& tEntry, void* const* apValues));
+
+/// A callback of the application. It stays for ever: a last call may still be on its way.
+struct tagRegistration
+{
+    void (*pfn)();
+    unsigned long dwUser;
+    char const* szSymbol; ///< of the entry point that took it
+};
+tagRegistration* Register(tagRegistration const& t);
+
+/// Writes a callback's line. Its result shows where bResult.
+int TraceCallback(tagRegistration const& tRegistration, bool bResult, tagArgumentType const* atTypes,
+                  std::size_t nArguments, void* const* apValues,
+                  int (*pfnCall)(tagRegistration const& tRegistration, void* const* apValues));
+
+/// Stands in an application's place as a callback.
 template <class F>
 struct tagRelay;
 
@@ -23,139 +45,97 @@ template <class R, class... A>
 struct tagRelay<R (*)(A...)>
 {
     using Function = R (*)(A...);
-    static constexpr bool bHasUser =
+    static constexpr bool g_bHasUser =
         std::is_same_v<std::tuple_element_t<sizeof...(A) - 1, std::tuple<A...>>, unsigned long>;
-    struct tagRegistration
-    {
-        Function pfn;
-        unsigned long dwUser;
-        char const* szSymbol;
-    };
-    static inline tagRegistration s_tOnly{}; ///< of those without user data
+    static constexpr tagArgumentType g_atTypes[] = {ArgumentType<A>()...};
+    static inline tagRegistration* s_ptOnly = nullptr; ///< of those without user data
 
-    /// What the plug-in gets instead. A registration stays for ever: a last call may still be on its way.
-    static tagRegistration* Register(Function pfn, unsigned long dwUser, char const* szSymbol)
+    /// Puts itself, and its user data, in the place of the application's.
+    static void StandIn(Function& pfn, unsigned long* pdwUser, char const* szSymbol)
     {
-        static std::mutex& s_tMutex = *new std::mutex;
-        static std::deque<tagRegistration>& s_tAll = *new std::deque<tagRegistration>;
-        const std::lock_guard tLock(s_tMutex);
-        return &s_tAll.emplace_back(tagRegistration{pfn, dwUser, szSymbol});
+        if (!pfn)
+        {
+            return;
+        }
+        tagRegistration* const pt = Register({reinterpret_cast<void (*)()>(pfn), g_bHasUser ? *pdwUser : 0, szSymbol});
+        pfn = &Call;
+        if constexpr (g_bHasUser)
+        {
+            *pdwUser = reinterpret_cast<unsigned long>(pt);
+        }
+        else
+        {
+            s_ptOnly = pt;
+        }
     }
 
     static R Call(A... tArguments)
     {
-        std::tuple<A...> t(tArguments...);
-        tagRegistration tRegistration = s_tOnly;
-        if constexpr (bHasUser)
+        void* const apValues[] = {&tArguments...};
+        tagRegistration const* pt = s_ptOnly;
+        if constexpr (g_bHasUser)
         {
-            unsigned long& dwUser = std::get<sizeof...(A) - 1>(t);
-            tRegistration = *reinterpret_cast<tagRegistration*>(dwUser);
-            dwUser = tRegistration.dwUser;
+            auto& dwUser = *static_cast<unsigned long*>(apValues[sizeof...(A) - 1]);
+            pt = reinterpret_cast<tagRegistration const*>(dwUser);
+            dwUser = pt->dwUser;
         }
-        json tLine = {
-            {"t", TraceTime()}, {"thread", TraceThread()}, {"callback", tRegistration.szSymbol}, {"in", json::array()}};
-        const tagTracedCall tNone{};
-        (tLine["in"].push_back(ArgumentJson(tNone, "h", tArguments, false)), ...);
+        const int nResult = TraceCallback(*pt, !std::is_void_v<R>, g_atTypes, sizeof...(A), apValues,
+                                          [](tagRegistration const& t, void* const* apGiven)
+                                          { return Forward(t, apGiven, std::index_sequence_for<A...>()); });
+        if constexpr (!std::is_void_v<R>)
+        {
+            return nResult;
+        }
+    }
+
+private:
+    template <std::size_t... i>
+    static int Forward(tagRegistration const& t, void* const* apValues, std::index_sequence<i...>)
+    {
+        auto* const pfn = reinterpret_cast<Function>(t.pfn);
         if constexpr (std::is_void_v<R>)
         {
-            std::apply(tRegistration.pfn, t);
-            WriteTrace(tLine);
+            pfn(*static_cast<A*>(apValues[i])...);
+            return 0;
         }
         else
         {
-            const R nResult = std::apply(tRegistration.pfn, t);
-            tLine["result"] = nResult;
-            WriteTrace(tLine);
-            return nResult;
+            return pfn(*static_cast<A*>(apValues[i])...);
         }
     }
 };
 
-/// Puts our callback, and our user data, in the place of the application's.
-template <class... A>
-void Relay(std::tuple<A...>& t, char const* szSymbol)
+/// Calls the plug-in behind, its callbacks replaced by ours.
+template <class... A, std::size_t... i>
+int CallBehind(tagTracedEntry const& tEntry, void* const* apValues, std::index_sequence<i...>)
 {
-    constexpr std::size_t n = sizeof...(A);
-    if constexpr (n >= 2)
+    [[maybe_unused]] const auto StandIn = [&]<class T>(T* ptArgument, void* pNext)
     {
-        using First = std::tuple_element_t<n - 2, std::tuple<A...>>;
-        if constexpr (g_bFunction<First>)
+        if constexpr (std::is_pointer_v<T> && std::is_function_v<std::remove_pointer_t<T>>)
         {
-            auto& pfn = std::get<n - 2>(t);
-            if (pfn)
-            {
-                auto* const pt = tagRelay<First>::Register(pfn, std::get<n - 1>(t), szSymbol);
-                pfn = &tagRelay<First>::Call;
-                std::get<n - 1>(t) = reinterpret_cast<unsigned long>(pt);
-            }
+            tagRelay<T>::StandIn(*ptArgument, static_cast<unsigned long*>(pNext), tEntry.szSymbol);
         }
-    }
-    if constexpr (n >= 1)
-    {
-        using Last = std::tuple_element_t<n - 1, std::tuple<A...>>;
-        if constexpr (g_bFunction<Last>)
-        {
-            auto& pfn = std::get<n - 1>(t);
-            if (pfn)
-            {
-                tagRelay<Last>::s_tOnly = {pfn, 0, szSymbol};
-                pfn = &tagRelay<Last>::Call;
-            }
-        }
-    }
+    };
+    (StandIn(static_cast<A*>(apValues[i]), apValues[i + 1]), ...);
+    return reinterpret_cast<int (*)(A...)>(tEntry.pBehind)(*static_cast<A*>(apValues[i])...);
 }
 
 template <class... A>
-int Traced(void* pBehind, char const* szOperation, char const* szSymbol, char const* szNames, A... tArguments)
+int Traced(tagTracedEntry const& tEntry, A... tArguments)
 {
-    const std::vector<std::string> astrNames = SplitNames(szNames);
-    tagTracedCall tCall{szOperation, {}};
-    std::size_t i = 0;
-    [[maybe_unused]] const auto Word = [&](auto tValue)
-    {
-        if constexpr (std::is_integral_v<decltype(tValue)>)
-        {
-            tCall.tWords[astrNames[i]] = static_cast<unsigned long>(tValue);
-        }
-        ++i;
-    };
-    (Word(tArguments), ...);
-    json tIn = json::object();
-    json tOut = json::object();
-    [[maybe_unused]] const auto Add = [&](json& tTo, auto tValue, bool bAfter)
-    {
-        const json t = ArgumentJson(tCall, astrNames[i], tValue, bAfter);
-        if (!t.is_null() && !(bAfter && tIn.contains(astrNames[i]) && tIn[astrNames[i]] == t))
-        {
-            tTo[astrNames[i]] = t;
-        }
-        ++i;
-    };
-    i = 0;
-    (Add(tIn, tArguments, false), ...);
-    std::tuple<A...> tPassed(tArguments...);
-    Relay(tPassed, szSymbol);
-    const double dBegin = TraceTime();
-    auto* const pfn = reinterpret_cast<int (*)(A...)>(pBehind);
-    const int nResult = pfn ? std::apply(pfn, tPassed) : static_cast<int>(eResultNoEntryPoint);
-    const double dEnd = TraceTime();
-    if (nResult == eResultOk)
-    {
-        i = 0;
-        (Add(tOut, tArguments, true), ...);
-    }
-    WriteTrace({{"t", dBegin},
-                {"thread", TraceThread()},
-                {"call", szSymbol},
-                {"in", tIn},
-                {"result", nResult},
-                {"us", static_cast<long long>((dEnd - dBegin) * 1e6)},
-                {"out", tOut}});
-    return nResult;
+    static constexpr tagArgumentType s_atTypes[] = {ArgumentType<A>()..., {}};
+    void* const apValues[] = {&tArguments..., nullptr};
+    return TraceCall(tEntry, s_atTypes, sizeof...(A), apValues,
+                     [](tagTracedEntry const& t, void* const* apGiven)
+                     { return CallBehind<A...>(t, apGiven, std::index_sequence_for<A...>()); });
 }
 
-/// One entry point of the plug-in behind, looked up once.
+/// An entry point of the plug-in behind, by its name; null: that one lacks it. Which plug-in it is follows from the
+/// name's beginning: TESSARO_TRACE_VTQ, _RTSP, _ONVIF and _PRIVATE name the files.
+void* FindBehind(char const* szSymbol);
+
+/// An entry point's body.
 #define TRACED(operation, symbol, names, ...)                                                                          \
-    static void* const s_pBehind = tessaro::FindBehind(symbol);                                                        \
-    return tessaro::Traced(s_pBehind, operation, symbol, names __VA_OPT__(,) __VA_ARGS__)
+    static const tessaro::tagTracedEntry s_tEntry{operation, symbol, names, tessaro::FindBehind(symbol)};              \
+    return tessaro::Traced(s_tEntry __VA_OPT__(,) __VA_ARGS__)
 } // namespace tessaro
