@@ -135,6 +135,8 @@ TEST_P(CDeviceTest, Playback)
     {
         WORKS(HistoryStreamCreate, &nOther, m_nLogin, &tPara, eHistoryPaused);
         WORKS(HistoryStreamCB, nOther, OnFrame, User(tOther));
+        WORKS(StreamMediaControl, nOther, eTaskStep);
+        EXPECT_TRUE(tOther.Next().IsKey());
         WORKS(HistoryStreamSetSpeed, nOther, eSpeedReverse + eSpeedNormal * 16);
         WORKS(StreamMediaControl, nOther, eTaskPlay);
         EXPECT_TRUE(tOther.Next().IsKey());

@@ -499,8 +499,11 @@ class Protocols(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        mount = f"( filesrc location={os.environ['CLIP']} ! qtdemux ! h264parse ! rtph264pay name=pay0 pt=96 config-interval=-1 )"
-        cls.servers = (Server("SERVER", "--user", "viewer", "/live", mount), Server("DEVICE"))
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "testsrc=size=160x120:rate=25:duration=9", "-c:v",
+                        "libx264", "-bf", "2", "-g", "25", "-pix_fmt", "yuv420p", path("b.mp4")], check=True)
+        play = "( filesrc location={} ! qtdemux ! h264parse ! rtph264pay name=pay0 pt=96 config-interval=-1 )"
+        cls.servers = (Server("SERVER", "--user", "viewer", "/live", play.format(os.environ["CLIP"]), "/b",
+                              play.format(path("b.mp4"))), Server("DEVICE"))
         cls.addresses = {"rtsp": f"rtsp://viewer@127.0.0.1:{cls.servers[0].ports[-1]}/live",
                          "onvif": f"onvif://127.0.0.1:{cls.servers[1].ports[0]}", "private": "private://192.0.2.1"}
         cls.secrets = {"rtsp": "secret", "onvif": "admin", "private": "admin"}
@@ -557,6 +560,16 @@ class Protocols(unittest.TestCase):
         run("live", self.url, "--seconds", 2, "--mp4", "rtsp.mp4", password="secret")
         self.assertEqual(Media.frames(self, "rtsp.mp4")[:3], ("h264", 320, 240))
         self.assertEqual((Picture("onvif-wall.png").width, Picture("onvif-wall.png").height), (640, 360))
+
+    def test_times_of_b_frames(self):
+        """Frames that come in another order than they are shown in."""
+        run("live", self.url.replace("/live", "/b"), "--seconds", 2, "--mp4", "b-frames.mp4", password="secret")
+        rows = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "packet=pts_time,dts_time", "-of", "csv=p=0",
+                               path("b-frames.mp4")], capture_output=True, text=True, check=True).stdout.split()
+        shown, decoded = ([float(row.split(",")[i]) for row in rows] for i in (0, 1))
+        self.assertNotEqual(shown, sorted(shown))
+        self.assertTrue(all(dts <= pts for pts, dts in zip(shown, decoded)) and decoded == sorted(decoded), rows)
+        self.assertEqual({round(b - a, 2) for a, b in zip(sorted(shown), sorted(shown)[1:-3])}, {0.04}, rows)
 
     def test_events(self):
         self.assertIn("live", [event["event"] for event in run_lines("events", self.url, "--seconds", 3, password="secret")])

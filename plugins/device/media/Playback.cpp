@@ -32,6 +32,7 @@ int CPlayback::Open(std::shared_ptr<CDevice> pDevice, tagRecordingQuestion const
     }
     pNew->Join(std::make_shared<CPlayClock>(pNew->m_tFrames.StartUs(),
                                             (dwFlags & static_cast<uint32_t>(eHistoryPaused)) != 0));
+    pNew->m_pSeen = pNew->m_pClock; // a step that is asked for before the first run counts
     pPlayback = pNew;
     return eResultOk;
 }
