@@ -52,7 +52,7 @@ public:
     /// For failures that no device told of: an ePluginResult.
     static CAnswer Failed(int nResult, std::string strReason = {});
     /// What a device sent with this HTTP status.
-    static CAnswer Read(int nStatus, std::string_view strBody);
+    static CAnswer Read(int nStatus, std::string strBody);
 
     int Result() const { return m_nResult; }
     explicit operator bool() const { return m_nResult == 0; }
