@@ -15,7 +15,7 @@ inline void CopyText(char* szTo, std::size_t nSize, std::string_view strFrom)
     {
         --n;
     }
-    std::memcpy(szTo, strFrom.data(), n);
+    std::copy_n(strFrom.data(), n, szTo); // of an empty text there may be nothing to point at
     std::memset(szTo + n, 0, nSize - n);
 }
 template <std::size_t nSize>
