@@ -14,6 +14,7 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr auto g_tAsked = 60s;    // how long a subscription is to live
+constexpr auto g_tLongest = 24h;  // that we believe; it is renewed before
 constexpr auto g_tPull = 10s;     // how long the device is to wait for an event
 constexpr auto g_tLook = 500ms;   // how soon it is seen that the login lives again
 constexpr auto g_tLeave = 1000ms; // for saying good-bye
@@ -79,8 +80,9 @@ void CSubscription::TakeTimes(CAnswer const& tAnswer, tagManager& tManager)
 {
     const auto llNow = Time(tAnswer.Body(), "CurrentTime");
     const auto llEnd = Time(tAnswer.Body(), "TerminationTime");
-    tManager.tGranted = llNow && llEnd && *llEnd > *llNow ? std::chrono::microseconds(*llEnd - *llNow)
-                                                          : std::chrono::microseconds(g_tAsked);
+    const bool bTold = llNow && llEnd && *llEnd > *llNow;
+    const std::chrono::microseconds tTold(bTold ? *llEnd - *llNow : 0);
+    tManager.tGranted = bTold ? std::min<std::chrono::microseconds>(tTold, g_tLongest) : g_tAsked;
     tManager.tEnds = Clock::now() + tManager.tGranted;
 }
 
