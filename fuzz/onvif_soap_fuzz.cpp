@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pbyData, std::size_t n
 {
     CInput tInput(pbyData, nLength);
     const int nStatus = tInput.Number<std::uint16_t>() % 600;
-    const onvif::CAnswer tAnswer = onvif::CAnswer::Read(nStatus, tInput.Rest());
+    const onvif::CAnswer tAnswer = onvif::CAnswer::Read(nStatus, std::string(tInput.Rest()));
     REQUIRE(static_cast<bool>(tAnswer) == (tAnswer.Result() == 0));
     REQUIRE(tAnswer.Result() == 0 ||
             (tAnswer.Result() >= eResultNotSupported && tAnswer.Result() <= eResultStillRunning));

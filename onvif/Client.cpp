@@ -99,7 +99,6 @@ struct CClient::tagState
 
     rtsp::CAuthenticator tAuthenticator;
     unsigned nChallenges = 0; ///< that were taken
-    std::string strDate;      ///< of the last answer
 };
 
 CClient::CClient(CHttp& tHttp, tagClientOptions tOptions)
@@ -117,12 +116,12 @@ CClient::~CClient()
 
 int CClient::Login()
 {
-    return m_tHttp.Wait(LoginAsync()).value_or(eResultNotStarted);
+    return m_tHttp.Run(LoginAsync()).value_or(eResultNotStarted);
 }
 
 int CClient::Ping(milliseconds tLimit)
 {
-    return m_tHttp.Wait(PingAsync(tLimit)).value_or(eResultNotStarted);
+    return m_tHttp.Run(PingAsync(tLimit)).value_or(eResultNotStarted);
 }
 
 void CClient::Interrupt(int nResult)
@@ -143,14 +142,14 @@ std::shared_ptr<CHttpGroup> CClient::Group() const
 
 CAnswer CClient::Call(tagRequest tRequest)
 {
-    return m_tHttp.Wait(CallAsync(std::move(tRequest))).value_or(CAnswer::Failed(eResultNotStarted));
+    return m_tHttp.Run(CallAsync(std::move(tRequest))).value_or(CAnswer::Failed(eResultNotStarted));
 }
 
 tagHttpAnswer CClient::Get(std::string strAnnounced, std::size_t nMost)
 {
     tagHttpAnswer tNone;
     tNone.nResult = eResultNotStarted;
-    return m_tHttp.Wait(GetAsync(std::move(strAnnounced), nMost)).value_or(std::move(tNone));
+    return m_tHttp.Run(GetAsync(std::move(strAnnounced), nMost)).value_or(std::move(tNone));
 }
 
 bool CClient::Has(eService eWhich) const
@@ -179,22 +178,48 @@ tagDeviceInformation CClient::Information() const
 void CClient::OnResult(std::function<void(int)> fnResult)
 {
     const std::lock_guard tLock(m_tMutex);
-    m_fnResult = std::move(fnResult);
+    m_pfnResult = std::make_shared<std::function<void(int)> const>(std::move(fnResult));
 }
 
-// --- the HTTP thread -------------------------------------------------------------------------------------------------
+// --- coroutines ------------------------------------------------------------------------------------------------------
 
 void CClient::Tell(int nResult)
 {
-    std::function<void(int)> fnResult;
+    const auto pfnResult = [this]
     {
         const std::lock_guard tLock(m_tMutex);
-        fnResult = m_fnResult;
-    }
-    if (fnResult)
+        return m_pfnResult;
+    }();
+    if (pfnResult && *pfnResult)
     {
-        fnResult(nResult);
+        (*pfnResult)(nResult);
     }
+}
+
+std::string CClient::Authorization(std::string_view strMethod, std::string_view strUrl, unsigned& nChallenges)
+{
+    const std::lock_guard tLock(m_tMutex);
+    nChallenges = m_ptState->nChallenges;
+    return m_ptState->tAuthenticator.Authorization(strMethod, PathIn(strUrl));
+}
+
+bool CClient::TakeChallenges(tagHttpAnswer const& tAnswer, std::string_view strUrl, unsigned nBefore)
+{
+    const std::lock_guard tLock(m_tMutex);
+    if (nBefore != m_ptState->nChallenges)
+    {
+        return true; // another call has been given a newer one meanwhile: that one is answered
+    }
+    const bool bTaken =
+        m_ptState->tAuthenticator.TakeChallenges(SafeOf(tAnswer.astrChallenges, strUrl.starts_with("https")));
+    m_ptState->nChallenges += bTaken ? 1 : 0;
+    return bTaken;
+}
+
+unsigned CClient::Challenges() const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return m_ptState->nChallenges;
 }
 
 // Answers challenges, and follows a device that moves itself to another of its own ports.
@@ -203,27 +228,21 @@ rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, 
 {
     const auto pThis = shared_from_this();
     pGroup = pGroup ? std::move(pGroup) : Group();
-    const std::string strMethod = tRequest.strBody.empty() ? "GET" : "POST";
+    char const* const szMethod = tRequest.strBody.empty() ? "GET" : "POST";
     tRequest.bCheckCertificate = m_tOptions.bCheckCertificate;
-    tagState& tState = *m_ptState;
     tagHttpAnswer tAnswer;
     bool bAgain = true;
     for (unsigned nTry = 0; bAgain && nTry < g_nMostTries; ++nTry)
     {
-        const unsigned nChallenges = tState.nChallenges;
+        unsigned nChallenges = 0;
         tRequest.tLimit = Left(tUntil);
-        tRequest.strAuthorization = eWith == eProof::None
-                                        ? std::string()
-                                        : tState.tAuthenticator.Authorization(strMethod, PathIn(tRequest.strUrl));
+        tRequest.strAuthorization =
+            eWith == eProof::None ? std::string() : Authorization(szMethod, tRequest.strUrl, nChallenges);
         tAnswer = co_await m_tHttp.Send(pGroup, tRequest);
         bAgain = false;
         if (tAnswer.nResult == eResultOk && tAnswer.nStatus == 401 && eWith != eProof::None)
         {
-            // Another call may have been given a newer challenge meanwhile: that one is answered.
-            bAgain = nChallenges != tState.nChallenges ||
-                     tState.tAuthenticator.TakeChallenges(
-                         SafeOf(tAnswer.astrChallenges, tRequest.strUrl.starts_with("https")));
-            tState.nChallenges += bAgain && nChallenges == tState.nChallenges ? 1 : 0;
+            bAgain = TakeChallenges(tAnswer, tRequest.strUrl, nChallenges);
         }
         else if (const std::string strMoved = MovedTo(tAnswer, tRequest.strUrl); !strMoved.empty())
         {
@@ -242,7 +261,6 @@ rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, 
     {
         Tell(tAnswer.nResult);
     }
-    tState.strDate = tAnswer.strDate;
     co_return tAnswer;
 }
 
@@ -279,9 +297,11 @@ rtsp::CTask<CAnswer> CClient::Exchange(tagRequest tRequest, eProof eWith, Clock:
     strHeader += strToken;
     tHttp.strBody = Envelope(ElementOf(tRequest), tRequest.strBody, strHeader);
     tHttp.strType = "application/soap+xml; charset=utf-8" + ActionOf(tRequest);
-    const tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), eWith, tUntil, nullptr, strToken);
-    co_return IsComplete(tAnswer) ? CAnswer::Read(tAnswer.nStatus, tAnswer.strBody)
-                                  : CAnswer::Failed(tAnswer.nResult, tAnswer.strError);
+    tagHttpAnswer tAnswer = co_await Send(std::move(tHttp), eWith, tUntil, nullptr, strToken);
+    CAnswer tRead = IsComplete(tAnswer) ? CAnswer::Read(tAnswer.nStatus, std::move(tAnswer.strBody))
+                                        : CAnswer::Failed(tAnswer.nResult, tAnswer.strError);
+    tRead.SetDate(std::move(tAnswer.strDate));
+    co_return tRead;
 }
 
 namespace
@@ -313,7 +333,7 @@ void CClient::TakeClock(CAnswer const& tAnswer, std::int64_t llSent)
     auto llDevice = ClockOf(Find(tAnswer.Body(), "SystemDateAndTime/UTCDateTime"));
     if (!llDevice)
     {
-        llDevice = ParseHttpDate(m_ptState->strDate);
+        llDevice = ParseHttpDate(tAnswer.Date());
     }
     if (llDevice)
     {
@@ -330,10 +350,10 @@ rtsp::CTask<int> CClient::AskClock(Clock::time_point tUntil)
     if (tAnswer.HttpStatus() == 401 && !m_tOptions.strUser.empty())
     {
         // It tells nobody without a login: an answer to its challenge doesn't need the clock.
-        const unsigned nChallenges = m_ptState->nChallenges;
+        const unsigned nChallenges = Challenges();
         llSent = NowUs();
         tAnswer = co_await Exchange(tRequest, eProof::Http, tUntil);
-        if (tAnswer.HttpStatus() == 401 && m_ptState->nChallenges != nChallenges)
+        if (tAnswer.HttpStatus() == 401 && Challenges() != nChallenges)
         {
             co_return eResultWrongLogin;
         }
@@ -388,7 +408,7 @@ bool CClient::TakeServices(Addresses const& astrAnnounced)
                                 ? std::string()
                                 : onvif::Reachable(astrAnnounced[i], m_tOptions.tAddress, m_wAnnouncedPort);
     }
-    m_tUnsupported.clear();
+    m_atUnsupported.clear();
     return true;
 }
 
@@ -441,17 +461,20 @@ rtsp::CTask<int> CClient::PingAsync(milliseconds tLimit)
     co_return co_await AskClock(Clock::now() + tLimit);
 }
 
+bool CClient::IsUnsupported(tagRequest const& tRequest) const
+{
+    const std::lock_guard tLock(m_tMutex);
+    return std::ranges::any_of(m_atUnsupported,
+                               [&](auto const& t) { return t.first == tRequest.eTo && t.second == tRequest.szName; });
+}
+
 rtsp::CTask<CAnswer> CClient::CallAsync(tagRequest tRequest)
 {
     const auto pThis = shared_from_this();
     const auto tUntil = Clock::now() + (tRequest.tLimit.count() ? tRequest.tLimit : m_tOptions.tLimit);
-    const std::pair<eService, std::string> tWhat(tRequest.eTo, tRequest.szName);
+    if (IsUnsupported(tRequest))
     {
-        const std::lock_guard tLock(m_tMutex);
-        if (m_tUnsupported.contains(tWhat))
-        {
-            co_return CAnswer::Failed(eResultNotSupported, "asked before");
-        }
+        co_return CAnswer::Failed(eResultNotSupported, "asked before");
     }
     CAnswer tAnswer = co_await Exchange(tRequest, eProof::Full, tUntil);
     if (WasRefusedForLogin(tAnswer))
@@ -460,13 +483,13 @@ rtsp::CTask<CAnswer> CClient::CallAsync(tagRequest tRequest)
         const std::int64_t llOffset = m_llOffsetUs;
         if (co_await AskClock(tUntil) == eResultOk && std::abs(m_llOffsetUs - llOffset) > g_llClockMoved)
         {
-            tAnswer = co_await Exchange(std::move(tRequest), eProof::Full, tUntil);
+            tAnswer = co_await Exchange(tRequest, eProof::Full, tUntil);
         }
     }
-    if (tAnswer.Result() == eResultNotSupported && tAnswer.Answered())
+    if (tAnswer.Result() == eResultNotSupported && tAnswer.Answered() && !IsUnsupported(tRequest))
     {
         const std::lock_guard tLock(m_tMutex);
-        m_tUnsupported.insert(tWhat);
+        m_atUnsupported.emplace_back(tRequest.eTo, tRequest.szName);
     }
     co_return tAnswer;
 }

@@ -10,8 +10,9 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace onvif
 {
@@ -52,8 +53,8 @@ struct tagDeviceInformation
 /// services, answers both kinds of challenges, and remembers what the device can't do.
 ///
 /// Members without "Async" may be called from any thread but the HTTP thread; where they ask the device, they block, at
-/// most for the time limit. The Async ones are awaited on the HTTP thread, and keep the client alive by themselves; put
-/// their arguments into variables first (GCC 12 destroys temporaries of a co_await twice).
+/// most for the time limit. The Async ones are awaited, on the HTTP thread or in CHttp::Run, and keep the client alive
+/// by themselves; put their arguments into variables first (GCC 12 destroys temporaries of a co_await twice).
 class CClient : public std::enable_shared_from_this<CClient>
 {
 public:
@@ -97,15 +98,15 @@ public:
     std::int64_t ClockOffsetUs() const { return m_llOffsetUs; }
     tagDeviceInformation Information() const;
 
-    /// fnResult hears on the HTTP thread of every call how it ended: 0 when the device has answered, if only with a
-    /// fault, else an ePluginResult. It mustn't block. Null: nobody does.
+    /// fnResult hears on the thread that made it of every call how it ended: 0 when the device has answered, if only
+    /// with a fault, else an ePluginResult. It mustn't block. Null: nobody does.
     void OnResult(std::function<void(int nResult)> fnResult);
     CHttp& Http() const { return m_tHttp; }
     /// For waits that end with Interrupt.
     std::shared_ptr<CHttpGroup> Group() const;
 
 private:
-    struct tagState; ///< the HTTP thread's
+    struct tagState;
     /// Which proofs of the password a request carries.
     enum class eProof
     {
@@ -118,7 +119,13 @@ private:
     /// pGroup: null, the login's. strToken: the UsernameToken in the request's body, which further tries replace.
     rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
                                     std::shared_ptr<CHttpGroup> pGroup = nullptr, std::string strToken = {});
+    /// The Authorization header; nChallenges: how many have been taken so far.
+    std::string Authorization(std::string_view strMethod, std::string_view strUrl, unsigned& nChallenges);
+    /// Of the answer to a request that was made with nBefore. True: it is worth another try.
+    bool TakeChallenges(tagHttpAnswer const& tAnswer, std::string_view strUrl, unsigned nBefore);
+    unsigned Challenges() const;
     std::string AddressFor(tagRequest const& tRequest) const;
+    bool IsUnsupported(tagRequest const& tRequest) const;
     void TakeClock(CAnswer const& tAnswer, std::int64_t llSent);
     rtsp::CTask<int> AskClock(Clock::time_point tUntil);
     rtsp::CTask<int> AskServices(Clock::time_point tUntil);
@@ -130,14 +137,14 @@ private:
     CHttp& m_tHttp;
     const tagClientOptions m_tOptions;
     std::atomic<std::int64_t> m_llOffsetUs{0};
-    const std::unique_ptr<tagState, void (*)(tagState*)> m_ptState;
 
     mutable std::mutex m_tMutex;
+    const std::unique_ptr<tagState, void (*)(tagState*)> m_ptState; ///< what it knows of the device's challenges
     std::shared_ptr<CHttpGroup> m_pGroup = std::make_shared<CHttpGroup>();
     Addresses m_astrServices;           ///< as they can be reached; empty: there is none
     std::uint16_t m_wAnnouncedPort = 0; ///< of the device's HTTP server, as it announces it
-    std::set<std::pair<eService, std::string>> m_tUnsupported;
+    std::vector<std::pair<eService, std::string>> m_atUnsupported;
     tagDeviceInformation m_tInformation;
-    std::function<void(int)> m_fnResult;
+    std::shared_ptr<std::function<void(int)> const> m_pfnResult;
 };
 } // namespace onvif

@@ -105,7 +105,7 @@ void TakeScope(tagAnnouncement& tAnnouncement, std::string_view strScope)
 std::vector<tagAnnouncement> ParseAnnouncements(std::string_view strMessage)
 {
     std::vector<tagAnnouncement> atAnnouncements;
-    const auto pDocument = ParseXml(strMessage);
+    const auto pDocument = ParseXml(std::string(strMessage));
     if (!pDocument)
     {
         return atAnnouncements;

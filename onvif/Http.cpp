@@ -1,20 +1,18 @@
 #include "onvif/Http.h"
 
+#include "onvif/HttpCallers.h"
+#include "onvif/Transfer.h"
+
 #include "protocol/PluginInterface.h"
-#include "rtsp/Text.h"
 
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <curl/curl.h>
 #include <deque>
 #include <map>
 #include <new>
-#include <openssl/ssl.h>
-#include <string_view>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -23,47 +21,7 @@ namespace onvif
 {
 namespace
 {
-constexpr std::size_t g_nSpareHandles = 8;
-constexpr std::size_t g_nMostHeader = 64U << 10;
-
-// libcurl and OpenSSL are set up once, and never cleaned up: threads that have done their work may still be ending when
-// the process does.
-void SetUpLibraries()
-{
-    static const bool s_bDone =
-        OPENSSL_init_ssl(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-    if (!s_bDone)
-    {
-        throw std::bad_alloc();
-    }
-}
-
-int ResultOf(CURLcode eCode)
-{
-    switch (eCode)
-    {
-    case CURLE_OK:
-        return eResultOk;
-    case CURLE_OPERATION_TIMEDOUT:
-        return eResultTimeOut;
-    case CURLE_COULDNT_RESOLVE_HOST:
-    case CURLE_COULDNT_CONNECT:
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_PEER_FAILED_VERIFICATION:
-        return eResultUnreachable;
-    case CURLE_URL_MALFORMAT:
-    case CURLE_UNSUPPORTED_PROTOCOL:
-        return eResultBadAddress;
-    case CURLE_OUT_OF_MEMORY:
-        return eResultNoResources;
-    case CURLE_WRITE_ERROR: // longer than we take
-    case CURLE_WEIRD_SERVER_REPLY:
-    case CURLE_BAD_CONTENT_ENCODING:
-        return eResultRefused;
-    default:
-        return eResultConnectionLost;
-    }
-}
+constexpr std::size_t g_nSpareTransfers = 8;
 
 // Runs a task, and frees itself when it has ended.
 struct tagDetached
@@ -79,18 +37,13 @@ struct tagDetached
 };
 } // namespace
 
-std::optional<std::int64_t> ParseHttpDate(std::string const& strDate)
-{
-    const std::time_t nSeconds = strDate.empty() ? -1 : curl_getdate(strDate.c_str(), nullptr);
-    return nSeconds < 0 ? std::nullopt : std::optional(std::int64_t{nSeconds} * 1000000);
-}
-
+// The thread.
 class CHttp::CImpl
 {
 public:
     CImpl()
     {
-        SetUpLibraries();
+        SetUpHttpLibraries();
         m_nEpoll = epoll_create1(EPOLL_CLOEXEC);
         m_nWake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
         m_pMulti = curl_multi_init();
@@ -132,6 +85,10 @@ public:
     {
         {
             const std::lock_guard tLock(m_tMutex);
+            if (!m_tThread.joinable())
+            {
+                return; // nothing waits
+            }
             m_apEnded.push_back(pGroup);
         }
         Wake();
@@ -190,21 +147,8 @@ public:
     }
 
 private:
-    struct tagTransfer
-    {
-        CSend* pSend;
-        curl_slist* ptHeaders;
-        std::size_t nHeader = 0;
-        std::array<char, CURL_ERROR_SIZE> szError{};
-    };
-
     void CleanUp()
     {
-        for (CURL* const pHandle : m_apSpare)
-        {
-            curl_easy_cleanup(pHandle);
-        }
-        CloseConnections([](CHttpGroup const*) { return true; });
         if (m_pMulti)
         {
             curl_multi_cleanup(m_pMulti);
@@ -227,10 +171,9 @@ private:
     // After Stop every group that is met is ended, so that its coroutines see it.
     int EndedResult(CHttpGroup& tGroup) const
     {
-        int nNotYet = 0;
         if (m_bAllEnded)
         {
-            tGroup.m_nEnded.compare_exchange_strong(nNotYet, eResultNotStarted);
+            tGroup.End(eResultNotStarted);
         }
         return tGroup.Result();
     }
@@ -301,8 +244,7 @@ private:
         }
         for (auto const& pGroup : apEnded)
         {
-            FinishIf([&](CHttpGroup& tGroup) { return &tGroup == pGroup.get(); });
-            CloseConnections([&](CHttpGroup const* ptGroup) { return ptGroup == pGroup.get(); });
+            FinishIf([&](CHttpGroup const& tGroup) { return &tGroup == pGroup.get(); });
         }
         for (rtsp::CTask<>& tTask : atNew)
         {
@@ -312,7 +254,6 @@ private:
         {
             m_bAllEnded = true;
             FinishIf([this](CHttpGroup& tGroup) { return EndedResult(tGroup) != 0; });
-            CloseConnections([](CHttpGroup const*) { return true; });
         }
         return !bStopping || m_nRunning != 0;
     }
@@ -352,185 +293,20 @@ private:
 
     int TrySend(CSend& tSend)
     {
-        CURL* const pHandle = TakeHandle();
-        if (!pHandle)
+        if (m_apSpare.empty())
         {
-            return eResultNoResources;
+            m_apSpare.push_back(std::make_unique<CTransfer>());
         }
-        tagTransfer& tTransfer = m_tTransfers.emplace(pHandle, tagTransfer{&tSend, nullptr}).first->second;
-        SetUp(pHandle, tTransfer);
-        curl_easy_setopt(pHandle, CURLOPT_SHARE, ConnectionsOf(tSend.m_pGroup.get()));
-        if (curl_multi_add_handle(m_pMulti, pHandle) != CURLM_OK)
+        CTransfer& tTransfer = *m_apSpare.back();
+        m_tTransfers.emplace(&tTransfer, tagSent{nullptr, &tSend}).first->second.pTransfer =
+            std::move(m_apSpare.back());
+        m_apSpare.pop_back();
+        const int nResult = tTransfer.Begin(m_pMulti, *tSend.m_pGroup, tSend.m_tRequest, tSend.m_tAnswer);
+        if (nResult != eResultOk)
         {
-            Release(pHandle);
-            return eResultNoResources;
+            Release(tTransfer);
         }
-        return eResultOk;
-    }
-
-    // A group has connections of its own, which are closed with it. Null: they stay until the device closes them.
-    CURLSH* ConnectionsOf(CHttpGroup const* ptGroup)
-    {
-        CURLSH*& pConnections = m_apConnections[ptGroup];
-        if (!pConnections)
-        {
-            pConnections = curl_share_init();
-            curl_share_setopt(pConnections, CURLSHOPT_SHARE, CURL_LOCK_DATA_CONNECT);
-        }
-        return pConnections;
-    }
-
-    // Of those that have no transfers.
-    template <class F>
-    void CloseConnections(F fnOf)
-    {
-        std::erase_if(m_apConnections,
-                      [&](auto const& tEntry)
-                      {
-                          const bool bCloses = fnOf(tEntry.first);
-                          if (bCloses && tEntry.second)
-                          {
-                              curl_share_cleanup(tEntry.second);
-                          }
-                          return bCloses;
-                      });
-    }
-
-    CURL* TakeHandle()
-    {
-        if (!m_apSpare.empty())
-        {
-            CURL* const pHandle = m_apSpare.back();
-            m_apSpare.pop_back();
-            return pHandle;
-        }
-        CURL* const pHandle = curl_easy_init();
-        if (pHandle)
-        {
-            curl_easy_setopt(pHandle, CURLOPT_PROTOCOLS_STR, "http,https");
-            curl_easy_setopt(pHandle, CURLOPT_PROXY, ""); // devices stand on networks of their own
-            curl_easy_setopt(pHandle, CURLOPT_NOSIGNAL, 1L);
-            curl_easy_setopt(pHandle, CURLOPT_QUICK_EXIT, 1L); // doesn't wait for a name look-up that hangs
-            curl_easy_setopt(pHandle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-            curl_easy_setopt(pHandle, CURLOPT_ACCEPT_ENCODING, "");
-            curl_easy_setopt(pHandle, CURLOPT_PATH_AS_IS, 1L);
-            curl_easy_setopt(pHandle, CURLOPT_TCP_KEEPALIVE, 1L);
-            curl_easy_setopt(pHandle, CURLOPT_WRITEFUNCTION, &OnBody);
-            curl_easy_setopt(pHandle, CURLOPT_HEADERFUNCTION, &OnHeader);
-        }
-        return pHandle;
-    }
-
-    // Sets all that differs between requests: handles are used again as they are.
-    static void SetUp(CURL* pHandle, tagTransfer& tTransfer)
-    {
-        tagHttpRequest const& tRequest = tTransfer.pSend->m_tRequest;
-        const auto nLimit = static_cast<long>(std::max<std::int64_t>(1, tRequest.tLimit.count()));
-        curl_easy_setopt(pHandle, CURLOPT_URL, tRequest.strUrl.c_str());
-        curl_easy_setopt(pHandle, CURLOPT_TIMEOUT_MS, nLimit);
-        curl_easy_setopt(pHandle, CURLOPT_CONNECTTIMEOUT_MS, nLimit);
-        curl_easy_setopt(pHandle, CURLOPT_ERRORBUFFER, tTransfer.szError.data());
-        curl_easy_setopt(pHandle, CURLOPT_WRITEDATA, &tTransfer);
-        curl_easy_setopt(pHandle, CURLOPT_HEADERDATA, &tTransfer);
-        if (tRequest.strUrl.starts_with("https"))
-        {
-            // Who shows any certificate may also speak as old cameras do.
-            const bool bCheck = tRequest.bCheckCertificate;
-            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYPEER, bCheck ? 1L : 0L);
-            curl_easy_setopt(pHandle, CURLOPT_SSL_VERIFYHOST, bCheck ? 2L : 0L);
-            curl_easy_setopt(pHandle, CURLOPT_SSLVERSION,
-                             static_cast<long>(bCheck ? CURL_SSLVERSION_DEFAULT : CURL_SSLVERSION_TLSv1));
-            curl_easy_setopt(pHandle, CURLOPT_SSL_CIPHER_LIST, bCheck ? nullptr : "DEFAULT:@SECLEVEL=0");
-        }
-        const auto fnHeader = [&](std::string const& strLine)
-        {
-            if (curl_slist* const ptMore = curl_slist_append(tTransfer.ptHeaders, strLine.c_str()))
-            {
-                tTransfer.ptHeaders = ptMore;
-            }
-        };
-        if (tRequest.strBody.empty())
-        {
-            curl_easy_setopt(pHandle, CURLOPT_HTTPGET, 1L);
-        }
-        else
-        {
-            curl_easy_setopt(pHandle, CURLOPT_POST, 1L);
-            curl_easy_setopt(pHandle, CURLOPT_POSTFIELDS, tRequest.strBody.data());
-            curl_easy_setopt(pHandle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(tRequest.strBody.size()));
-            fnHeader("Content-Type: " + tRequest.strType);
-            fnHeader("Expect:");
-        }
-        // A long way is no reason to give up, a device that has stopped to take anything is.
-        const bool bTells = tRequest.fnSent != nullptr;
-        curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_LIMIT, bTells ? 1L : 0L);
-        curl_easy_setopt(pHandle, CURLOPT_LOW_SPEED_TIME, bTells ? 300L : 0L);
-        curl_easy_setopt(pHandle, CURLOPT_NOPROGRESS, bTells ? 0L : 1L);
-        curl_easy_setopt(pHandle, CURLOPT_XFERINFOFUNCTION, &OnProgress);
-        curl_easy_setopt(pHandle, CURLOPT_XFERINFODATA, &tTransfer);
-        if (!tRequest.strAuthorization.empty())
-        {
-            fnHeader("Authorization: " + tRequest.strAuthorization);
-        }
-        curl_easy_setopt(pHandle, CURLOPT_HTTPHEADER, tTransfer.ptHeaders);
-    }
-
-    static int OnProgress(void* pTransfer, curl_off_t, curl_off_t, curl_off_t, curl_off_t nSent)
-    {
-        static_cast<tagTransfer*>(pTransfer)->pSend->m_tRequest.fnSent(static_cast<std::uint64_t>(nSent));
-        return 0;
-    }
-
-    static std::size_t OnBody(char* pcData, std::size_t, std::size_t nSize, void* pTransfer)
-    try
-    {
-        CSend& tSend = *static_cast<tagTransfer*>(pTransfer)->pSend;
-        if (nSize > tSend.m_tRequest.nMost - tSend.m_tAnswer.strBody.size())
-        {
-            return CURL_WRITEFUNC_ERROR;
-        }
-        tSend.m_tAnswer.strBody.append(pcData, nSize);
-        return nSize;
-    }
-    catch (...)
-    {
-        return CURL_WRITEFUNC_ERROR;
-    }
-
-    static std::size_t OnHeader(char* pcData, std::size_t, std::size_t nSize, void* pTransfer)
-    try
-    {
-        auto& tTransfer = *static_cast<tagTransfer*>(pTransfer);
-        tagHttpAnswer& tAnswer = tTransfer.pSend->m_tAnswer;
-        std::string_view strLine(pcData, nSize);
-        tTransfer.nHeader += nSize;
-        if (tTransfer.nHeader > g_nMostHeader)
-        {
-            return 0;
-        }
-        if (strLine.starts_with("HTTP/")) // a later answer counts
-        {
-            tAnswer = {};
-        }
-        const std::string_view strName = rtsp::Trim(rtsp::CutFirst(strLine, ':'));
-        const std::pair<std::string_view, std::string*> atWanted[] = {
-            {"Content-Type", &tAnswer.strType}, {"Location", &tAnswer.strLocation}, {"Date", &tAnswer.strDate}};
-        for (auto const& [strWanted, pstrValue] : atWanted)
-        {
-            if (rtsp::EqualsInAnyCase(strName, strWanted))
-            {
-                *pstrValue = rtsp::Trim(strLine);
-            }
-        }
-        if (rtsp::EqualsInAnyCase(strName, "WWW-Authenticate"))
-        {
-            tAnswer.astrChallenges.emplace_back(rtsp::Trim(strLine));
-        }
-        return nSize;
-    }
-    catch (...)
-    {
-        return 0;
+        return nResult;
     }
 
     static int OnSocket(CURL*, curl_socket_t nFile, int nWhat, void* pThis, void* pKnown)
@@ -554,22 +330,17 @@ private:
 
     // --- ends ---
 
-    CSend* Release(CURL* pHandle)
+    // It is done with.
+    std::coroutine_handle<> Release(CTransfer& tTransfer)
     {
-        const auto it = m_tTransfers.find(pHandle);
-        CSend* const pSend = it->second.pSend;
-        curl_easy_setopt(pHandle, CURLOPT_SHARE, nullptr);
-        curl_slist_free_all(it->second.ptHeaders);
+        const auto it = m_tTransfers.find(&tTransfer);
+        const auto tCaller = it->second.ptSend->m_tCaller;
+        if (m_apSpare.size() < g_nSpareTransfers)
+        {
+            m_apSpare.push_back(std::move(it->second.pTransfer));
+        }
         m_tTransfers.erase(it);
-        if (m_apSpare.size() < g_nSpareHandles)
-        {
-            m_apSpare.push_back(pHandle);
-        }
-        else
-        {
-            curl_easy_cleanup(pHandle);
-        }
-        return pSend;
+        return tCaller;
     }
 
     void FinishDone()
@@ -577,24 +348,12 @@ private:
         int nLeft = 0;
         while (CURLMsg const* const ptMessage = curl_multi_info_read(m_pMulti, &nLeft))
         {
-            if (ptMessage->msg != CURLMSG_DONE)
+            if (ptMessage->msg == CURLMSG_DONE)
             {
-                continue;
+                CTransfer& tTransfer = CTransfer::Of(ptMessage->easy_handle);
+                tTransfer.Finish(ptMessage->data.result);
+                Release(tTransfer).resume();
             }
-            CURL* const pHandle = ptMessage->easy_handle;
-            const CURLcode eCode = ptMessage->data.result;
-            tagTransfer const& tTransfer = m_tTransfers.at(pHandle);
-            tagHttpAnswer& tAnswer = tTransfer.pSend->m_tAnswer;
-            long nStatus = 0;
-            curl_easy_getinfo(pHandle, CURLINFO_RESPONSE_CODE, &nStatus);
-            tAnswer.nResult = ResultOf(eCode);
-            tAnswer.nStatus = static_cast<int>(nStatus);
-            if (eCode != CURLE_OK)
-            {
-                tAnswer.strError = tTransfer.szError[0] ? tTransfer.szError.data() : curl_easy_strerror(eCode);
-            }
-            curl_multi_remove_handle(m_pMulti, pHandle);
-            Release(pHandle)->m_tCaller.resume();
         }
     }
 
@@ -621,12 +380,12 @@ private:
     template <class F>
     void FinishIf(F fnEnds)
     {
-        std::vector<CURL*> apHandles;
-        for (auto const& [pHandle, tTransfer] : m_tTransfers)
+        std::vector<CTransfer*> aptTransfers;
+        for (auto const& [ptTransfer, tSent] : m_tTransfers)
         {
-            if (fnEnds(*tTransfer.pSend->m_pGroup))
+            if (fnEnds(*tSent.ptSend->m_pGroup))
             {
-                apHandles.push_back(pHandle);
+                aptTransfers.push_back(ptTransfer);
             }
         }
         std::vector<int> anWatched;
@@ -648,13 +407,10 @@ private:
                           }
                           return bEnds;
                       });
-        for (CURL* const pHandle : apHandles)
+        for (CTransfer* const ptTransfer : aptTransfers)
         {
-            curl_multi_remove_handle(m_pMulti, pHandle);
-            CSend* const pSend = Release(pHandle);
-            pSend->m_tAnswer = {};
-            pSend->m_tAnswer.nResult = EndedResult(*pSend->m_pGroup);
-            pSend->m_tCaller.resume();
+            ptTransfer->Abandon(EndedResult(ptTransfer->Group()));
+            Release(*ptTransfer).resume();
         }
         for (const int nFile : anWatched)
         {
@@ -678,17 +434,21 @@ private:
     std::atomic<std::thread::id> m_tThreadId{};
 
     // --- the thread's ---
-    std::map<CHttpGroup const*, CURLSH*> m_apConnections;
-    std::map<CURL*, tagTransfer> m_tTransfers;
+    struct tagSent
+    {
+        std::unique_ptr<CTransfer> pTransfer;
+        CSend* ptSend;
+    };
+    std::map<CTransfer*, tagSent> m_tTransfers;
     std::multimap<Clock::time_point, CPause*> m_tPauses;
     std::map<int, CReadable*> m_tWatched;
-    std::vector<CURL*> m_apSpare;
+    std::vector<std::unique_ptr<CTransfer>> m_apSpare;
     Clock::time_point m_tCurlTime = Clock::time_point::max();
     std::size_t m_nRunning = 0;
     bool m_bAllEnded = false;
 };
 
-CHttp::CHttp() : m_pImpl(std::make_shared<CImpl>()) {}
+CHttp::CHttp() : m_pImpl(std::make_shared<CImpl>()), m_pCallers(std::make_unique<CHttpCallers>()) {}
 
 CHttp::~CHttp()
 {
@@ -697,31 +457,29 @@ CHttp::~CHttp()
 
 void CHttp::Begin(rtsp::CTask<> tTask)
 {
-    (void)TryBegin(std::move(tTask));
-}
-
-bool CHttp::TryBegin(rtsp::CTask<> tTask)
-{
-    return m_pImpl->Begin(std::move(tTask));
+    m_pImpl->Begin(std::move(tTask));
 }
 
 void CHttp::End(std::shared_ptr<CHttpGroup> const& pGroup, int nResult)
 {
-    int nNotYet = 0;
-    if (pGroup->m_nEnded.compare_exchange_strong(nNotYet, nResult))
+    if (pGroup->End(nResult))
     {
+        m_pCallers->Wake(*pGroup);
         m_pImpl->End(pGroup);
     }
+    pGroup->CloseConnections();
 }
 
 void CHttp::Stop()
 {
+    m_pCallers->Stop();
     m_pImpl->Stop();
 }
 
 void CHttp::Start()
 {
     m_pImpl->Start();
+    m_pCallers->Start();
 }
 
 bool CHttp::IsThisThread() const
@@ -729,9 +487,22 @@ bool CHttp::IsThisThread() const
     return m_pImpl->IsThisThread();
 }
 
-CHttp::CSend CHttp::Send(std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest tRequest)
+CHttp::CInside::CInside(CHttp& tHttp)
+    : m_ptCallers(!tHttp.IsThisThread() && tHttp.m_pCallers->Enter() ? tHttp.m_pCallers.get() : nullptr)
 {
-    return {*m_pImpl, std::move(pGroup), std::move(tRequest)};
+}
+
+CHttp::CInside::~CInside()
+{
+    if (m_ptCallers)
+    {
+        m_ptCallers->Leave();
+    }
+}
+
+CHttp::CSend CHttp::Send(std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest const& tRequest)
+{
+    return {*this, std::move(pGroup), tRequest};
 }
 
 CHttp::CPause CHttp::Until(std::shared_ptr<CHttpGroup> pGroup, Clock::time_point tWhen)
@@ -744,16 +515,20 @@ CHttp::CReadable CHttp::Readable(std::shared_ptr<CHttpGroup> pGroup, int nFile)
     return {*m_pImpl, std::move(pGroup), nFile};
 }
 
-bool CHttp::CReadable::await_suspend(std::coroutine_handle<> tCaller)
+bool CHttp::CSend::await_ready()
 {
-    m_tCaller = tCaller;
-    return m_tImpl.Watch(*this);
+    const bool bHere = !m_tHttp.IsThisThread();
+    if (bHere)
+    {
+        m_tHttp.m_pCallers->Perform(*m_pGroup, m_tRequest, m_tAnswer);
+    }
+    return bHere;
 }
 
 bool CHttp::CSend::await_suspend(std::coroutine_handle<> tCaller)
 {
     m_tCaller = tCaller;
-    return m_tImpl.Send(*this);
+    return m_tHttp.m_pImpl->Send(*this);
 }
 
 bool CHttp::CPause::await_suspend(std::coroutine_handle<> tCaller)
@@ -762,18 +537,9 @@ bool CHttp::CPause::await_suspend(std::coroutine_handle<> tCaller)
     return m_tImpl.Pause(*this);
 }
 
-void CHttp::Notify(tagWaiter& tWaiter)
+bool CHttp::CReadable::await_suspend(std::coroutine_handle<> tCaller)
 {
-    {
-        const std::lock_guard tLock(tWaiter.tMutex);
-        tWaiter.bDone = true;
-    }
-    tWaiter.tChanged.notify_all();
-}
-
-void CHttp::Await(tagWaiter& tWaiter)
-{
-    std::unique_lock tLock(tWaiter.tMutex);
-    tWaiter.tChanged.wait(tLock, [&] { return tWaiter.bDone; });
+    m_tCaller = tCaller;
+    return m_tImpl.Watch(*this);
 }
 } // namespace onvif

@@ -2,9 +2,9 @@
 
 #include "rtsp/Task.h"
 
+#include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <coroutine>
 #include <cstdint>
 #include <functional>
@@ -27,8 +27,9 @@ struct tagHttpRequest
     std::string strAuthorization;
     std::chrono::milliseconds tLimit{5000}; ///< for the whole of it
     bool bCheckCertificate = false;
-    std::size_t nMost = 8U << 20;                   ///< bytes of an answer
-    std::function<void(std::uint64_t)> fnSent = {}; ///< hears on the thread how much of the body has gone; null: nobody
+    std::size_t nMost = 8U << 20; ///< bytes of an answer
+    std::function<void(std::uint64_t)> fnSent =
+        {}; ///< hears while it is sent how much of the body has gone; null: nobody
 };
 
 /// What came.
@@ -47,25 +48,47 @@ struct tagHttpAnswer
 /// A Date header's time in microseconds since 1970; nothing: it is none.
 std::optional<std::int64_t> ParseHttpDate(std::string const& strDate);
 
-/// What belongs together and is ended together: the requests and waits of one login. Any thread may end it.
+/// What belongs together and is ended together: the requests, waits and connections of one login. Any thread may end
+/// it.
 class CHttpGroup
 {
 public:
+    CHttpGroup() = default;
+    ~CHttpGroup();
+    CHttpGroup(CHttpGroup const&) = delete;
+    CHttpGroup& operator=(CHttpGroup const&) = delete;
+
     bool IsEnded() const { return m_nEnded != 0; }
     /// What those that were ended answer.
     int Result() const { return m_nEnded; }
 
 private:
     friend class CHttp;
+    friend class CHttpCallers;
+    friend class CTransfer;
+
+    /// False: it was ended before.
+    bool End(int nResult);
+    /// A connection that nobody uses, for one transfer: a libcurl share. Null: none can be had.
+    void* TakeConnection();
+    void ReturnConnection(void* pConnection);
+    void CloseConnections();
+
     std::atomic<int> m_nEnded{0};
+    std::mutex m_tMutex;
+    std::array<void*, 4> m_apIdle{};
+    std::size_t m_nIdle = 0;
 };
 
-/// One thread that speaks HTTP with all devices. Coroutines run on it and wait there for answers and times; nothing on
-/// it may block. Callbacks of the application never run on it, so that these may make calls which wait for it.
+class CHttpCallers;
+
+/// Speaks HTTP with all devices, by coroutines. Where an application waits for an answer, its own thread sends and
+/// reads (Run). All else is done by one thread, which begins with the first task: coroutines run on it and wait there
+/// for answers and times; nothing on it may block, and callbacks of the application never run on it.
 class CHttp
 {
 public:
-    CHttp(); ///< its thread begins with the first task
+    CHttp();
     ~CHttp();
     CHttp(CHttp const&) = delete;
     CHttp& operator=(CHttp const&) = delete;
@@ -74,10 +97,12 @@ public:
 
     /// Runs a coroutine on the thread; it is owned there until it ends. After Stop it doesn't begin.
     void Begin(rtsp::CTask<> tTask);
-    /// The same, and waits for its result. On the thread itself: nothing, at once. Also nothing after Stop.
+    /// Runs a coroutine here, which may await Send and nothing else of ours: it blocks there. On the thread itself:
+    /// nothing, at once. Also nothing after Stop, and when there is no memory.
     template <class T>
-    std::optional<T> Wait(rtsp::CTask<T> tTask);
-    /// Ends what waits in this group, with nResult, and what will: at once, but not before this returns.
+    std::optional<T> Run(rtsp::CTask<T> tTask);
+    /// Ends what waits in this group, with nResult, and what will: at once, but not before this returns. Its
+    /// connections are closed.
     void End(std::shared_ptr<CHttpGroup> const& pGroup, int nResult);
     /// Ends everything with eResultNotStarted; returns when all tasks have ended and the thread too. Not on the thread.
     void Stop();
@@ -85,57 +110,59 @@ public:
     void Start();
     bool IsThisThread() const;
 
-    // --- the thread's coroutines ---
+    // --- coroutines ---
 
     class CSend;
     class CPause;
     class CReadable;
-    /// co_await it: a tagHttpAnswer.
-    CSend Send(std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest tRequest);
-    /// co_await it: false when the group was ended before.
+    /// co_await it: a tagHttpAnswer. tRequest stays until then.
+    CSend Send(std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest const& tRequest);
+    /// On the thread. co_await it: false when the group was ended before.
     CPause Until(std::shared_ptr<CHttpGroup> pGroup, Clock::time_point tWhen);
-    /// co_await it: true when the socket nFile has something to read, false when the group was ended before. One waits
-    /// for a socket.
+    /// On the thread. co_await it: true when the socket nFile has something to read, false when the group was ended
+    /// before. One waits for a socket.
     CReadable Readable(std::shared_ptr<CHttpGroup> pGroup, int nFile);
 
 private:
     class CImpl;
-    struct tagWaiter
+    /// While a caller's coroutine runs.
+    class CInside
     {
-        std::mutex tMutex;
-        std::condition_variable tChanged;
-        bool bDone = false;
+    public:
+        explicit CInside(CHttp& tHttp);
+        ~CInside();
+        CInside(CInside const&) = delete;
+        CInside& operator=(CInside const&) = delete;
+        explicit operator bool() const { return m_ptCallers != nullptr; }
+
+    private:
+        CHttpCallers* m_ptCallers; ///< null: it may not run
     };
-    static void Notify(tagWaiter& tWaiter);
-    static void Await(tagWaiter& tWaiter);
-    template <class T>
-    static rtsp::CTask<> Store(rtsp::CTask<T> tTask, std::shared_ptr<std::optional<T>> pResult,
-                               std::shared_ptr<tagWaiter> pWaiter);
-    /// False: it doesn't begin.
-    bool TryBegin(rtsp::CTask<> tTask);
 
     const std::shared_ptr<CImpl> m_pImpl;
+    const std::unique_ptr<CHttpCallers> m_pCallers;
 };
 
 /// Waits for an answer.
 class CHttp::CSend
 {
 public:
-    bool await_ready() const { return false; }
+    /// True on a caller's thread, which has waited here.
+    bool await_ready();
     bool await_suspend(std::coroutine_handle<> tCaller);
     tagHttpAnswer await_resume() { return std::move(m_tAnswer); }
 
 private:
     friend class CHttp;
     friend class CHttp::CImpl;
-    CSend(CImpl& tImpl, std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest tRequest)
-        : m_tImpl(tImpl), m_pGroup(std::move(pGroup)), m_tRequest(std::move(tRequest))
+    CSend(CHttp& tHttp, std::shared_ptr<CHttpGroup> pGroup, tagHttpRequest const& tRequest)
+        : m_tHttp(tHttp), m_pGroup(std::move(pGroup)), m_tRequest(tRequest)
     {
     }
 
-    CImpl& m_tImpl;
+    CHttp& m_tHttp;
     std::shared_ptr<CHttpGroup> m_pGroup;
-    tagHttpRequest m_tRequest;
+    tagHttpRequest const& m_tRequest;
     tagHttpAnswer m_tAnswer;
     std::coroutine_handle<> m_tCaller;
 };
@@ -186,33 +213,21 @@ private:
 };
 
 template <class T>
-rtsp::CTask<> CHttp::Store(rtsp::CTask<T> tTask, std::shared_ptr<std::optional<T>> pResult,
-                           std::shared_ptr<tagWaiter> pWaiter)
+std::optional<T> CHttp::Run(rtsp::CTask<T> tTask)
 {
-    struct tagDone
-    {
-        ~tagDone() { Notify(tWaiter); }
-        tagWaiter& tWaiter;
-    } tDone{*pWaiter};
-    try
-    {
-        pResult->emplace(co_await tTask);
-    }
-    catch (...) // no memory: nothing
-    {
-    }
-}
-
-template <class T>
-std::optional<T> CHttp::Wait(rtsp::CTask<T> tTask)
-{
-    const auto pResult = std::make_shared<std::optional<T>>();
-    const auto pWaiter = std::make_shared<tagWaiter>();
-    if (IsThisThread() || !TryBegin(Store<T>(std::move(tTask), pResult, pWaiter)))
+    const CInside tInside(*this);
+    if (!tInside)
     {
         return std::nullopt;
     }
-    Await(*pWaiter);
-    return std::move(*pResult);
+    try
+    {
+        tTask.Begin();
+        return tTask.Result();
+    }
+    catch (...) // no memory
+    {
+        return std::nullopt;
+    }
 }
 } // namespace onvif

@@ -268,7 +268,7 @@ void CListener::Take(std::string const& strPath, std::string_view strBody)
         const auto it = m_apSubscribers.find(strPath);
         pSubscriber = it == m_apSubscribers.end() ? nullptr : it->second;
     }
-    const auto pDocument = pSubscriber ? ParseXml(strBody) : nullptr;
+    const auto pDocument = pSubscriber ? ParseXml(std::string(strBody)) : nullptr;
     if (pDocument)
     {
         auto atEvents = ReadNotifications(Find(*pDocument, "Envelope/Body/Notify"));

@@ -3,6 +3,7 @@
 #include "onvif/Xml.h"
 
 #include <array>
+#include <mutex>
 
 #include <openssl/evp.h>
 #include <openssl/rand.h>
@@ -24,6 +25,27 @@ constexpr std::string_view g_strBeforeNonce =
     R"(oasis-200401-wss-soap-message-security-1.0#Base64Binary">)";
 constexpr std::string_view g_strBeforeTime = "</wsse:Nonce><wsu:Created>";
 constexpr std::string_view g_strEnd = "</wsu:Created></wsse:UsernameToken></wsse:Security>";
+
+using Nonce = std::array<char, 16>;
+
+// Random numbers come in stores of many: OpenSSL takes as long for one as for a hundred. False: there are none.
+bool TakeNonce(Nonce& acNonce)
+{
+    static std::mutex s_tMutex;
+    static std::array<Nonce, 64> s_aacStore;
+    static std::size_t s_nLeft = 0;
+    const std::lock_guard tLock(s_tMutex);
+    if (s_nLeft == 0)
+    {
+        if (RAND_bytes(reinterpret_cast<unsigned char*>(s_aacStore.data()), sizeof s_aacStore) != 1)
+        {
+            return false;
+        }
+        s_nLeft = s_aacStore.size();
+    }
+    acNonce = s_aacStore[--s_nLeft];
+    return true;
+}
 
 std::string Base64(std::string_view strBytes)
 {
@@ -49,8 +71,8 @@ std::string PasswordDigest(std::string_view strNonce, std::string_view strCreate
 
 std::string UsernameToken(std::string_view strUser, std::string_view strPassword, std::int64_t llDeviceTimeUs)
 {
-    std::array<char, 16> acNonce{};
-    if (RAND_bytes(reinterpret_cast<unsigned char*>(acNonce.data()), static_cast<int>(acNonce.size())) != 1)
+    Nonce acNonce{};
+    if (!TakeNonce(acNonce))
     {
         return {};
     }

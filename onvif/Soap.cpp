@@ -172,10 +172,10 @@ CAnswer CAnswer::Failed(int nResult, std::string strReason)
 }
 
 // A page that says 401 may be XML too, and a fault may come with any status.
-CAnswer CAnswer::Read(int nStatus, std::string_view strBody)
+CAnswer CAnswer::Read(int nStatus, std::string strBody)
 {
     CAnswer t;
-    t.m_pDocument = ParseXml(strBody);
+    t.m_pDocument = ParseXml(std::move(strBody));
     t.m_nStatus = nStatus;
     t.m_bAnswered = true;
     const pugi::xml_node tBody = t.m_pDocument ? Child(Child(*t.m_pDocument, "Envelope"), "Body") : pugi::xml_node();

@@ -52,7 +52,7 @@ public:
     /// For failures that no device told of: an ePluginResult.
     static CAnswer Failed(int nResult, std::string strReason = {});
     /// What a device sent with this HTTP status.
-    static CAnswer Read(int nStatus, std::string_view strBody);
+    static CAnswer Read(int nStatus, std::string strBody);
 
     int Result() const { return m_nResult; }
     explicit operator bool() const { return m_nResult == 0; }
@@ -65,6 +65,9 @@ public:
     /// The device has answered, if only with a fault.
     bool Answered() const { return m_bAnswered; }
     int HttpStatus() const { return m_nStatus; }
+    /// The Date header; empty: there was none.
+    std::string const& Date() const { return m_strDate; }
+    void SetDate(std::string strDate) { m_strDate = std::move(strDate); }
 
 private:
     void TakeFault(pugi::xml_node tFault, int nStatus);
@@ -74,6 +77,7 @@ private:
     int m_nResult = 0;
     int m_nStatus = 0;
     bool m_bAnswered = false;
+    std::string m_strDate;
     std::string m_strSubcode;
     std::string m_strReason;
 };

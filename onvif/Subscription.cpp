@@ -14,10 +14,12 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr auto g_tAsked = 60s;    // how long a subscription is to live
+constexpr auto g_tLongest = 24h;  // that we believe; it is renewed before
 constexpr auto g_tPull = 10s;     // how long the device is to wait for an event
 constexpr auto g_tLook = 500ms;   // how soon it is seen that the login lives again
 constexpr auto g_tLeave = 1000ms; // for saying good-bye
 constexpr unsigned g_nMessages = 100;
+constexpr std::size_t g_nMostStates = 10000; // a device that always has more would never let a caller go
 constexpr std::chrono::seconds g_atPauses[] = {0s, 0s, 1s, 2s, 4s, 8s, 16s, 30s};
 
 constexpr char g_szCreate[] = "http://www.onvif.org/ver10/events/wsdl/EventPortType/CreatePullPointSubscriptionRequest";
@@ -78,8 +80,9 @@ void CSubscription::TakeTimes(CAnswer const& tAnswer, tagManager& tManager)
 {
     const auto llNow = Time(tAnswer.Body(), "CurrentTime");
     const auto llEnd = Time(tAnswer.Body(), "TerminationTime");
-    tManager.tGranted = llNow && llEnd && *llEnd > *llNow ? std::chrono::microseconds(*llEnd - *llNow)
-                                                          : std::chrono::microseconds(g_tAsked);
+    const bool bTold = llNow && llEnd && *llEnd > *llNow;
+    const std::chrono::microseconds tTold(bTold ? *llEnd - *llNow : 0);
+    tManager.tGranted = bTold ? std::min<std::chrono::microseconds>(tTold, g_tLongest) : g_tAsked;
     tManager.tEnds = Clock::now() + tManager.tGranted;
 }
 
@@ -152,7 +155,7 @@ rtsp::CTask<int> CSubscription::StatesOf(std::shared_ptr<CClient> pClient, std::
             nCount += t.eWhat == eChange::Initialized ? 1 : 0;
             patStates->push_back(std::move(t));
         }
-        nCount = nCount < g_nMessages ? 0 : nCount;
+        nCount = nCount < g_nMessages || patStates->size() >= g_nMostStates ? 0 : nCount;
     }
     co_await Leave(pClient, std::move(tManager));
     co_return nResult;
@@ -160,7 +163,7 @@ rtsp::CTask<int> CSubscription::StatesOf(std::shared_ptr<CClient> pClient, std::
 
 int CSubscription::ReadStates(CClient& tClient, std::vector<tagNotification>& atStates)
 {
-    const auto nResult = tClient.Http().Wait(StatesOf(tClient.shared_from_this(), &atStates));
+    const auto nResult = tClient.Http().Run(StatesOf(tClient.shared_from_this(), &atStates));
     return nResult.value_or(eResultNotStarted);
 }
 

@@ -45,16 +45,15 @@ void CWatch::OnResult(int nResult)
     {
         m_tHeard = Clock::now();
     }
-    else if (!m_bChecking && m_eStatus == eLoginAlive && !m_pGroup->IsEnded())
+    else if (m_eStatus == eLoginAlive && !m_pGroup->IsEnded() && !m_bChecking.exchange(true))
     {
-        m_bChecking = true;
         m_pClient->Http().Begin(Check(shared_from_this(), false));
     }
 }
 
 void CWatch::Doubt()
 {
-    if (!std::exchange(m_bChecking, true))
+    if (!m_bChecking.exchange(true))
     {
         m_pClient->Http().Begin(Check(shared_from_this(), true));
     }
@@ -66,7 +65,7 @@ rtsp::CTask<> CWatch::Beat(std::shared_ptr<CWatch> pSelf)
     pSelf->m_tHeard = Clock::now();
     for (;;)
     {
-        const bool bGoesOn = co_await tClient.Http().Until(pSelf->m_pGroup, pSelf->m_tHeard + g_tBeat);
+        const bool bGoesOn = co_await tClient.Http().Until(pSelf->m_pGroup, pSelf->m_tHeard.load() + g_tBeat);
         if (!bGoesOn)
         {
             break;
@@ -75,7 +74,7 @@ rtsp::CTask<> CWatch::Beat(std::shared_ptr<CWatch> pSelf)
         {
             pSelf->m_tHeard = Clock::now();
         }
-        else if (Clock::now() >= pSelf->m_tHeard + g_tBeat)
+        else if (Clock::now() >= pSelf->m_tHeard.load() + g_tBeat)
         {
             // What needs a login, so that a changed password shows too.
             tagRequest tRequest{eService::Device, "GetDeviceInformation"};

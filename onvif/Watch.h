@@ -43,7 +43,7 @@ private:
     static rtsp::CTask<> Beat(std::shared_ptr<CWatch> pSelf);
     static rtsp::CTask<> Check(std::shared_ptr<CWatch> pSelf, bool bDoubt);
     rtsp::CTask<int> Regain();
-    void OnResult(int nResult);
+    void OnResult(int nResult); ///< any thread
     void Lose(int nResult, std::chrono::milliseconds tNextTry);
 
     const std::shared_ptr<CClient> m_pClient;
@@ -51,9 +51,8 @@ private:
     const std::shared_ptr<IWatcher> m_pWatcher;
     std::atomic<int> m_eStatus;
 
-    // The HTTP thread's.
-    bool m_bChecking = false;
-    Clock::time_point m_tHeard{}; ///< when it answered last
-    Clock::time_point m_tLost{};
+    std::atomic<bool> m_bChecking{false};
+    std::atomic<Clock::time_point> m_tHeard{}; ///< when it answered last
+    Clock::time_point m_tLost{};               ///< the HTTP thread's
 };
 } // namespace onvif

@@ -4,9 +4,9 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <utility>
 
 namespace onvif
 {
@@ -122,11 +122,19 @@ std::optional<std::int64_t> ZoneOf(std::string_view strText)
 
 // --- reading ---------------------------------------------------------------------------------------------------------
 
-std::shared_ptr<pugi::xml_document const> ParseXml(std::string_view strText)
+std::shared_ptr<pugi::xml_document const> ParseXml(std::string strText)
 {
-    auto pDocument = std::make_shared<pugi::xml_document>();
-    const auto tResult = pDocument->load_buffer(strText.data(), strText.size(), pugi::parse_default);
-    return tResult && !IsTooDeep(*pDocument) ? pDocument : nullptr;
+    // The document stands in the text itself.
+    struct tagParsed
+    {
+        std::string strText;
+        pugi::xml_document tDocument;
+    };
+    const auto pParsed = std::make_shared<tagParsed>();
+    pParsed->strText = std::move(strText);
+    pugi::xml_document& tDocument = pParsed->tDocument;
+    const auto tResult = tDocument.load_buffer_inplace(pParsed->strText.data(), pParsed->strText.size());
+    return tResult && !IsTooDeep(tDocument) ? std::shared_ptr<pugi::xml_document const>(pParsed, &tDocument) : nullptr;
 }
 
 std::string_view WithoutPrefix(std::string_view strName)
@@ -285,6 +293,17 @@ std::optional<std::int64_t> ParseDuration(std::string_view strText)
     return std::llround(bNegative ? -dMilliseconds : dMilliseconds);
 }
 
+namespace
+{
+// With zeros in front of it.
+void AddDigits(std::string& strText, unsigned nNumber, std::size_t nLeast)
+{
+    char szText[10];
+    const auto nLength = static_cast<std::size_t>(std::to_chars(szText, szText + sizeof szText, nNumber).ptr - szText);
+    strText.append(nLeast - std::min(nLeast, nLength), '0').append(szText, nLength);
+}
+} // namespace
+
 std::string TimeText(std::int64_t llTimeUs)
 {
     namespace chr = std::chrono;
@@ -292,16 +311,23 @@ std::string TimeText(std::int64_t llTimeUs)
     const auto tDay = chr::floor<chr::days>(tTime);
     const chr::year_month_day tDate(tDay);
     const chr::hh_mm_ss tClock(tTime - tDay);
-    char szText[64];
-    std::snprintf(szText, sizeof szText, "%04d-%02u-%02uT%02d:%02d:%02d", static_cast<int>(tDate.year()),
-                  static_cast<unsigned>(tDate.month()), static_cast<unsigned>(tDate.day()),
-                  static_cast<int>(tClock.hours().count()), static_cast<int>(tClock.minutes().count()),
-                  static_cast<int>(tClock.seconds().count()));
-    std::string strText = szText;
+    const int nYear = static_cast<int>(tDate.year());
+    std::string strText = nYear < 0 ? "-" : "";
+    strText.reserve(28);
+    AddDigits(strText, static_cast<unsigned>(std::abs(nYear)), 4);
+    for (const auto& [c, nPart] :
+         {std::pair('-', static_cast<unsigned>(tDate.month())), std::pair('-', static_cast<unsigned>(tDate.day())),
+          std::pair('T', static_cast<unsigned>(tClock.hours().count())),
+          std::pair(':', static_cast<unsigned>(tClock.minutes().count())),
+          std::pair(':', static_cast<unsigned>(tClock.seconds().count()))})
+    {
+        strText += c;
+        AddDigits(strText, nPart, 2);
+    }
     if (const auto llFraction = tClock.subseconds().count())
     {
-        std::snprintf(szText, sizeof szText, ".%06d", static_cast<int>(llFraction));
-        strText += szText;
+        strText += '.';
+        AddDigits(strText, static_cast<unsigned>(llFraction), 6);
     }
     return strText + 'Z';
 }

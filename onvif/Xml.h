@@ -15,7 +15,7 @@ namespace onvif
 {
 /// A document, or nothing: it isn't well-formed, or is nested deeper than anything of ours. DOCTYPE and entities but
 /// the five of XML itself are not looked at.
-std::shared_ptr<pugi::xml_document const> ParseXml(std::string_view strText);
+std::shared_ptr<pugi::xml_document const> ParseXml(std::string strText);
 
 /// The name behind its prefix.
 std::string_view LocalName(pugi::xml_node tNode);

@@ -62,13 +62,26 @@ std::string Hex(unsigned char const* pby, std::size_t nLength)
     return strHex;
 }
 
+// What OpenSSL has for it: looked for once, since that takes longer than to use it. Null: it was set up without.
+EVP_MD* Find(tagAlgorithm const* ptAlgorithm)
+{
+    static const std::array<EVP_MD*, g_atAlgorithms.size()> s_apDigests = [] // never freed
+    {
+        std::array<EVP_MD*, g_atAlgorithms.size()> apDigests{};
+        std::ranges::transform(g_atAlgorithms, apDigests.begin(),
+                               [](tagAlgorithm const& t) { return EVP_MD_fetch(nullptr, t.szDigest, nullptr); });
+        return apDigests;
+    }();
+    return s_apDigests[static_cast<std::size_t>(ptAlgorithm - g_atAlgorithms.data())];
+}
+
 // Nothing: OpenSSL was set up without this digest.
 std::optional<std::string> Digest(tagChallenge const& tChallenge, std::string const& strText)
 {
+    EVP_MD const* const pDigest = Find(FindAlgorithm(tChallenge));
     std::array<unsigned char, EVP_MAX_MD_SIZE> abyDigest{};
-    std::size_t nLength = 0;
-    if (EVP_Q_digest(nullptr, FindAlgorithm(tChallenge)->szDigest, nullptr, strText.data(), strText.size(),
-                     abyDigest.data(), &nLength) != 1)
+    unsigned nLength = 0;
+    if (!pDigest || EVP_Digest(strText.data(), strText.size(), abyDigest.data(), &nLength, pDigest, nullptr) != 1)
     {
         return std::nullopt;
     }

@@ -110,6 +110,8 @@ public:
     /// For the outermost one, instead of awaiting it.
     void Begin() { m_tSelf.resume(); }
     bool IsDone() const { return m_tSelf.done(); }
+    /// What it came to, once it is done.
+    T Result() { return m_tSelf.promise().Result(); }
 
 private:
     std::coroutine_handle<promise_type> m_tSelf;

@@ -104,7 +104,7 @@ int CEvents::ContactStates(eDeviceEvent eWhich, std::vector<bool>& abActive)
 {
     const tagPlaces tPlaces = PlacesOf(m_tLogin);
     std::map<uint32_t, uint32_t> tStates;
-    if (!m_pFlow->States(eWhich, tStates))
+    if (!m_pFlow->States(static_cast<uint32_t>(eWhich), tStates))
     {
         std::vector<tagNotification> atStates;
         if (const int nResult = onvif::CSubscription::ReadStates(m_tLogin.Client(), atStates))

@@ -113,7 +113,10 @@ bool IsAsked(tagLogQueryFactor const& tFactor, tagLogQueryResult const& t)
     const auto fnSame = [](char a, char b) { return std::tolower(a & 0xFF) == std::tolower(b & 0xFF); };
     const std::string_view strText = t.szText;
     const auto fnHolds = [&](std::string const& strPart)
-    { return !std::ranges::search(strText, strPart, fnSame).empty() || strPart.empty(); };
+    {
+        return strPart.empty() ||
+               std::search(strText.begin(), strText.end(), strPart.begin(), strPart.end(), fnSame) != strText.end();
+    };
     return (tFactor.llStartUs == 0 || t.llTimeUs >= tFactor.llStartUs) &&
            (tFactor.llEndUs == 0 || (t.llTimeUs != 0 && t.llTimeUs < tFactor.llEndUs)) &&
            fnHolds(plugin::Text(tFactor.szText)) && fnHolds(plugin::Text(tFactor.szUserName));

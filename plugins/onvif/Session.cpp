@@ -7,8 +7,10 @@
 #include "plugins/onvif/Nearby.h"
 #include "plugins/onvif/Operations.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 namespace onvifclient
@@ -243,6 +245,24 @@ int LoginQuery(void* hLogin, F fnAnswer)
     return -With<CLogin>(hLogin, fnAnswer);
 }
 
+// "02:00:5e:10:00:01"; what stands behind it doesn't matter. False: it is no such thing.
+bool ReadMac(std::string_view strText, unsigned char (&abyMac)[6])
+{
+    for (unsigned char& by : abyMac)
+    {
+        char const* const pcEnd = strText.data() + std::min<std::size_t>(strText.size(), 2);
+        const auto tResult = std::from_chars(strText.data(), pcEnd, by, 16);
+        strText.remove_prefix(static_cast<std::size_t>(tResult.ptr - strText.data()));
+        const bool bLast = &by == std::end(abyMac) - 1;
+        if (tResult.ec != std::errc() || (!bLast && !strText.starts_with(':')))
+        {
+            return false;
+        }
+        strText.remove_prefix(bLast ? 0 : 1);
+    }
+    return true;
+}
+
 int LevelOf(std::string_view strLevel)
 {
     return strLevel == "Administrator" ? eUserAdministrator : strLevel == "Operator" ? eUserOperator : eUserViewer;
@@ -311,16 +331,14 @@ int Serve(tagCall<&CClientProtocolBase::GetLoginMac>, void* hLogin, unsigned cha
                           }
                           int nResult = eResultOk;
                           const std::string strMac = AskMac(tLogin.Client(), nResult);
-                          unsigned anByte[6] = {};
-                          if (nResult == eResultOk &&
-                              std::sscanf(strMac.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x", &anByte[0], &anByte[1], &anByte[2],
-                                          &anByte[3], &anByte[4], &anByte[5]) != 6)
+                          unsigned char abyMac[6];
+                          if (nResult == eResultOk && !ReadMac(strMac, abyMac))
                           {
                               nResult = eResultNotSupported;
                           }
-                          for (std::size_t i = 0; i < 6 && nResult == eResultOk; ++i)
+                          if (nResult == eResultOk)
                           {
-                              pbyMac[i] = static_cast<unsigned char>(anByte[i]);
+                              std::memcpy(pbyMac, abyMac, sizeof abyMac);
                           }
                           return nResult;
                       });

@@ -108,6 +108,7 @@ int main()
     std::string strLine;
     while (std::getline(std::cin, strLine))
     {
+        const std::lock_guard tLock(g_tMutex); // what was answered before has happened before, for a sanitizer too
         atCalls.emplace_back(
             [strLine]
             {
