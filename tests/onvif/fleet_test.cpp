@@ -91,8 +91,9 @@ protected:
             ASSERT_TRUE(Comes(
                 [&, nTries = 0]() mutable
                 {
-                    // One that was raised before the subscription came back is over; it is raised again.
-                    if (++nTries % 400 == 0)
+                    // One that was raised before the subscription came back is over; it is raised again, but not so
+                    // often that it never ends.
+                    if (++nTries % 2000 == 0)
                     {
                         tTool.Tell("fault " + std::to_string(i) + " motion channel=0 ms=200");
                     }
