@@ -14,7 +14,7 @@ namespace onvif
 namespace
 {
 constexpr std::size_t g_nSpareDrivers = 8;
-constexpr int g_nLookMs = 1000; // libcurl wakes up by itself when its own times are over
+constexpr int g_nLookMs = 60000; // libcurl wakes up by itself for its own times, and is woken for ours
 
 // libcurl sends without SIGPIPE, but OpenSSL on its behalf may not, and the thread is the application's.
 class CWithoutPipeSignal
