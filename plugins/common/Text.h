@@ -15,7 +15,7 @@ inline void CopyText(char* szTo, std::size_t nSize, std::string_view strFrom)
     {
         --n;
     }
-    std::copy_n(strFrom.data(), n, szTo); // which may be null, where it is empty
+    strFrom.copy(szTo, n); // also of a text that is nowhere
     std::memset(szTo + n, 0, nSize - n);
 }
 template <std::size_t nSize>

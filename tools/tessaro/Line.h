@@ -47,7 +47,7 @@ public:
     CLine(CLI::App& tApp, Action& fnChosen) : m_tApp(tApp), m_fnChosen(fnChosen) {}
 
     /// An option ("--seconds"), or an argument by its place ("address"). T: unsigned int, unsigned long, double,
-    /// std::string, or a vector of one of the last two or of unsigned long.
+    /// std::string, or a vector of std::string or unsigned long.
     template <class T>
     COption Option(std::string const& strName, T& tTarget, std::string const& strHelp);
     void Flag(char const* szName, bool& bTarget, std::string const& strHelp);
