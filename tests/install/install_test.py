@@ -108,7 +108,12 @@ def test(work):
     tool = work / "installed/bin/tessaro" if "BUILD" in os.environ else shutil.which("tessaro")
     if tool and pathlib.Path(tool).exists():
         text = run(tool, "doctor", "vtq://192.0.2.1", emulated=True)
-        assert text.count(" good ") == 4 and f"{folder}/libVTQ.so" in text and "h264 1280x720" in text, text
+        found = [line.split()[-1] for line in text.splitlines() if " good " in line]
+        assert len(found) == 4 and "h264 1280x720" in text, text
+        assert all(pathlib.Path(file).parent.samefile(folder) for file in found), text
+        if not words("EMULATOR"):  # it runs another program
+            run(tool, "trace", work / "trace.json", "--", tool, "info", "vtq://192.0.2.1")
+            assert '"VTQClient_' in (work / "trace.json").read_text()
     print(f"tried: {count} installed headers, programs by pkg-config and CMake, plug-ins in {folder}")
 
 

@@ -92,7 +92,7 @@ void Speak(int nPipe, std::string const& strKey, std::string const& strText)
             _exit(0);
         });
     alarm(g_nPatienceMs / 1000);
-    void* const hModule = dlopen(strFile.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    void* const hModule = OpenPlugin(strFile);
     if (!hModule)
     {
         Speak(nPipe, "problem", dlerror());
@@ -169,6 +169,20 @@ std::vector<std::string> SearchFolders()
         dlclose(hLibrary);
     }
     return astrFolders;
+}
+
+void* OpenPlugin(std::string const& strFile)
+{
+    // The loader would look where this program looks.
+    const bool bBare = strFile.find('/') == std::string::npos;
+    for (std::string const& strFolder : bBare ? SearchFolders() : std::vector<std::string>{})
+    {
+        if (void* const hModule = dlopen((strFolder + "/" + strFile).c_str(), RTLD_LAZY | RTLD_LOCAL))
+        {
+            return hModule;
+        }
+    }
+    return dlopen(strFile.c_str(), RTLD_LAZY | RTLD_LOCAL);
 }
 
 std::string FileKind(std::string const& strFile, bool& bRight)

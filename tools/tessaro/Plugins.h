@@ -16,6 +16,9 @@ std::string LibraryFile();
 /// The folders where the library looks for plug-ins, in their order, as the dynamic loader has them.
 std::vector<std::string> SearchFolders();
 
+/// Opens a plug-in as the library does, a bare name in its folders. Null: dlerror says why.
+void* OpenPlugin(std::string const& strFile);
+
 /// What a file is, by its header: "64-bit x86-64", or why it is no library. bRight: this process can load it.
 std::string FileKind(std::string const& strFile, bool& bRight);
 

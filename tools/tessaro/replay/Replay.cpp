@@ -223,7 +223,7 @@ constexpr tagRow g_atRows[] = {
 } // namespace
 
 CReplay::CReplay(std::string const& strFile, std::string strPassword)
-    : m_hModule(dlopen(strFile.c_str(), RTLD_LAZY | RTLD_LOCAL)), m_strPassword(std::move(strPassword))
+    : m_hModule(OpenPlugin(strFile)), m_strPassword(std::move(strPassword))
 {
     if (!m_hModule)
     {
