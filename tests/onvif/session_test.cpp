@@ -129,7 +129,7 @@ TEST_F(COnvifTest, RestartsAreOutlived)
         m_tEvents.Await(Is(eEventLoginRestored));
         m_tEvents.Await(Is(eEventsMissed));
         m_tFrames.Drain();
-        EXPECT_TRUE(m_tFrames.Next().IsVideo());
+        EXPECT_TRUE(m_tFrames.Await([](tagSeen const& t) { return t.IsVideo() || t.IsEnd(); }).IsVideo());
     }
     tTool.Tell("fault 0 alarm_input channel=2");
     m_tEvents.Await(Is(eEventAlarmInput, 2, 1));
