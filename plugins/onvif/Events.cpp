@@ -19,7 +19,8 @@ using onvif::CAnswer;
 using onvif::eService;
 
 // The tokens of what a call lists, in its order.
-void Number(CLogin& tLogin, eService eTo, char const* szName, char const* szElement, tagPlaces::Numbers& tNumbers)
+void NumberElements(CLogin& tLogin, eService eTo, char const* szName, char const* szElement,
+                    tagPlaces::Numbers& tNumbers)
 {
     const CAnswer tAnswer = tLogin.Call({eTo, szName});
     for (pugi::xml_node const& tItem : onvif::Children(tAnswer.Body(), szElement))
@@ -157,9 +158,9 @@ tagPlaces PlacesOf(CLogin& tLogin)
     tLogin.Part<CWall>().Number(t.tWindows);
     if (tClient.Has(eService::DeviceIO))
     {
-        Number(tLogin, eService::DeviceIO, "GetDigitalInputs", "DigitalInputs", t.tInputs);
+        NumberElements(tLogin, eService::DeviceIO, "GetDigitalInputs", "DigitalInputs", t.tInputs);
     }
-    Number(tLogin, eService::Device, "GetRelayOutputs", "RelayOutputs", t.tOutputs);
+    NumberElements(tLogin, eService::Device, "GetRelayOutputs", "RelayOutputs", t.tOutputs);
     return t;
 }
 
