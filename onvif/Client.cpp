@@ -99,6 +99,7 @@ struct CClient::tagState
 
     rtsp::CAuthenticator tAuthenticator;
     unsigned nChallenges = 0; ///< that were taken
+    unsigned nGood = 0;       ///< the last one whose answer let a request in
 };
 
 CClient::CClient(CHttp& tHttp, tagClientOptions tOptions)
@@ -196,24 +197,37 @@ void CClient::Tell(int nResult)
     }
 }
 
-std::string CClient::Authorization(std::string_view strMethod, std::string_view strUrl, unsigned& nChallenges)
+std::string CClient::Authorization(std::string_view strMethod, std::string_view strUrl, unsigned& nChallenge)
 {
     const std::lock_guard tLock(m_tMutex);
-    nChallenges = m_ptState->nChallenges;
+    nChallenge = m_ptState->nChallenges;
     return m_ptState->tAuthenticator.Authorization(strMethod, PathIn(strUrl));
 }
 
-bool CClient::TakeChallenges(tagHttpAnswer const& tAnswer, std::string_view strUrl, unsigned nBefore)
+bool CClient::TakeChallenges(tagHttpAnswer const& tAnswer, std::string_view strUrl, unsigned nAnswered, unsigned& nOwn)
 {
     const std::lock_guard tLock(m_tMutex);
-    if (nBefore != m_ptState->nChallenges)
+    if (nAnswered != m_ptState->nChallenges)
     {
         return true; // another call has been given a newer one meanwhile: that one is answered
+    }
+    if (nAnswered != nOwn && nAnswered != m_ptState->nGood)
+    {
+        // It was given to another call, and may be good for that one's address or connection alone: that it was refused
+        // here says nothing of the password.
+        m_ptState->tAuthenticator = rtsp::CAuthenticator(m_tOptions.strUser, m_tOptions.strPassword);
     }
     const bool bTaken =
         m_ptState->tAuthenticator.TakeChallenges(SafeOf(tAnswer.astrChallenges, strUrl.starts_with("https")));
     m_ptState->nChallenges += bTaken ? 1 : 0;
+    nOwn = m_ptState->nChallenges;
     return bTaken;
+}
+
+void CClient::LetIn(unsigned nAnswered)
+{
+    const std::lock_guard tLock(m_tMutex);
+    m_ptState->nGood = std::max(m_ptState->nGood, nAnswered);
 }
 
 unsigned CClient::Challenges() const
@@ -232,22 +246,27 @@ rtsp::CTask<tagHttpAnswer> CClient::Send(tagHttpRequest tRequest, eProof eWith, 
     tRequest.bCheckCertificate = m_tOptions.bCheckCertificate;
     tagHttpAnswer tAnswer;
     bool bAgain = true;
+    unsigned nOwn = 0; // the challenge that came to this request
     for (unsigned nTry = 0; bAgain && nTry < g_nMostTries; ++nTry)
     {
-        unsigned nChallenges = 0;
+        unsigned nChallenge = 0;
         tRequest.tLimit = Left(tUntil);
         tRequest.strAuthorization =
-            eWith == eProof::None ? std::string() : Authorization(szMethod, tRequest.strUrl, nChallenges);
+            eWith == eProof::None ? std::string() : Authorization(szMethod, tRequest.strUrl, nChallenge);
         tAnswer = co_await m_tHttp.Send(pGroup, tRequest);
         bAgain = false;
         if (tAnswer.nResult == eResultOk && tAnswer.nStatus == 401 && eWith != eProof::None)
         {
-            bAgain = TakeChallenges(tAnswer, tRequest.strUrl, nChallenges);
+            bAgain = TakeChallenges(tAnswer, tRequest.strUrl, nChallenge, nOwn);
         }
         else if (const std::string strMoved = MovedTo(tAnswer, tRequest.strUrl); !strMoved.empty())
         {
             tRequest.strUrl = strMoved;
             bAgain = true;
+        }
+        else if (tAnswer.nResult == eResultOk && !tRequest.strAuthorization.empty())
+        {
+            LetIn(nChallenge);
         }
         if (bAgain && !strToken.empty())
         {

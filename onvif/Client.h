@@ -119,10 +119,12 @@ private:
     /// pGroup: null, the login's. strToken: the UsernameToken in the request's body, which further tries replace.
     rtsp::CTask<tagHttpAnswer> Send(tagHttpRequest tRequest, eProof eWith, Clock::time_point tUntil,
                                     std::shared_ptr<CHttpGroup> pGroup = nullptr, std::string strToken = {});
-    /// The Authorization header; nChallenges: how many have been taken so far.
-    std::string Authorization(std::string_view strMethod, std::string_view strUrl, unsigned& nChallenges);
-    /// Of the answer to a request that was made with nBefore. True: it is worth another try.
-    bool TakeChallenges(tagHttpAnswer const& tAnswer, std::string_view strUrl, unsigned nBefore);
+    /// The Authorization header; nChallenge: which challenge it answers.
+    std::string Authorization(std::string_view strMethod, std::string_view strUrl, unsigned& nChallenge);
+    /// Those of a 401 to what answered nAnswered; false: the login is wrong. nOwn: the last one that was given to this
+    /// very request.
+    bool TakeChallenges(tagHttpAnswer const& tAnswer, std::string_view strUrl, unsigned nAnswered, unsigned& nOwn);
+    void LetIn(unsigned nAnswered);
     unsigned Challenges() const;
     std::string AddressFor(tagRequest const& tRequest) const;
     bool IsUnsupported(tagRequest const& tRequest) const;

@@ -20,49 +20,51 @@ constexpr char const* g_szSwitch = "OFF ON AUTO";
 constexpr char const* g_szMode = "AUTO MANUAL";
 
 constexpr tagField<tagCameraPicture> g_atPicture[] = {
-    {&tagCameraPicture::dwBrightness, "Brightness", "Brightness"},
-    {&tagCameraPicture::dwContrast, "Contrast", "Contrast"},
-    {&tagCameraPicture::dwSaturation, "ColorSaturation", "ColorSaturation"},
-    {&tagCameraPicture::dwSharpness, "Sharpness", "Sharpness"},
-    {&tagCameraPicture::dwNoiseReduction, "Extension/Extension/Extension/NoiseReduction/Level", ""},
-    {&tagCameraPicture::dwWideDynamicRange, "WideDynamicRange/Mode", "WideDynamicRange/Mode", eUnit::Names, g_szSwitch},
-    {&tagCameraPicture::dwWideDynamicLevel, "WideDynamicRange/Level", "WideDynamicRange/Level"},
-    {&tagCameraPicture::dwBacklight, "BacklightCompensation/Mode", "BacklightCompensation/Mode", eUnit::Names,
-     g_szSwitch},
-    {&tagCameraPicture::dwBacklightLevel, "BacklightCompensation/Level", "BacklightCompensation/Level"},
-    {&tagCameraPicture::dwWhiteBalance, "WhiteBalance/Mode", "WhiteBalance/Mode", eUnit::Names, g_szMode},
-    {&tagCameraPicture::dwRedGain, "WhiteBalance/CrGain", "WhiteBalance/YrGain"},
-    {&tagCameraPicture::dwBlueGain, "WhiteBalance/CbGain", "WhiteBalance/YbGain"},
-    {&tagCameraPicture::dwDefog, "Extension/Extension/Extension/Defogging/Mode",
-     "Extension/Extension/Extension/DefoggingOptions/Mode", eUnit::Names, g_szSwitch},
+    {&tagCameraPicture::dwBrightness, {"Brightness", "Brightness"}},
+    {&tagCameraPicture::dwContrast, {"Contrast", "Contrast"}},
+    {&tagCameraPicture::dwSaturation, {"ColorSaturation", "ColorSaturation"}},
+    {&tagCameraPicture::dwSharpness, {"Sharpness", "Sharpness"}},
+    {&tagCameraPicture::dwNoiseReduction, {"Extension/Extension/Extension/NoiseReduction/Level", ""}},
+    {&tagCameraPicture::dwWideDynamicRange,
+     {"WideDynamicRange/Mode", "WideDynamicRange/Mode", eUnit::Names, g_szSwitch}},
+    {&tagCameraPicture::dwWideDynamicLevel, {"WideDynamicRange/Level", "WideDynamicRange/Level"}},
+    {&tagCameraPicture::dwBacklight,
+     {"BacklightCompensation/Mode", "BacklightCompensation/Mode", eUnit::Names, g_szSwitch}},
+    {&tagCameraPicture::dwBacklightLevel, {"BacklightCompensation/Level", "BacklightCompensation/Level"}},
+    {&tagCameraPicture::dwWhiteBalance, {"WhiteBalance/Mode", "WhiteBalance/Mode", eUnit::Names, g_szMode}},
+    {&tagCameraPicture::dwRedGain, {"WhiteBalance/CrGain", "WhiteBalance/YrGain"}},
+    {&tagCameraPicture::dwBlueGain, {"WhiteBalance/CbGain", "WhiteBalance/YbGain"}},
+    {&tagCameraPicture::dwDefog,
+     {"Extension/Extension/Extension/Defogging/Mode", "Extension/Extension/Extension/DefoggingOptions/Mode",
+      eUnit::Names, g_szSwitch}},
 };
 
 constexpr tagField<tagCameraDayNight> g_atDayNight[] = {
-    {&tagCameraDayNight::dwMode, "IrCutFilter", "IrCutFilterModes", eUnit::Names, "AUTO ON OFF"},
-    {&tagCameraDayNight::dwSensitivity, "Extension/Extension/IrCutFilterAutoAdjustment/BoundaryOffset", ""},
-    {&tagCameraDayNight::dwDelaySeconds, "Extension/Extension/IrCutFilterAutoAdjustment/ResponseTime", "",
-     eUnit::Duration},
+    {&tagCameraDayNight::dwMode, {"IrCutFilter", "IrCutFilterModes", eUnit::Names, "AUTO ON OFF"}},
+    {&tagCameraDayNight::dwSensitivity, {"Extension/Extension/IrCutFilterAutoAdjustment/BoundaryOffset", ""}},
+    {&tagCameraDayNight::dwDelaySeconds,
+     {"Extension/Extension/IrCutFilterAutoAdjustment/ResponseTime", "", eUnit::Duration}},
 };
 
 constexpr tagImagingPlace g_tIris = {"Exposure/Iris", "Exposure/Iris", eUnit::Opening};
 
 constexpr tagField<tagCameraExposure> g_atExposure[] = {
-    {&tagCameraExposure::dwMode, "Exposure/Mode", "Exposure/Mode", eUnit::Names, g_szMode},
-    {&tagCameraExposure::dwPriority, "Exposure/Priority", "Exposure/Priority", eUnit::Names, "LowNoise FrameRate"},
-    {&tagCameraExposure::dwMinExposureUs, "Exposure/MinExposureTime", "Exposure/MinExposureTime", eUnit::Whole},
-    {&tagCameraExposure::dwMaxExposureUs, "Exposure/MaxExposureTime", "Exposure/MaxExposureTime", eUnit::Whole},
-    {&tagCameraExposure::dwExposureUs, "Exposure/ExposureTime", "Exposure/ExposureTime", eUnit::Whole},
-    {&tagCameraExposure::dwMinGain, "Exposure/MinGain", "Exposure/MinGain", eUnit::Hundredths},
-    {&tagCameraExposure::dwMaxGain, "Exposure/MaxGain", "Exposure/MaxGain", eUnit::Hundredths},
-    {&tagCameraExposure::dwGain, "Exposure/Gain", "Exposure/Gain", eUnit::Hundredths},
+    {&tagCameraExposure::dwMode, {"Exposure/Mode", "Exposure/Mode", eUnit::Names, g_szMode}},
+    {&tagCameraExposure::dwPriority, {"Exposure/Priority", "Exposure/Priority", eUnit::Names, "LowNoise FrameRate"}},
+    {&tagCameraExposure::dwMinExposureUs, {"Exposure/MinExposureTime", "Exposure/MinExposureTime", eUnit::Whole}},
+    {&tagCameraExposure::dwMaxExposureUs, {"Exposure/MaxExposureTime", "Exposure/MaxExposureTime", eUnit::Whole}},
+    {&tagCameraExposure::dwExposureUs, {"Exposure/ExposureTime", "Exposure/ExposureTime", eUnit::Whole}},
+    {&tagCameraExposure::dwMinGain, {"Exposure/MinGain", "Exposure/MinGain", eUnit::Hundredths}},
+    {&tagCameraExposure::dwMaxGain, {"Exposure/MaxGain", "Exposure/MaxGain", eUnit::Hundredths}},
+    {&tagCameraExposure::dwGain, {"Exposure/Gain", "Exposure/Gain", eUnit::Hundredths}},
     {&tagCameraExposure::dwIris, g_tIris},
 };
 
 constexpr tagField<tagCameraFocus> g_atFocus[] = {
-    {&tagCameraFocus::dwMode, "Focus/AutoFocusMode", "Focus/AutoFocusModes", eUnit::Names, g_szMode},
-    {&tagCameraFocus::dwNearLimitCm, "Focus/NearLimit", "Focus/NearLimit", eUnit::Hundredths},
-    {&tagCameraFocus::dwFarLimitCm, "Focus/FarLimit", "Focus/FarLimit", eUnit::Hundredths},
-    {&tagCameraFocus::dwSpeed, "Focus/DefaultSpeed", "Focus/DefaultSpeed"},
+    {&tagCameraFocus::dwMode, {"Focus/AutoFocusMode", "Focus/AutoFocusModes", eUnit::Names, g_szMode}},
+    {&tagCameraFocus::dwNearLimitCm, {"Focus/NearLimit", "Focus/NearLimit", eUnit::Hundredths}},
+    {&tagCameraFocus::dwFarLimitCm, {"Focus/FarLimit", "Focus/FarLimit", eUnit::Hundredths}},
+    {&tagCameraFocus::dwSpeed, {"Focus/DefaultSpeed", "Focus/DefaultSpeed"}},
 };
 
 // Merges what was written over what there is; fnCheck says of words outside the fields whether they are taken.
