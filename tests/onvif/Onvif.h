@@ -137,6 +137,26 @@ protected:
         std::memcpy(ptBlock->data, &tRecord, sizeof tRecord);
         return API(SetConfig)(m_nLogin, ptBlock.get());
     }
+    /// Uploads a file; what it came to.
+    uint32_t SendFile(uint32_t dwKind, std::string strFile)
+    {
+        CInbox<tagFileUploadState> tStates;
+        auto tPara = Sized<tagFileUploadPara>();
+        tPara.dwKind = dwKind;
+        tPara.ullLength = strFile.size();
+        tPara.pbyData = reinterpret_cast<unsigned char*>(strFile.data());
+        int nUpload = -1;
+        WORKS(FileUploadConnect, &nUpload, m_nLogin, &tPara);
+        WORKS(
+            FileUploadCB, nUpload,
+            [](void*, tagFileUploadState tState, unsigned long dwUser)
+            { return Target<CInbox<tagFileUploadState>>(dwUser).Put(tState), 0; },
+            User(tStates));
+        WORKS(FileUploadControl, nUpload, eTransferStart);
+        const auto tEnd = tStates.Await([](auto const& t) { return t.dwState != eUploadRunning; });
+        WORKS(FileUploadDisconnect, nUpload);
+        return tEnd.dwState;
+    }
     int Open(int& nMedia, uint32_t dwChannel = 0, uint32_t dwStreamKind = eStreamMain)
     {
         tagRealStreamPara tPara{dwChannel, 0, dwStreamKind, {}};

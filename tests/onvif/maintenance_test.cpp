@@ -36,25 +36,6 @@ protected:
         WORKS(FileDownloadDisconnect, nDownload);
         return strFile;
     }
-    uint32_t Send(uint32_t dwKind, std::string strFile)
-    {
-        CInbox<tagFileUploadState> tStates;
-        auto tPara = Sized<tagFileUploadPara>();
-        tPara.dwKind = dwKind;
-        tPara.ullLength = strFile.size();
-        tPara.pbyData = reinterpret_cast<unsigned char*>(strFile.data());
-        int nUpload = -1;
-        WORKS(FileUploadConnect, &nUpload, m_nLogin, &tPara);
-        WORKS(
-            FileUploadCB, nUpload,
-            [](void*, tagFileUploadState tState, unsigned long dwUser)
-            { return Target<CInbox<tagFileUploadState>>(dwUser).Put(tState), 0; },
-            User(tStates));
-        WORKS(FileUploadControl, nUpload, eTransferStart);
-        const auto tEnd = tStates.Await([](auto const& t) { return t.dwState != eUploadRunning; });
-        WORKS(FileUploadDisconnect, nUpload);
-        return tEnd.dwState;
-    }
 };
 } // namespace
 
@@ -75,8 +56,8 @@ TEST_F(COnvifMaintenance, FilesGoBothWays)
     // What was saved comes back; what is none is refused.
     const std::string strSaved = Fetch(eFileConfiguration);
     Rename("Door");
-    EXPECT_EQ(Send(eFileConfiguration, "no configuration"), eUploadFailed);
-    EXPECT_EQ(Send(eFileConfiguration, strSaved), eUploadFinished);
+    EXPECT_EQ(SendFile(eFileConfiguration, "no configuration"), eUploadFailed);
+    EXPECT_EQ(SendFile(eFileConfiguration, strSaved), eUploadFinished);
     EXPECT_TRUE(Comes([&] { return Name() == "Gate"; }));
 }
 

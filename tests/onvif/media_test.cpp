@@ -213,22 +213,7 @@ TEST_F(COnvifTest, FirmwareAndLog)
     WORKS(HistoryLogQueryNext, nQuery, &tEntry);
     EXPECT_STRNE(tEntry.szText, "");
     WORKS(HistoryLogQueryDisconnect, nQuery);
-    CInbox<tagFileUploadState> tStates;
-    std::string strFirmware = "version=2.5.1\n" + std::string(600000, 'x');
-    auto tUpload = Sized<tagFileUploadPara>();
-    tUpload.dwKind = eFileFirmware;
-    tUpload.ullLength = strFirmware.size();
-    tUpload.pbyData = reinterpret_cast<unsigned char*>(strFirmware.data());
-    int nUpload = -1;
-    WORKS(FileUploadConnect, &nUpload, m_nLogin, &tUpload);
-    WORKS(
-        FileUploadCB, nUpload,
-        [](void*, tagFileUploadState tState, unsigned long dwUser)
-        { return Target<CInbox<tagFileUploadState>>(dwUser).Put(tState), 0; },
-        User(tStates));
-    WORKS(FileUploadControl, nUpload, eTransferStart);
-    EXPECT_EQ(tStates.Await([](auto const& t) { return t.dwState != eUploadRunning; }).dwState, eUploadFinished);
-    WORKS(FileUploadDisconnect, nUpload);
+    EXPECT_EQ(SendFile(eFileFirmware, "version=2.5.1\n" + std::string(600000, 'x')), eUploadFinished);
     tagConfigIdentity tIdentity{};
     EXPECT_TRUE(Comes( // it restarts
         [&] { return TryRead(eConfigIdentity, tIdentity) == 0 && std::string(tIdentity.szFirmware) == "2.5.1"; }));
